@@ -1,0 +1,30 @@
+# Options and compile settings that every target shares.
+
+option(VELTRUM_BUILD_TESTS "Build the tests" ON)
+option(VELTRUM_BUILD_BENCHMARKS "Build the benchmarks" OFF)
+option(VELTRUM_BUILD_FUZZERS "Build the libFuzzer targets (needs clang)" OFF)
+set(VELTRUM_SANITIZERS "" CACHE STRING "Sanitizers for every target, e.g. address,undefined")
+
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+add_library(veltrum_options INTERFACE)
+target_compile_features(veltrum_options INTERFACE cxx_std_20)
+target_include_directories(veltrum_options INTERFACE ${PROJECT_SOURCE_DIR})
+# Contraction would let the compiler fuse a*b+c, and the bytes that we write would then depend on
+# the machine that built the program.
+target_compile_options(veltrum_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -ffp-contract=off)
+
+if(VELTRUM_SANITIZERS)
+  target_compile_options(veltrum_options INTERFACE
+    -fsanitize=${VELTRUM_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(veltrum_options INTERFACE -fsanitize=${VELTRUM_SANITIZERS})
+endif()
+
+# A library of every source file below the directory of its name, but for the program's main.
+function(veltrum_library name)
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${name}/*.cpp)
+  list(REMOVE_ITEM sources ${PROJECT_SOURCE_DIR}/converter/main.cpp)
+  add_library(${name} STATIC ${sources})
+  target_link_libraries(${name} PUBLIC veltrum_options)
+endfunction()
