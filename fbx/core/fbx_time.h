@@ -2,6 +2,7 @@
 // common rates divide. The infinite time stands for "without animation".
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <limits>
 
