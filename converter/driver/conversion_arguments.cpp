@@ -1,0 +1,90 @@
+#include "converter/driver/conversion_arguments.h"
+
+#include <array>
+#include <charconv>
+#include <string_view>
+
+namespace {
+
+// As an output stream prints a float by default: six significant digits.
+std::string FloatText(float value) {
+  std::array<char, 32> buffer;
+  const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                    std::chars_format::general, 6);
+  return {buffer.data(), result.ptr};
+}
+
+const char* YesOrNo(bool flag) { return flag ? "YES" : "NO"; }
+
+}  // namespace
+
+const char* ModeTypeAsString::getStringForEnumValue(ModeType mode) {
+  switch (mode) {
+    case UNKNOWN_MODE:
+      return "UNKNOWN_MODE";
+    case EXPORTALL_MODE:
+      return "EXPORTALL";
+    case LIST_MODE:
+      return "LIST";
+    case EXPORT_MODE:
+      return "EXPORT";
+    case CAL3D_2_TEXT_MODE:
+      return "CAL3D_2_TEXT";
+    case COMPARE_MODE:
+      return "COMPARE";
+  }
+  return "OUT OF RANGE";
+}
+
+const char* ObjectTypeAsString::getStringForEnumValue(ObjectType type) {
+  switch (type) {
+    case UNKNOWN_OBJECT:
+      return "UNKNOWN_OBJECT";
+    case MESH_OBJECT:
+      return "MESH";
+    case NODE_OBJECT:
+      return "NODE";
+    case ANIM_OBJECT:
+      return "ANIM";
+    case MORPHANIM_OBJECT:
+      return "MORPHANIM";
+    case TEXTURE_OBJECT:
+      return "TEXTURE";
+    case ALL_OBJECT:
+    case LIST_ALL_OBJECT:
+      return "ALL";
+  }
+  return "OUT OF RANGE";
+}
+
+std::string ConversionArguments::toString() const {
+  std::string text;
+  const auto field = [&text](std::string_view label, std::string_view value) {
+    text += '\t';
+    text += label;
+    text += value;
+  };
+  field("option:", option == HELP ? "HELP" : "NORMAL");
+  field("mode =", ModeTypeAsString::getStringForEnumValue(mode));
+  field("type =", ObjectTypeAsString::getStringForEnumValue(type));
+  field("inputFilename:", inputFilename);
+  field("outputFilename:", outputFilename);
+  field("skeletonRootPath:", skeletonRootPath);
+  const bool namesSelect = commandVersion == 2 && !exportObjectNames.empty();
+  if (namesSelect) {
+    field("exportObjectNames = ", "");
+    for (size_t i = 0; i < exportObjectNames.size(); ++i) {
+      field(std::to_string(i) + ":", exportObjectNames[i]);
+    }
+  }
+  if (!exportObjectName.empty()) field("exportObjectName = ", exportObjectName);
+  if (!namesSelect && exportObjectName.empty()) field("exportObjectName = ", "ALL OBJECTS");
+  field("showLabels:", YesOrNo(showLabels));
+  field("normalizeWeight:", YesOrNo(normalizeWeight));
+  field("useEvaluatedLocal:", YesOrNo(useEvaluatedLocal));
+  field("encodeNames:", YesOrNo(encodeNames));
+  field("scaleFactor:", FloatText(scaleFactor));
+  field("directoryForOutputFiles:", directoryForOutputFiles);
+  text += '\n';
+  return text;
+}
