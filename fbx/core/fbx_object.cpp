@@ -1,0 +1,114 @@
+#include "fbx/core/fbx_object.h"
+
+#include <algorithm>
+
+#include "fbx/core/fbx_manager.h"
+
+const FbxClassRecord FbxObject::kClassRecord("FbxObject", nullptr, &FbxObject::MakeObject, "", "",
+                                             nullptr);
+
+FbxObject::~FbxObject() = default;
+
+FbxObject* FbxObject::CreateOfClass(FbxManager* manager, FbxClassId classId, const char* name) {
+  return manager == nullptr ? nullptr : manager->CreateNewObjectFromClassId(classId, name);
+}
+
+void FbxObject::Destroy(bool recursive) {
+  // Collected first and freed last, without recursion: chains of sources can be long.
+  std::vector<FbxObject*> doomed{this};
+  for (size_t i = 0; i < doomed.size(); ++i) {
+    std::vector<FbxObject*> sources;
+    if (recursive) {
+      for (const FbxProperty& source : doomed[i]->connections_.sources) {
+        sources.push_back(source.GetFbxObject());
+      }
+    }
+    doomed[i]->Disconnect();
+    for (FbxObject* source : sources) {
+      if (source->connections_.destinations.empty() &&
+          std::find(doomed.begin(), doomed.end(), source) == doomed.end()) {
+        doomed.push_back(source);
+      }
+    }
+  }
+  for (FbxObject* object : doomed) {
+    object->manager_->Unregister(object);
+    delete object;
+  }
+}
+
+void FbxObject::ConnectNotify(FbxObject& /*source*/, bool /*connected*/) {}
+
+void FbxObject::Disconnect() {
+  const auto detach = [](const FbxProperty& end, FbxConnectionLists& lists) {
+    for (const FbxProperty& source : lists.sources) {
+      if (FbxConnectionLists* other = source.Connections()) std::erase(other->destinations, end);
+    }
+    for (const FbxProperty& destination : lists.destinations) {
+      FbxObject& object = *destination.GetFbxObject();
+      if (end.IsRoot() && destination.IsRoot()) object.ConnectNotify(*end.GetFbxObject(), false);
+      if (FbxConnectionLists* other = destination.Connections()) std::erase(other->sources, end);
+      object.sourcesByClass_.reset();
+    }
+    lists = {};
+  };
+  if (store_ != nullptr) {
+    store_->ForEachLocal([&](int index, FbxPropertyLocal& local) {
+      if (local.rare != nullptr) detach(FbxProperty(this, index), local.rare->connections);
+    });
+  }
+  detach(RootProperty(), connections_);
+  sourcesByClass_.reset();
+}
+
+FbxPropertyStore& FbxObject::Store() const {
+  if (store_ == nullptr) {
+    store_ = std::make_unique<FbxPropertyStore>(GetClassId().Record()->Page());
+  }
+  return *store_;
+}
+
+FbxProperty FbxObject::GetFirstProperty() const {
+  return Store().Count() > 0 ? FbxProperty(const_cast<FbxObject*>(this), 0) : FbxProperty();
+}
+
+FbxProperty FbxObject::GetNextProperty(const FbxProperty& property) const {
+  if (property.object_ != this || property.index_ + 1 >= Store().Count()) return {};
+  return {property.object_, property.index_ + 1};
+}
+
+bool FbxObject::SetPropertyTemplate(const FbxObject& source) {
+  return source.GetClassId() == GetClassId() && Store().SetTemplate(&source.Store());
+}
+
+const std::vector<FbxObject*>& FbxObject::SourcesOfClass(FbxClassId classId) const {
+  if (sourcesByClass_ == nullptr) sourcesByClass_ = std::make_unique<ClassLists>();
+  const auto [at, added] = sourcesByClass_->try_emplace(classId.Record());
+  if (added) {
+    for (const FbxProperty& source : connections_.sources) {
+      if (source.IsRoot() && source.GetFbxObject()->GetClassId().Is(classId)) {
+        at->second.push_back(source.GetFbxObject());
+      }
+    }
+  }
+  return at->second;
+}
+
+int FbxObject::GetSrcObjectCount(const FbxCriteria& criteria) const {
+  return static_cast<int>(SourcesOfClass(criteria.ClassId()).size());
+}
+
+FbxObject* FbxObject::GetSrcObject(const FbxCriteria& criteria, int index) const {
+  const std::vector<FbxObject*>& list = SourcesOfClass(criteria.ClassId());
+  return index < 0 || static_cast<size_t>(index) >= list.size() ? nullptr
+                                                                : list[static_cast<size_t>(index)];
+}
+
+FbxObject* FbxObject::GetDstObject(const FbxCriteria& criteria, int index) const {
+  for (const FbxProperty& destination : connections_.destinations) {
+    if (destination.IsRoot() && criteria.Matches(*destination.GetFbxObject()) && index-- == 0) {
+      return destination.GetFbxObject();
+    }
+  }
+  return nullptr;
+}
