@@ -28,7 +28,8 @@ class FbxClassRecord {
   const char* FileType() const { return fileType_; }
   const char* FileSubtype() const { return fileSubtype_; }
   Factory MakeObject() const { return factory_; }
-  // The class's properties with their default values, those of its parents first. Made on first use.
+  // The class's properties with their default values, those of its parents first. Made on first
+  // use.
   const FbxPropertyPage& Page() const;
 
   // All records of the program, sorted by name.

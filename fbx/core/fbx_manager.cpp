@@ -17,10 +17,9 @@ const char* FbxManager::GetVersion(bool full) { return full ? "1.0.0" : "1"; }
 
 FbxClassId FbxManager::FindClass(std::string_view name) const {
   const std::vector<const FbxClassRecord*>& all = FbxClassRecord::All();
-  const auto at =
-      std::lower_bound(all.begin(), all.end(), name, [](const auto* record, std::string_view n) {
-        return std::string_view(record->Name()) < n;
-      });
+  const auto at = std::lower_bound(
+      all.begin(), all.end(), name,
+      [](const auto* record, std::string_view n) { return std::string_view(record->Name()) < n; });
   return at == all.end() || name != (*at)->Name() ? FbxClassId() : FbxClassId(*at);
 }
 

@@ -17,27 +17,26 @@ class FbxManager;
 class FbxScene;
 
 // Stands first in the body of every class of scene objects.
-#define FBX_OBJECT(ClassName)                                             \
- public:                                                                  \
-  static const FbxClassRecord kClassRecord;                               \
-  static constexpr FbxClassId ClassId{&kClassRecord};                     \
-  FbxClassId GetClassId() const override { return ClassId; }              \
-  /* Null for a null manager. The manager owns the object. */             \
-  static ClassName* Create(FbxManager* manager, const char* name) {       \
+#define FBX_OBJECT(ClassName)                                              \
+ public:                                                                   \
+  static const FbxClassRecord kClassRecord;                                \
+  static constexpr FbxClassId ClassId{&kClassRecord};                      \
+  FbxClassId GetClassId() const override { return ClassId; }               \
+  /* Null for a null manager. The manager owns the object. */              \
+  static ClassName* Create(FbxManager* manager, const char* name) {        \
     return static_cast<ClassName*>(CreateOfClass(manager, ClassId, name)); \
-  }                                                                       \
-                                                                          \
- protected:                                                               \
-  static FbxObject* MakeObject() { return new ClassName; }                \
-                                                                          \
+  }                                                                        \
+                                                                           \
+ protected:                                                                \
+  static FbxObject* MakeObject() { return new ClassName; }                 \
+                                                                           \
  public:
 
 // Stands in the source file of the class, with its parent, the type names of its records in files,
 // and the function that declares its properties, or null.
-#define FBX_OBJECT_DEFINE(ClassName, Parent, fileType, fileSubtype, declare)                  \
-  const FbxClassRecord ClassName::kClassRecord(#ClassName, &Parent::kClassRecord,             \
-                                               &ClassName::MakeObject, fileType, fileSubtype, \
-                                               declare);
+#define FBX_OBJECT_DEFINE(ClassName, Parent, fileType, fileSubtype, declare) \
+  const FbxClassRecord ClassName::kClassRecord(                              \
+      #ClassName, &Parent::kClassRecord, &ClassName::MakeObject, fileType, fileSubtype, declare);
 
 class FbxObject {
  public:

@@ -17,6 +17,8 @@
 class FbxAnimCurve;
 class FbxAnimCurveNode;
 class FbxAnimLayer;
+class FbxObject;
+struct FbxConnectionLists;
 
 // A test on objects: of a class, or of one derived from it.
 class FbxCriteria {
@@ -161,6 +163,23 @@ class FbxProperty {
 
   FbxObject* object_ = nullptr;
   int index_ = kRoot;
+};
+
+// The ends of connections, each list in the order in which the connections were made.
+struct FbxConnectionLists {
+  std::vector<FbxProperty> sources;
+  std::vector<FbxProperty> destinations;
+};
+
+// Parts that few properties have.
+struct FbxPropertyLocal::Rare {
+  FbxConnectionLists connections;
+  std::string label;
+  double minLimit = 0.0;
+  double maxLimit = 0.0;
+  bool hasMin = false;
+  bool hasMax = false;
+  std::vector<std::string> enumItems;
 };
 
 // The name under which a property is found on a handle to an object's root.

@@ -79,6 +79,11 @@ int FbxPropertyPage::Find(std::string_view name, int parent) const {
   return -1;
 }
 
+FbxPropertyLocal::FbxPropertyLocal() = default;
+FbxPropertyLocal::~FbxPropertyLocal() = default;
+FbxPropertyLocal::FbxPropertyLocal(FbxPropertyLocal&&) noexcept = default;
+FbxPropertyLocal& FbxPropertyLocal::operator=(FbxPropertyLocal&&) noexcept = default;
+
 FbxPropertyLocal::Rare& FbxPropertyLocal::MakeRare() {
   if (rare == nullptr) rare = std::make_unique<Rare>();
   return *rare;

@@ -20,21 +20,18 @@
 #include "fbx/core/fbx_time.h"
 #include "fbx/math/fbx_vector.h"
 
-class FbxObject;
-class FbxProperty;
-
 // A length with its unit's name.
 struct FbxDistance {
   float value = 0.0F;
   std::string unit;
 };
 
-// Signed integers of every width, bools and enums are held as int64, unsigned ones as uint64, floats
-// as doubles that a float can hold; strings, blobs and dates as bytes. `monostate` is "no value".
-using FbxPropertyValue =
-    std::variant<std::monostate, int64_t, uint64_t, double, FbxDouble2, FbxDouble3, FbxDouble4,
-                 std::shared_ptr<const FbxDouble4x4>, std::string, FbxTime,
-                 std::shared_ptr<const FbxDistance>>;
+// Signed integers of every width, bools and enums are held as int64, unsigned ones as uint64,
+// floats as doubles that a float can hold; strings, blobs and dates as bytes. `monostate` is "no
+// value".
+using FbxPropertyValue = std::variant<std::monostate, int64_t, uint64_t, double, FbxDouble2,
+                                      FbxDouble3, FbxDouble4, std::shared_ptr<const FbxDouble4x4>,
+                                      std::string, FbxTime, std::shared_ptr<const FbxDistance>>;
 
 // What a property of that base type holds before anything is written to it.
 FbxPropertyValue DefaultPropertyValue(EFbxType type);
@@ -87,24 +84,14 @@ class FbxPropertyPage {
   std::unordered_map<std::string, std::vector<int>> byName_;
 };
 
-// The ends of connections, each list in the order in which the connections were made.
-struct FbxConnectionLists {
-  std::vector<FbxProperty> sources;
-  std::vector<FbxProperty> destinations;
-};
-
 // What one object holds of one of its properties.
 struct FbxPropertyLocal {
-  // Parts that few properties have.
-  struct Rare {
-    FbxConnectionLists connections;
-    std::string label;
-    double minLimit = 0.0;
-    double maxLimit = 0.0;
-    bool hasMin = false;
-    bool hasMax = false;
-    std::vector<std::string> enumItems;
-  };
+  struct Rare;  // parts that few properties have
+
+  FbxPropertyLocal();
+  ~FbxPropertyLocal();
+  FbxPropertyLocal(FbxPropertyLocal&&) noexcept;
+  FbxPropertyLocal& operator=(FbxPropertyLocal&&) noexcept;
 
   FbxPropertyValue value;  // none: reads through to the template or the class
   uint32_t flags = 0;
@@ -148,8 +135,7 @@ class FbxPropertyStore {
 
  private:
   int FirstOwn() const {
-    return class_.Count() +
-           (template_ == nullptr ? 0 : static_cast<int>(template_->own_.size()));
+    return class_.Count() + (template_ == nullptr ? 0 : static_cast<int>(template_->own_.size()));
   }
   int FindOwn(std::string_view name, int parent) const;
   static std::string OwnKey(std::string_view name, int parent);

@@ -206,9 +206,8 @@ FbxPropertyValue CoercePropertyValue(const FbxPropertyValue& value, EFbxType typ
     case eFbxTime:
       return std::holds_alternative<FbxTime>(value) ? value : FbxPropertyValue();
     case eFbxDistance:
-      return std::holds_alternative<std::shared_ptr<const FbxDistance>>(value)
-                 ? value
-                 : FbxPropertyValue();
+      return std::holds_alternative<std::shared_ptr<const FbxDistance>>(value) ? value
+                                                                               : FbxPropertyValue();
     case eFbxUndefined:
     case eFbxReference:
       break;
