@@ -1,0 +1,42 @@
+// The animation of one property in one layer: a curve node with a channel for each component of the
+// property, and the curves that feed the channels.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "fbx/anim/kf_curve.h"
+#include "fbx/core/fbx_object.h"
+#include "fbx/core/fbx_time.h"
+
+class FbxAnimCurveBase : public FbxObject {
+  FBX_OBJECT(FbxAnimCurveBase)
+};
+
+class FbxAnimCurve : public FbxAnimCurveBase {
+  FBX_OBJECT(FbxAnimCurve)
+  int KeyGetCount() const { return curve.KeyGetCount(); }
+  FbxTime KeyGetTime(int index) const { return curve.KeyGetTime(index); }
+  float KeyGetValue(int index) const { return curve.KeyGetValue(index); }
+  // The value at a time. `last`, if not null, carries the search's position from call to call.
+  float Evaluate(FbxTime time, int* last = nullptr) const { return curve.Evaluate(time, last); }
+
+  KFCurve curve;
+};
+
+class FbxAnimCurveNode : public FbxObject {
+  FBX_OBJECT(FbxAnimCurveNode)
+  // Channels are the leaf properties of the compound property "d", as X, Y and Z of a translation.
+  int GetChannelsCount() const;
+  FbxString GetChannelName(int channel) const;
+  // -1 for an unknown name, which is given without the compound's.
+  int GetChannelIndex(const char* name) const;
+  // The channel's value where no curve drives it.
+  double GetChannelValue(int channel) const;
+  // The curves of a channel in connection order.
+  int GetCurveCount(int channel) const;
+  FbxAnimCurve* GetCurve(int channel, int index = 0) const;
+
+ private:
+  std::vector<FbxProperty> Channels() const;
+};

@@ -1,0 +1,84 @@
+// Geometry that a node can carry: control points with layers, and the deformers that act on them.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "fbx/core/fbx_status.h"
+#include "fbx/scene/fbx_deformer.h"
+#include "fbx/scene/fbx_layer.h"
+#include "fbx/scene/fbx_node_attribute.h"
+
+class FbxAnimCurve;
+class FbxAnimLayer;
+
+class FbxLayerContainer : public FbxNodeAttribute {
+  FBX_OBJECT(FbxLayerContainer)
+
+  int GetLayerCount() const { return static_cast<int>(layers_.size()); }
+  // Null past the end.
+  FbxLayer* GetLayer(int index);
+  const FbxLayer* GetLayer(int index) const;
+  // Adds a layer and returns its index.
+  int CreateLayer();
+
+  // The elements of a kind over the layers in order; null past the end.
+  int GetElementNormalCount() const;
+  FbxLayerElementNormal* GetElementNormal(int index = 0) const;
+  int GetElementVertexColorCount() const;
+  FbxLayerElementVertexColor* GetElementVertexColor(int index = 0) const;
+  int GetElementMaterialCount() const;
+  FbxLayerElementMaterial* GetElementMaterial(int index = 0) const;
+  // UV elements of a channel (FbxLayerElement::eUVFirst and up), layer by layer; type 0 takes all
+  // channels, within a layer by their numbers.
+  int GetElementUVCount(int type = 0) const;
+  FbxLayerElementUV* GetElementUV(int index = 0, int type = 0) const;
+  // The first in that order with the name; null if there is none.
+  FbxLayerElementUV* GetElementUV(const char* name) const;
+
+ private:
+  std::vector<FbxLayer> layers_;
+};
+
+class FbxGeometryBase : public FbxLayerContainer {
+  FBX_OBJECT(FbxGeometryBase)
+
+  // Points in the geometry's own frame; the fourth component is 0 for points from a file.
+  std::vector<FbxVector4>& ControlPoints() { return controlPoints_; }
+  const std::vector<FbxVector4>& ControlPoints() const { return controlPoints_; }
+  const FbxVector4* GetControlPoints() const { return controlPoints_.data(); }
+  int GetControlPointsCount() const { return static_cast<int>(controlPoints_.size()); }
+  // The origin for an index out of range.
+  FbxVector4 GetControlPointAt(int index) const;
+
+ private:
+  std::vector<FbxVector4> controlPoints_;
+};
+
+class FbxGeometry : public FbxGeometryBase {
+  FBX_OBJECT(FbxGeometry)
+
+  // Deformers of a type in connection order; null past the end.
+  int GetDeformerCount(FbxDeformer::EDeformerType type) const;
+  FbxDeformer* GetDeformer(int index, FbxDeformer::EDeformerType type,
+                           FbxStatus* status = nullptr) const;
+  // Target shapes over all blend shapes and channels.
+  int GetShapeCount() const;
+  // The curve that drives a channel's DeformPercent in a layer; null when there is none, with
+  // `status` set for an index out of range.
+  FbxAnimCurve* GetShapeChannel(int blendShape, int channel, const FbxAnimLayer* layer,
+                                FbxStatus* status = nullptr) const;
+};
+
+// A target of a blend shape. In the file it lists control points with their offsets; after load its
+// control points are the base's with the offsets applied.
+class FbxShape : public FbxGeometryBase {
+  FBX_OBJECT(FbxShape)
+  EType GetAttributeType() const override { return eShape; }
+
+  int GetControlPointIndicesCount() const { return static_cast<int>(indices.size()); }
+
+  std::vector<int> indices;               // of the base's control points
+  std::vector<FbxVector4> offsets;        // parallel to the indices
+  std::vector<FbxVector4> normalOffsets;  // parallel to the indices, or empty
+};
