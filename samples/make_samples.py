@@ -13,7 +13,7 @@ import zlib
 TICKS_PER_SECOND = 46186158000
 
 
-# ---- Matrices: row vectors as in the files, so row 3 is the translation and `a @ b` applies a first.
+# ---- Matrices: row vectors as in the files: row 3 is the translation, multiply(a, b) applies a first
 
 def identity():
     return [[float(i == j) for j in range(4)] for i in range(4)]
@@ -54,7 +54,7 @@ def transform_point(point, m):
 # ---- Text of the format
 
 def number(value):
-    text = f"{value:.6f}".rstrip("0").rstrip(".") if isinstance(value, float) else str(value)
+    text = f"{value:.9f}".rstrip("0").rstrip(".") if isinstance(value, float) else str(value)
     return "0" if text == "-0" else text
 
 
@@ -199,7 +199,8 @@ class Scene:
         """Adds an animation stack with one layer and gives the layer's id."""
         stop = ticks(seconds)
         stack = self.add("AnimationStack", f"AnimStack::{name}", "", properties(
-            prop("LocalStart", "KTime", "Time", "", 0), prop("LocalStop", "KTime", "Time", "", stop),
+            prop("LocalStart", "KTime", "Time", "", 0),
+            prop("LocalStop", "KTime", "Time", "", stop),
             prop("ReferenceStart", "KTime", "Time", "", 0),
             prop("ReferenceStop", "KTime", "Time", "", stop)))
         layer = self.add("AnimationLayer", "AnimLayer::BaseLayer", "",
@@ -236,7 +237,8 @@ class Scene:
                         "Hour: 0", "Minute: 0", "Second: 0", "Millisecond: 0"),
                   'Creator: "make_samples.py"'),
             block("GlobalSettings: ", "Version: 1000", properties(
-                prop("UpAxis", "int", "Integer", "", 1), prop("UpAxisSign", "int", "Integer", "", 1),
+                prop("UpAxis", "int", "Integer", "", 1),
+                prop("UpAxisSign", "int", "Integer", "", 1),
                 prop("FrontAxis", "int", "Integer", "", 2),
                 prop("FrontAxisSign", "int", "Integer", "", 1),
                 prop("CoordAxis", "int", "Integer", "", 0),
@@ -383,7 +385,8 @@ class Mesh:
                                  [radial[c] for _, c, _ in corners],
                                  [first_uv + r * (sides + 1) + u for r, _, u in corners],
                                  material_of(i))
-        for ring, outward in ((0, -1.0 if upward else 1.0), (len(rings) - 1, 1.0 if upward else -1.0)):
+        end = 1.0 if upward else -1.0
+        for ring, outward in ((0, -end), (len(rings) - 1, end)):
             order = list(range(sides)) if outward > 0 else list(reversed(range(sides)))
             normal = transform_point([0.0, outward, 0.0], turn)
             self.add_polygon([first + ring * sides + c for c in order], [normal] * sides,
