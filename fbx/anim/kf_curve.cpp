@@ -1,0 +1,323 @@
+#include "fbx/anim/kf_curve.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <utility>
+
+namespace {
+
+constexpr double kTicksPerSecond = static_cast<double>(FbxTime::kTicksPerSecond);
+
+// The distance to a later time, which always fits.
+uint64_t Ticks(int64_t from, int64_t to) {
+  return static_cast<uint64_t>(to) - static_cast<uint64_t>(from);
+}
+
+int64_t Later(int64_t time, uint64_t ticks) {
+  return static_cast<int64_t>(static_cast<uint64_t>(time) + ticks);
+}
+
+int64_t Earlier(int64_t time, uint64_t ticks) {
+  return static_cast<int64_t>(static_cast<uint64_t>(time) - ticks);
+}
+
+bool IsRepetition(KFCurve::EExtrapolation mode) {
+  return mode == KFCurve::eRepetition || mode == KFCurve::eMirrorRepetition ||
+         mode == KFCurve::eRelativeRepetition;
+}
+
+// Whether an extrapolation reaches so far that its `period`, counted from 0, is still repeated.
+bool Reaches(KFCurve::Extrapolation extrapolation, uint64_t period) {
+  return extrapolation.count == -1 ||
+         (extrapolation.count > 0 && period < static_cast<uint64_t>(extrapolation.count));
+}
+
+// Where a time `distance` outside the keys falls within them, as a distance from the end key that
+// it lies beyond.
+uint64_t Fold(KFCurve::Extrapolation extrapolation, uint64_t distance, uint64_t span) {
+  const uint64_t period = distance / span;
+  const uint64_t offset = distance % span;
+  const bool reached = Reaches(extrapolation, period);
+  if (extrapolation.mode == KFCurve::eMirrorRepetition) {
+    if (reached) return period % 2 == 0 ? offset : span - offset;
+    return extrapolation.count > 0 && extrapolation.count % 2 != 0 ? span : 0;
+  }
+  return reached ? span - offset : 0;
+}
+
+// Periods by which relative repetition has moved the value.
+double PeriodsCrossed(KFCurve::Extrapolation extrapolation, uint64_t distance, uint64_t span) {
+  const uint64_t period = distance / span;
+  return Reaches(extrapolation, period) ? static_cast<double>(period) + 1.0
+                                        : static_cast<double>(std::max(extrapolation.count, 0));
+}
+
+// Seconds over which a kept slope goes on.
+double SlopeSeconds(KFCurve::Extrapolation extrapolation, uint64_t distance, uint64_t span) {
+  double ticks = static_cast<double>(distance);
+  if (extrapolation.count != -1) {
+    ticks = std::min(ticks, static_cast<double>(span) * std::max(extrapolation.count, 0));
+  }
+  return ticks / kTicksPerSecond;
+}
+
+float AsFloat(uint32_t word) { return std::bit_cast<float>(word); }
+
+double Weight(uint32_t word, int shift) {
+  return static_cast<double>(static_cast<int16_t>(word >> shift & 0xFFFF)) / 9999.0;
+}
+
+double Bezier(double p0, double p1, double p2, double p3, double u) {
+  const auto mix = [u](double a, double b) { return a + u * (b - a); };
+  const double p01 = mix(p0, p1), p12 = mix(p1, p2), p23 = mix(p2, p3);
+  return mix(mix(p01, p12), mix(p12, p23));
+}
+
+// The parameter at which the curve in time with control times 0, wr, 1 - wl, 1 reaches f, by
+// secant steps.
+double SolveTime(double wr, double wl, double f) {
+  constexpr int kIterations = 16;
+  constexpr double kStep = 1e-6;
+  double u0 = 0.0, u1 = 1.0;
+  double e0 = -f, e1 = 1.0 - f;
+  for (int i = 0; i < kIterations && e1 != 0.0 && e1 != e0; ++i) {
+    const double step = e1 * (u1 - u0) / (e1 - e0);
+    u0 = std::exchange(u1, u1 - step);
+    e0 = std::exchange(e1, Bezier(0.0, wr, 1.0 - wl, 1.0, u1) - f);
+    if (std::abs(step) < kStep) break;
+  }
+  return std::clamp(u1, 0.0, 1.0);
+}
+
+}  // namespace
+
+KFCurve::EExtrapolation KFCurve::ExtrapolationOfLetter(char letter) {
+  switch (letter) {
+    case 'R':
+      return eRepetition;
+    case 'M':
+      return eMirrorRepetition;
+    case 'K':
+      return eKeepSlope;
+    case 'A':
+      return eRelativeRepetition;
+    default:
+      return eConstant;
+  }
+}
+
+void KFCurve::SetKeys(std::vector<int64_t> times, std::vector<float> values) {
+  times_ = std::move(times);
+  values_ = std::move(values);
+  values_.resize(times_.size());
+  sorted_ = std::is_sorted(times_.begin(), times_.end());
+}
+
+void KFCurve::SetAttributes(std::vector<KFCurveKeyAttr> attrs,
+                            const std::vector<uint32_t>& counts) {
+  attrs_ = std::move(attrs);
+  attrs_.resize(std::min(attrs_.size(), counts.size()));
+  attrEnds_.clear();
+  attrEnds_.reserve(attrs_.size());
+  size_t end = 0;
+  for (size_t i = 0; i < attrs_.size(); ++i) attrEnds_.push_back(end += counts[i]);
+}
+
+KFCurve::Key KFCurve::KeyGet(int index) const {
+  if (index < 0 || index >= KeyGetCount()) return {};
+  const size_t key = static_cast<size_t>(index);
+  return {FbxTime(times_[key]), values_[key]};
+}
+
+KFCurveKeyAttr KFCurve::KeyGetAttr(int index) const {
+  if (index < 0) return {};
+  const auto end = std::upper_bound(attrEnds_.begin(), attrEnds_.end(), static_cast<size_t>(index));
+  return end == attrEnds_.end() ? KFCurveKeyAttr()
+                                : attrs_[static_cast<size_t>(end - attrEnds_.begin())];
+}
+
+uint64_t KFCurve::Span() const {
+  return times_.empty() || times_.back() <= times_.front() ? 0
+                                                           : Ticks(times_.front(), times_.back());
+}
+
+float KFCurve::Evaluate(FbxTime time, int* last) const {
+  if (times_.size() < 2) return EvaluateIndex(0.0);
+  const int64_t ticks = time.Get();
+  const uint64_t span = Span();
+  const size_t end = times_.size() - 1;
+  const bool before = ticks < times_.front();
+  const bool after = !before && ticks > times_.back();
+  if (before && pre_.mode == eKeepSlope) {
+    const double seconds = SlopeSeconds(pre_, Ticks(ticks, times_.front()), span);
+    return static_cast<float>(Value(0) - seconds * RightDerivative(0));
+  }
+  if (after && post_.mode == eKeepSlope) {
+    const double seconds = SlopeSeconds(post_, Ticks(times_.back(), ticks), span);
+    return static_cast<float>(Value(end) + seconds * LeftDerivative(static_cast<int>(end)));
+  }
+  const float value = EvaluateIndex(KeyFindAll(time, last));
+  if (span == 0) return value;
+  const double delta = Value(end) - Value(0);
+  if (before && pre_.mode == eRelativeRepetition) {
+    const double periods = PeriodsCrossed(pre_, Ticks(ticks, times_.front()), span);
+    return static_cast<float>(static_cast<double>(value) - delta * periods);
+  }
+  if (after && post_.mode == eRelativeRepetition) {
+    const double periods = PeriodsCrossed(post_, Ticks(times_.back(), ticks), span);
+    return static_cast<float>(static_cast<double>(value) + delta * periods);
+  }
+  return value;
+}
+
+double KFCurve::KeyFindAll(FbxTime time, int* last) const {
+  const uint64_t span = Span();
+  if (span != 0) {
+    const int64_t ticks = time.Get();
+    if (ticks < times_.front() && IsRepetition(pre_.mode)) {
+      const uint64_t distance = Fold(pre_, Ticks(ticks, times_.front()), span);
+      return KeyFind(FbxTime(Later(times_.front(), distance)), last);
+    }
+    if (ticks > times_.back() && IsRepetition(post_.mode)) {
+      const uint64_t distance = Fold(post_, Ticks(times_.back(), ticks), span);
+      return KeyFind(FbxTime(Earlier(times_.back(), distance)), last);
+    }
+  }
+  return KeyFind(time, last);
+}
+
+double KFCurve::KeyFind(FbxTime time, int* last) const {
+  if (times_.empty()) return 0.0;
+  const int64_t ticks = time.Get();
+  const size_t end = times_.size() - 1;
+  size_t low = 0;
+  if (ticks >= times_.back()) {
+    low = end;
+  } else if (ticks >= times_.front()) {
+    // Holds throughout, sorted or not: times_[low] <= ticks < times_[high].
+    size_t high = end;
+    if (last != nullptr && sorted_ && *last >= 0 && static_cast<size_t>(*last) < end &&
+        times_[static_cast<size_t>(*last)] <= ticks) {
+      low = static_cast<size_t>(*last);
+      // A sweep stays between two keys or goes on to the next one.
+      if (ticks < times_[low + 1]) {
+        high = low + 1;
+      } else if (++low < end && ticks < times_[low + 1]) {
+        high = low + 1;
+      }
+    }
+    while (high - low > 1) {
+      const size_t middle = low + (high - low) / 2;
+      (times_[middle] <= ticks ? low : high) = middle;
+    }
+  }
+  if (last != nullptr) *last = static_cast<int>(low);
+  const double index = static_cast<double>(low);
+  if (low == end || ticks <= times_[low]) return index;
+  return index + static_cast<double>(Ticks(times_[low], ticks)) /
+                     static_cast<double>(Ticks(times_[low], times_[low + 1]));
+}
+
+float KFCurve::EvaluateIndex(double index) const {
+  if (times_.empty()) return defaultValue_;
+  const size_t end = times_.size() - 1;
+  if (!(index > 0.0)) return values_.front();  // NaN too
+  if (index >= static_cast<double>(end)) return values_.back();
+  const size_t a = static_cast<size_t>(index);
+  const double f = index - static_cast<double>(a);
+  if (f == 0.0) return values_[a];
+  const KFCurveKeyAttr attr = KeyGetAttr(static_cast<int>(a));
+  switch (attr.Interpolation()) {
+    case KFCurveKeyAttr::kConstant:
+      return (attr.flags & KFCurveKeyAttr::kConstantNext) != 0 ? values_[a + 1] : values_[a];
+    case KFCurveKeyAttr::kLinear:
+      return static_cast<float>(Value(a) + f * (Value(a + 1) - Value(a)));
+    case KFCurveKeyAttr::kCubic:
+      return EvaluateCubic(a, attr, f);
+    default:
+      return 0.0F;
+  }
+}
+
+float KFCurve::EvaluateCubic(size_t a, const KFCurveKeyAttr& attr, double f) const {
+  constexpr uint32_t kStoredTangents = 0xD00;
+  double wr = 1.0 / 3.0, wl = 1.0 / 3.0;
+  double u = f;
+  if ((attr.flags & (KFCurveKeyAttr::kWeightedRight | KFCurveKeyAttr::kWeightedNextLeft)) != 0) {
+    wr = wl = 0.33333334;
+    if ((attr.flags & KFCurveKeyAttr::kWeightedRight) != 0 && (attr.flags & kStoredTangents) != 0) {
+      wr = Weight(attr.words[2], 0);
+    }
+    if ((attr.flags & KFCurveKeyAttr::kWeightedNextLeft) != 0) wl = Weight(attr.words[2], 16);
+    u = SolveTime(wr, wl, f);
+  }
+  const size_t b = a + 1;
+  const double dt = Seconds(a, b);
+  const double p1 = Value(a) + wr * dt * RightDerivative(static_cast<int>(a));
+  const double p2 = Value(b) - wl * dt * LeftDerivative(static_cast<int>(b));
+  return static_cast<float>(Bezier(Value(a), p1, p2, Value(b), u));
+}
+
+double KFCurve::RightDerivative(int index) const {
+  const int end = KeyGetCount() - 1;
+  if (index < 0 || index > end || end == 0) return 0.0;
+  if (index == end) return LeftDerivative(index);
+  const size_t key = static_cast<size_t>(index);
+  const KFCurveKeyAttr attr = KeyGetAttr(index);
+  if (attr.Interpolation() == KFCurveKeyAttr::kLinear) return Slope(key, key + 1);
+  if (attr.Interpolation() != KFCurveKeyAttr::kCubic) return 0.0;
+  if (attr.IsTCB()) return TCBDerivative(key, attr, true);
+  return static_cast<double>(AsFloat(attr.words[0]));
+}
+
+double KFCurve::LeftDerivative(int index) const {
+  const int end = KeyGetCount() - 1;
+  if (index < 0 || index > end || end == 0) return 0.0;
+  if (index == 0) return RightDerivative(0);
+  const size_t key = static_cast<size_t>(index);
+  const KFCurveKeyAttr previous = KeyGetAttr(index - 1);
+  if (previous.Interpolation() == KFCurveKeyAttr::kLinear) return Slope(key - 1, key);
+  if (previous.Interpolation() != KFCurveKeyAttr::kCubic) return 0.0;
+  const KFCurveKeyAttr own = KeyGetAttr(index);
+  if (own.IsTCB()) return TCBDerivative(key, own, false);
+  // After a TCB key word 1 is a continuity, so no slope is stored: the neutral tangent serves.
+  if (previous.IsTCB()) return TCBDerivative(key, KFCurveKeyAttr(), false);
+  return static_cast<double>(AsFloat(previous.words[1]));
+}
+
+// Tension, continuity and bias (Kochanek-Bartels): a mix of the slopes to both neighbours.
+double KFCurve::TCBDerivative(size_t key, const KFCurveKeyAttr& attr, bool right) const {
+  const double t = static_cast<double>(AsFloat(attr.words[0]));
+  const double b = static_cast<double>(AsFloat(attr.words[2]));
+  const double c = static_cast<double>(AsFloat(attr.words[1])) * (right ? 1.0 : -1.0);
+  const bool isFirst = key == 0, isLast = key + 1 == times_.size();
+  const double toRight = isLast ? 0.0 : Slope(key, key + 1) * (1.0 - c) * (1.0 - b);
+  const double toLeft = isFirst ? 0.0 : Slope(key - 1, key) * (1.0 + c) * (1.0 + b);
+  return (1.0 - t) * (isFirst || isLast ? 1.0 : 0.5) * (toRight + toLeft);
+}
+
+double KFCurve::Seconds(size_t from, size_t to) const {
+  const int64_t a = times_[from], b = times_[to];
+  const double ticks =
+      a <= b ? static_cast<double>(Ticks(a, b)) : -static_cast<double>(Ticks(b, a));
+  return ticks / kTicksPerSecond;
+}
+
+// Value per second; 0 between keys at one time.
+double KFCurve::Slope(size_t from, size_t to) const {
+  const double seconds = Seconds(from, to);
+  return seconds == 0.0 ? 0.0 : (Value(to) - Value(from)) / seconds;
+}
+
+void KFCurve::Negate() {
+  constexpr uint32_t kSign = 0x80000000;
+  for (float& value : values_) value = -value;
+  defaultValue_ = -defaultValue_;
+  for (KFCurveKeyAttr& attr : attrs_) {
+    // Tension, continuity and bias shape the slopes to the neighbours, which turn by themselves.
+    if (attr.Interpolation() != KFCurveKeyAttr::kCubic || attr.IsTCB()) continue;
+    attr.words[0] ^= kSign;
+    attr.words[1] ^= kSign;
+  }
+}

@@ -1,0 +1,121 @@
+// The keys of one animation curve and their evaluation. A curve is whatever a file says: times may
+// be unsorted or equal, attributes may be missing, values may be NaN. Every operation is total on
+// such keys and costs no more than a search: differences of times are taken without overflow, and
+// repetition folds a time by division, never period by period.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "fbx/core/fbx_time.h"
+
+// How a run of keys leads on to the next one: the flags tell interpolation and tangents, the words
+// hold, by tangent mode, right slope or tension; next left slope or continuity; right and next left
+// weight as two int16 (low bits, high bits) or bias; velocities likewise. The words are kept as bit
+// patterns, since files write weights into arrays of floats.
+struct KFCurveKeyAttr {
+  enum Flags : uint32_t {
+    kInterpolationMask = 0xE,
+    kConstant = 0x2,
+    kLinear = 0x4,
+    kCubic = 0x8,
+    kConstantNext = 0x100,  // with kConstant: the next key's value
+    kTangentMask = 0xF00,
+    kTangentAuto = 0x100,
+    kTangentTCB = 0x200,
+    kTangentUser = 0x400,
+    kTangentAutoBreak = 0x900,
+    kWeightedRight = 0x1000000,
+    kWeightedNextLeft = 0x2000000,
+  };
+
+  uint32_t flags = 0;
+  std::array<uint32_t, 4> words{};
+
+  uint32_t Interpolation() const { return flags & kInterpolationMask; }
+  bool IsTCB() const { return Interpolation() == kCubic && (flags & kTangentMask) == kTangentTCB; }
+};
+
+class KFCurve {
+ public:
+  enum EExtrapolation {
+    eConstant = 1,
+    eRepetition,
+    eMirrorRepetition,
+    eKeepSlope,  // value per second
+    eRelativeRepetition,
+  };
+  // What a time before the first or after the last key gives.
+  struct Extrapolation {
+    EExtrapolation mode = eConstant;
+    int count = -1;  // periods; -1 for ever, anything else below 0 none
+  };
+
+  struct Key {
+    FbxTime time;
+    float value = 0.0F;
+  };
+
+  // The mode that a letter in a file stands for; constant for an unknown one.
+  static EExtrapolation ExtrapolationOfLetter(char letter);
+
+  // Replaces all keys. The times set their number; values missing are 0, further ones dropped.
+  void SetKeys(std::vector<int64_t> times, std::vector<float> values);
+  // Replaces all attributes: `counts[i]` keys in a row take `attrs[i]`, key 0 first. Keys beyond
+  // the sum have none.
+  void SetAttributes(std::vector<KFCurveKeyAttr> attrs, const std::vector<uint32_t>& counts);
+  void SetDefaultValue(float value) { defaultValue_ = value; }
+  void SetPreExtrapolation(Extrapolation extrapolation) { pre_ = extrapolation; }
+  void SetPostExtrapolation(Extrapolation extrapolation) { post_ = extrapolation; }
+
+  float GetDefaultValue() const { return defaultValue_; }
+  Extrapolation GetPreExtrapolation() const { return pre_; }
+  Extrapolation GetPostExtrapolation() const { return post_; }
+
+  int KeyGetCount() const { return static_cast<int>(times_.size()); }
+  // Time 0 and value 0 for an index out of range.
+  Key KeyGet(int index) const;
+  FbxTime KeyGetTime(int index) const { return KeyGet(index).time; }
+  float KeyGetValue(int index) const { return KeyGet(index).value; }
+  // No flags and words of 0 for a key without an attribute.
+  KFCurveKeyAttr KeyGetAttr(int index) const;
+
+  // The value at a time. `last`, if not null, holds the key index at which the search starts and is
+  // left at the one found, so that a forward sweep needs no search. It changes no result.
+  float Evaluate(FbxTime time, int* last = nullptr) const;
+  // The fractional key index of a time: the whole part names a key, the fraction is the position in
+  // time between it and the next. Times outside the keys are folded back by the extrapolations.
+  double KeyFindAll(FbxTime time, int* last = nullptr) const;
+  // The same without extrapolation: the first or last index outside the keys. Of keys at one time
+  // the last is found.
+  double KeyFind(FbxTime time, int* last = nullptr) const;
+  // The value at a fractional key index, which is clamped to the keys.
+  float EvaluateIndex(double index) const;
+
+  // Slopes per second on leaving a key and on arriving at it; 0 for an index out of range.
+  double RightDerivative(int index) const;
+  double LeftDerivative(int index) const;
+
+  // Turns the curve upside down: values, default value and tangents.
+  void Negate();
+
+ private:
+  double Value(size_t key) const { return static_cast<double>(values_[key]); }
+  double Seconds(size_t from, size_t to) const;
+  double Slope(size_t from, size_t to) const;
+  double TCBDerivative(size_t key, const KFCurveKeyAttr& attr, bool right) const;
+  float EvaluateCubic(size_t a, const KFCurveKeyAttr& attr, double f) const;
+  // The distance in ticks from the last key back to the first; 0 for keys out of order.
+  uint64_t Span() const;
+
+  std::vector<int64_t> times_;
+  std::vector<float> values_;
+  std::vector<KFCurveKeyAttr> attrs_;
+  std::vector<size_t> attrEnds_;  // the key after the last of each attribute's run
+  float defaultValue_ = 0.0F;
+  Extrapolation pre_;
+  Extrapolation post_;
+  bool sorted_ = true;  // a hint may be trusted
+};

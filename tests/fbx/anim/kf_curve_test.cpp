@@ -1,0 +1,232 @@
+#include "fbx/anim/kf_curve.h"
+
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <random>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Attr = KFCurveKeyAttr;
+
+constexpr uint32_t kUser = Attr::kCubic | Attr::kTangentUser;
+constexpr int64_t kMax = std::numeric_limits<int64_t>::max();
+constexpr int64_t kMin = std::numeric_limits<int64_t>::min();
+
+FbxTime At(double seconds) {
+  FbxTime time;
+  time.SetSecondDouble(seconds);
+  return time;
+}
+
+uint32_t Bits(float value) { return std::bit_cast<uint32_t>(value); }
+
+uint32_t Weights(int right, int nextLeft) {
+  return static_cast<uint32_t>(right) | static_cast<uint32_t>(nextLeft) << 16;
+}
+
+// A curve with keys one second apart that all share one attribute.
+KFCurve Curve(std::vector<float> values, const Attr& attr) {
+  std::vector<int64_t> times;
+  for (size_t i = 0; i < values.size(); ++i) {
+    times.push_back(static_cast<int64_t>(i) * FbxTime::kTicksPerSecond);
+  }
+  KFCurve curve;
+  const uint32_t count = static_cast<uint32_t>(values.size());
+  curve.SetKeys(std::move(times), std::move(values));
+  curve.SetAttributes({attr}, {count});
+  return curve;
+}
+
+TEST(KFCurve, WithoutKeysGivesTheDefaultAndWithOneKeyItsValue) {
+  KFCurve curve;
+  curve.SetDefaultValue(7.5F);
+  EXPECT_EQ(curve.Evaluate(At(3)), 7.5F);
+  EXPECT_EQ(curve.Evaluate(FbxTime::Infinite()), 7.5F);
+  EXPECT_EQ(curve.KeyGetValue(0), 0.0F);
+  curve = Curve({4}, {kUser, {}});
+  EXPECT_EQ(curve.Evaluate(At(-9)), 4.0F);
+  EXPECT_EQ(curve.RightDerivative(0), 0.0);
+}
+
+TEST(KFCurve, InterpolatesByTheLeftKeysAttribute) {
+  EXPECT_EQ(Curve({0, 1}, {Attr::kLinear, {}}).Evaluate(At(0.25)), 0.25F);
+  EXPECT_EQ(Curve({3, 5}, {Attr::kConstant, {}}).Evaluate(At(0.99)), 3.0F);
+  const KFCurve next = Curve({3, 5, 8}, {Attr::kConstant | Attr::kConstantNext, {}});
+  EXPECT_EQ(next.Evaluate(At(0.01)), 5.0F);
+  EXPECT_EQ(next.Evaluate(At(1)), 5.0F) << "on a key its own value holds";
+  EXPECT_EQ(Curve({3, 5}, {0, {}}).Evaluate(At(0.5)), 0.0F) << "unknown interpolation";
+  // Two runs; the third key's attribute is missing and doesn't matter to the last key.
+  KFCurve mixed = Curve({0, 10, 20}, {});
+  mixed.SetAttributes({{Attr::kLinear, {}}, {Attr::kConstant, {}}}, {1, 1});
+  EXPECT_EQ(mixed.Evaluate(At(0.5)), 5.0F);
+  EXPECT_EQ(mixed.Evaluate(At(1.5)), 10.0F);
+  EXPECT_EQ(mixed.KeyGetAttr(2).flags, 0U);
+}
+
+TEST(KFCurve, CubicFollowsItsSlopes) {
+  const KFCurve smooth = Curve({0, 1}, {kUser, {}});
+  EXPECT_EQ(smooth.Evaluate(At(0.5)), 0.5F);
+  EXPECT_FLOAT_EQ(smooth.Evaluate(At(0.25)), 0.15625F);  // 3f^2 - 2f^3
+  // Slopes 3 and -3 give the arch 3f(1-f) over values of 0.
+  const KFCurve arch = Curve({0, 0}, {kUser, {Bits(3), Bits(-3), 0, 0}});
+  EXPECT_FLOAT_EQ(arch.Evaluate(At(0.5)), 0.75F);
+  EXPECT_EQ(arch.RightDerivative(0), 3.0);
+  EXPECT_EQ(arch.LeftDerivative(1), -3.0);
+  // The last key leaves as it is reached, the first is reached as it is left.
+  EXPECT_EQ(arch.RightDerivative(1), -3.0);
+  EXPECT_EQ(arch.LeftDerivative(0), 3.0);
+  // Auto tangents hold their slopes in the same words.
+  const KFCurve automatic =
+      Curve({0, 0}, {Attr::kCubic | Attr::kTangentAuto, {Bits(3), Bits(-3), 0, 0}});
+  EXPECT_EQ(automatic.Evaluate(At(0.5)), arch.Evaluate(At(0.5)));
+}
+
+TEST(KFCurve, WeightsBendTimeToo) {
+  constexpr uint32_t kWeighted = kUser | Attr::kWeightedRight | Attr::kWeightedNextLeft;
+  // Weights of a third are no weights.
+  const std::array<uint32_t, 4> slopes = {Bits(2), Bits(-1), Weights(3333, 3333), 0};
+  const KFCurve plain = Curve({0, 4}, {kUser, slopes});
+  const KFCurve thirds = Curve({0, 4}, {kWeighted, slopes});
+  for (const double t : {0.1, 0.4, 0.5, 0.9}) {
+    EXPECT_NEAR(plain.Evaluate(At(t)), thirds.Evaluate(At(t)), 1e-3);
+  }
+  // The curve in time 3(1-u)u^2/2 * ... with weights 0.5 and 0.5: x(0.25) = 0.25 * 1.1875 by hand:
+  // 3 * 0.75^2 * 0.25 * 0.5 + 3 * 0.75 * 0.25^2 * 0.5 + 0.25^3 = 0.296875; y = 3u^2 - 2u^3.
+  const KFCurve halves = Curve({0, 1}, {kWeighted, {0, 0, Weights(5000, 5000), 0}});
+  EXPECT_NEAR(halves.Evaluate(At(0.296875)), 0.15625, 1e-4);
+  EXPECT_NEAR(halves.Evaluate(At(0.5)), 0.5, 1e-4);
+  // The right weight counts only with its bit and a tangent that stores it.
+  const KFCurve leftOnly =
+      Curve({0, 1}, {kUser | Attr::kWeightedNextLeft, {0, 0, Weights(9999, 3333), 0}});
+  EXPECT_NEAR(leftOnly.Evaluate(At(0.25)), 0.15625, 1e-4);
+}
+
+TEST(KFCurve, TensionContinuityBias) {
+  const auto tcb = [](float t, float c, float b) {
+    return Curve({0, 2, 8}, {Attr::kCubic | Attr::kTangentTCB, {Bits(t), Bits(c), Bits(b), 0}});
+  };
+  // Slopes to the neighbours of the middle key: 2 and 6.
+  EXPECT_DOUBLE_EQ(tcb(0, 0, 0).RightDerivative(1), 4.0);
+  EXPECT_DOUBLE_EQ(tcb(1, 0, 0).RightDerivative(1), 0.0);
+  EXPECT_DOUBLE_EQ(tcb(0, 0, 1).LeftDerivative(1), 2.0);
+  EXPECT_DOUBLE_EQ(tcb(0, -1, 0).RightDerivative(1), 6.0);
+  EXPECT_DOUBLE_EQ(tcb(0, -1, 0).LeftDerivative(1), 2.0);
+  EXPECT_DOUBLE_EQ(tcb(0.5, 0, 0).RightDerivative(0), 1.0);
+  EXPECT_DOUBLE_EQ(tcb(0.5, 0, 0).LeftDerivative(2), 3.0);
+}
+
+TEST(KFCurve, ExtrapolatesByModeAndCount) {
+  using Extrapolation = KFCurve::Extrapolation;
+  // 0 at 0 s up to 4 at 1 s, then down to 2 at 2 s.
+  const auto value = [](Extrapolation both, double seconds) {
+    KFCurve curve = Curve({0, 4, 2}, {Attr::kLinear, {}});
+    curve.SetPreExtrapolation(both);
+    curve.SetPostExtrapolation(both);
+    return curve.Evaluate(At(seconds));
+  };
+  struct Case {
+    Extrapolation extrapolation;
+    double seconds;
+    float value;
+  };
+  const Case cases[] = {
+      {{KFCurve::eConstant, -1}, -5, 0},          {{KFCurve::eConstant, -1}, 5, 2},
+      {{KFCurve::eRepetition, -1}, -0.5, 3},      {{KFCurve::eRepetition, -1}, 2.5, 2},
+      {{KFCurve::eRepetition, -1}, -100.5, 3},    {{KFCurve::eRepetition, -1}, 101.5, 3},
+      {{KFCurve::eRepetition, 1}, -1.5, 2},       {{KFCurve::eRepetition, 1}, -2.5, 0},
+      {{KFCurve::eRepetition, 1}, 4.5, 2},        {{KFCurve::eRepetition, 0}, 2.5, 2},
+      {{KFCurve::eMirrorRepetition, -1}, -.5, 2}, {{KFCurve::eMirrorRepetition, -1}, 2.5, 3},
+      {{KFCurve::eMirrorRepetition, -1}, -3, 4},  {{KFCurve::eMirrorRepetition, -1}, -2.5, 3},
+      {{KFCurve::eMirrorRepetition, 1}, -9, 2},   {{KFCurve::eMirrorRepetition, 2}, -9, 0},
+      {{KFCurve::eMirrorRepetition, 1}, 9, 0},    {{KFCurve::eMirrorRepetition, 2}, 9, 2},
+      {{KFCurve::eKeepSlope, -1}, -2, -8},        {{KFCurve::eKeepSlope, -1}, 4, -2},
+      {{KFCurve::eKeepSlope, 1}, -9, -8},         {{KFCurve::eKeepSlope, 1}, 9, -2},
+      {{KFCurve::eKeepSlope, 0}, -9, 0},          {{KFCurve::eRelativeRepetition, -1}, 3, 6},
+      {{KFCurve::eRelativeRepetition, -1}, 4, 4}, {{KFCurve::eRelativeRepetition, -1}, -1, 2},
+      {{KFCurve::eRelativeRepetition, 2}, 99, 6}, {{KFCurve::eRelativeRepetition, 2}, -99, -4},
+      {{KFCurve::eRelativeRepetition, 2}, 6, 6},  {{KFCurve::eRelativeRepetition, -1}, -4, -4},
+  };
+  for (const Case& c : cases) {
+    EXPECT_NEAR(value(c.extrapolation, c.seconds), c.value, 1e-5)
+        << "mode " << c.extrapolation.mode << " count " << c.extrapolation.count << " at "
+        << c.seconds;
+  }
+  EXPECT_EQ(KFCurve::ExtrapolationOfLetter('A'), KFCurve::eRelativeRepetition);
+  EXPECT_EQ(KFCurve::ExtrapolationOfLetter('?'), KFCurve::eConstant);
+}
+
+TEST(KFCurve, HintChangesNoResult) {
+  KFCurve curve = Curve(std::vector<float>(50), {Attr::kLinear, {}});
+  std::mt19937 random(1);
+  for (int round = 0; round < 3; ++round) {
+    int last = -7;
+    for (int i = 0; i < 500; ++i) {
+      const FbxTime time = At((static_cast<double>(random() % 6000) - 500.0) / 100.0);
+      if (random() % 50 == 0) last = static_cast<int>(random() % 100) - 50;
+      EXPECT_EQ(curve.KeyFind(time, &last), curve.KeyFind(time));
+    }
+    // Once more with keys in pairs at one time, and out of order.
+    std::vector<int64_t> times;
+    for (int i = 0; i < 50; ++i) times.push_back(i / 2 * FbxTime::kTicksPerSecond);
+    if (round == 1) std::swap(times[10], times[30]);
+    curve.SetKeys(times, std::vector<float>(50));
+  }
+  int last = 0;
+  Curve({0, 1, 2}, {Attr::kLinear, {}}).Evaluate(At(1.5), &last);
+  EXPECT_EQ(last, 1);
+}
+
+TEST(KFCurve, KeysAtOneTimeMakeAStep) {
+  KFCurve curve;
+  const int64_t s = FbxTime::kTicksPerSecond;
+  curve.SetKeys({0, s, s, 2 * s}, {0, 1, 5, 6});
+  for (const uint32_t flags : {uint32_t{Attr::kLinear}, Attr::kCubic | Attr::kTangentTCB, kUser}) {
+    curve.SetAttributes({{flags, {}}}, {4});
+    EXPECT_EQ(curve.Evaluate(At(1)), 5.0F);
+    for (const double t : {0.5, 1.5}) EXPECT_TRUE(std::isfinite(curve.Evaluate(At(t))));
+  }
+}
+
+TEST(KFCurve, SurvivesKeysOfAnyKind) {
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  const std::vector<std::vector<int64_t>> allTimes = {
+      {kMin, 0, kMax}, {kMax, 0, kMin}, {5, 5, 5}, {kMin, kMin, kMax}, {0, 7, 3, 9, -2, 4}, {0, 1}};
+  const uint32_t allFlags[] = {0, 0xFFFFFFFF, Attr::kLinear, kUser | 0x3000000,
+                               Attr::kCubic | Attr::kTangentTCB};
+  for (const auto& times : allTimes) {
+    for (const uint32_t flags : allFlags) {
+      for (int mode = 1; mode <= 5; ++mode) {
+        for (const int count : {-1, 0, 3, -5, std::numeric_limits<int>::max()}) {
+          KFCurve curve;
+          curve.SetKeys(times, {1, nan, 3});
+          curve.SetAttributes({{flags, {Bits(nan), 1, Weights(0x8000, 0x7FFF), 9}}, {}},
+                              {2, 0xFFFFFFFF});
+          curve.SetPreExtrapolation({static_cast<KFCurve::EExtrapolation>(mode), count});
+          curve.SetPostExtrapolation({static_cast<KFCurve::EExtrapolation>(mode), count});
+          for (const int64_t ticks : {kMin, int64_t{-1}, int64_t{0}, int64_t{6}, kMax}) {
+            const double index = curve.KeyFindAll(FbxTime(ticks));
+            EXPECT_GE(index, 0.0);
+            EXPECT_LE(index, static_cast<double>(times.size() - 1));
+            curve.Evaluate(FbxTime(ticks));
+          }
+        }
+      }
+    }
+  }
+}
+
+TEST(KFCurve, NegateTurnsValuesAndTangents) {
+  for (const uint32_t flags : {kUser, Attr::kCubic | Attr::kTangentTCB, uint32_t{Attr::kLinear}}) {
+    const KFCurve curve = Curve({1, 4, 2}, {flags, {Bits(0.5F), Bits(-0.25F), Bits(0.125F), 0}});
+    KFCurve negated = curve;
+    negated.Negate();
+    for (const double t : {-1.0, 0.0, 0.3, 1.0, 1.7}) {
+      EXPECT_EQ(negated.Evaluate(At(t)), -curve.Evaluate(At(t)));
+    }
+  }
+}
+
+}  // namespace
