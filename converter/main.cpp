@@ -1,1 +1,53 @@
-int main() { return 0; }
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <span>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+
+#include "converter/driver/command_line.h"
+#include "converter/driver/help.h"
+#include "converter/driver/log.h"
+#include "converter/driver/records.h"
+
+namespace {
+
+constexpr int kAbnormalEnd = 2;
+
+// A caller may close our standard streams, or stop reading them; the files are written all the
+// same.
+void ProtectStandardStreams() {
+  std::signal(SIGPIPE, SIG_IGN);
+  // The next file to be opened would take a closed stream's number and receive its text.
+  for (int fd = 0; fd <= 2; ++fd) {
+    if (fcntl(fd, F_GETFD) == -1) open("/dev/null", O_RDWR);
+  }
+}
+
+int Run(int argc, const char* const* argv) {
+  initLog(argc, argv);
+  AddOutput("VERSION", VersionText(), true);
+  const std::vector<std::string> words(argv, argv + argc);
+  LOG_INFO("ARGUMENTS: " + commandLine(words));
+  const std::span<const std::string> arguments(words);
+  return parseArguments(arguments.subspan(arguments.empty() ? 0 : 1));
+}
+
+int EndAbnormally(const char* what) {
+  std::fflush(stdout);
+  std::fprintf(stderr, "veltrum: %s\n", what);
+  return kAbnormalEnd;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  ProtectStandardStreams();
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& exception) {
+    return EndAbnormally(exception.what());
+  }
+}

@@ -160,7 +160,9 @@ FbxPropertyLocal& FbxPropertyStore::MakeLocal(int index) {
   const auto at = std::lower_bound(locals_.begin(), locals_.end(), index,
                                    [](const auto& entry, int i) { return entry.first < i; });
   if (at != locals_.end() && at->first == index) return at->second;
-  return locals_.emplace(at, index, FbxPropertyLocal())->second;
+  auto& made = *locals_.emplace(at);
+  made.first = index;
+  return made.second;
 }
 
 const FbxPropertyLocal* FbxPropertyStore::TemplateLocal(int index) const {

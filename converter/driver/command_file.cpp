@@ -1,0 +1,85 @@
+#include "converter/driver/command_file.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+
+#include <boost/filesystem.hpp>
+
+#include "converter/driver/command_line.h"
+#include "converter/driver/names.h"
+#include "converter/driver/records.h"
+
+namespace {
+
+constexpr size_t kNone = std::string_view::npos;
+
+bool IsOpen(const std::string& path, const OpenCommandFile* openFiles) {
+  for (; openFiles != nullptr; openFiles = openFiles->outer) {
+    boost::system::error_code unreadable;
+    if (boost::filesystem::equivalent(path, openFiles->path, unreadable)) return true;
+  }
+  return false;
+}
+
+std::vector<std::string> WordsOfFile(const std::string& path, std::string_view value) {
+  std::vector<std::string> words;
+  std::ifstream file(path, std::ios::binary);
+  // Opening a directory succeeds, reading it doesn't.
+  if (!file || isDirectory(path)) {
+    std::printf("Unable to open command file: %s", std::string(value).c_str());
+    return words;
+  }
+  for (std::string line; std::getline(file, line);) {
+    if (line.ends_with('\r')) line.pop_back();
+    SplitCommandFileLine(line, words);
+  }
+  return words;
+}
+
+}  // namespace
+
+void SplitCommandFileLine(std::string_view line, std::vector<std::string>& words) {
+  const auto skipBlanks = [line](size_t at) {
+    return std::min(line.find_first_not_of(' ', at), line.size());
+  };
+  size_t at = skipBlanks(0);
+  size_t quote = line.find('"');
+  // The position up to which a quote opens a word. At the start of a line that is the line's first
+  // character alone; in the last word of a line no quote does.
+  size_t limit = at;
+  while (at < line.size()) {
+    if (quote != kNone && quote < at) quote = line.find('"', at);
+    std::string_view word;
+    if (quote != kNone && limit != kNone && quote <= limit) {
+      const size_t begin = quote + 1;
+      const size_t close = line.find('"', begin);
+      word = line.substr(begin, close == kNone ? kNone : close - begin);
+      // Without a closing quote the words inside are read again, one by one.
+      at = close == kNone ? begin : close + 1;
+    } else {
+      const size_t end = std::min(line.find(' ', at), line.size());
+      word = line.substr(at, end - at);
+      at = end;
+    }
+    if (!word.empty()) words.emplace_back(word);
+    at = skipBlanks(at);
+    limit = line.find(' ', at);
+  }
+}
+
+std::vector<ConversionArguments> ReadCommandFile(std::string_view value,
+                                                 const OpenCommandFile* openFiles) {
+  const std::string path = removeUnneededDoubleQuotes(value);
+  if (path.empty()) {
+    AddError("-z command requires filename to read commands from\n");
+    return {};
+  }
+  if (IsOpen(path, openFiles)) {
+    AddError("command file '" + path + "' reads itself");
+    return {};
+  }
+  const std::vector<std::string> words = WordsOfFile(path, value);
+  const OpenCommandFile thisFile{path, openFiles};
+  return breakCommandlineIntoSegments(words, &thisFile);
+}
