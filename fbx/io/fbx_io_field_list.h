@@ -1,0 +1,177 @@
+// One level of a scene file's tree: the records of a list, grouped by name, and the cursor over
+// them.
+//
+// A list is read when it is opened and holds only its own records' values; lists nested in them are
+// positions until somebody opens one. Of the values, small blocks are kept in one buffer for the
+// whole list and large ones stay in the file, so that neither a mesh nor an embedded picture that
+// nobody asks for is ever read. Nothing is decoded before it is asked for.
+//
+// Names are sorted in byte order; records of one name stay in file order.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class FbxAsciiBlocks;
+class FbxByteSource;
+class FbxInflater;
+
+// One record.
+struct FbxIOFieldInstance {
+  // Position of the nested list, 0 without one.
+  int64_t extension = 0;
+  // Binary: where the record, and with it the nested list, ends.
+  int64_t end = 0;
+  // Binary: where the value block stands, in the file or in the list's buffer.
+  // ASCII: index of the first value.
+  int64_t values = 0;
+  uint32_t valueBytes = 0;
+  // Binary: of the next value, from the start of the value block.
+  uint32_t valueOffset = 0;
+  int32_t valueCount = 0;
+  int32_t valueIndex = 0;
+  int32_t field = 0;
+  // Index of the text that owns a decoded large value, -1 without one.
+  int32_t scratch = -1;
+  bool isBuffered = false;
+};
+
+// All records of one name: `count` of them in a row from `first` on.
+struct FbxIOField {
+  std::string_view name;
+  size_t first = 0;
+  int32_t count = 0;
+  // The instance that the cursor stands on; `count` past the last.
+  int32_t readCurrent = 0;
+};
+
+// How the bytes of a list are to be understood.
+struct FbxIOListFormat {
+  bool isBinary = true;
+  // Values are in the other byte order than this machine's.
+  bool swap = false;
+  // Bytes of an offset word, 4 or 8.
+  size_t offsetWidth = 4;
+};
+
+class FbxIOFieldList {
+ public:
+  // All are kept alive by the caller as long as the list.
+  FbxIOFieldList(FbxByteSource& source, FbxAsciiBlocks& blocks, FbxInflater& inflater,
+                 FbxIOListFormat format);
+
+  // Reads the records of the list at `start`, in place of those that the list held. A binary list
+  // must end at `limit`, an ASCII list ends there at the latest. False if it is corrupt.
+  // A `isTopList` may end with the file, without a null record.
+  bool Parse(int64_t start, int64_t limit, bool isTopList);
+  // The position behind the list, its null record or closing brace included.
+  int64_t End() const { return end_; }
+  // Takes the cursor back to the first record of every name.
+  void ResetPosition();
+
+  size_t FieldCount() const { return fields_.size(); }
+  // Null past the last, in sorted order.
+  const FbxIOField* Field(size_t index) const;
+  const FbxIOField* Find(std::string_view name) const;
+  // Puts the cursor on the first value of a record; false if there is no such record.
+  bool Begin(std::string_view name, int32_t instance);
+  bool Begin(size_t field, int32_t instance);
+  // Moves on to the next record of the current name.
+  void Next();
+  // The record that the cursor stands on, null if there is none.
+  FbxIOFieldInstance* Current();
+
+  // The letter of the next value of the current record: 'a' or 'S' in text. 'S' without a value.
+  char ValueType();
+
+  // Each takes the next value of the current record: a value past the last, or one of another type,
+  // gives 0 or the empty text and is passed over.
+  char ReadChar();
+  bool ReadBool();
+  int8_t ReadByte();
+  int16_t ReadShort();
+  int32_t ReadInt();
+  int64_t ReadLongLong();
+  float ReadFloat();
+  double ReadDouble();
+  // Text is valid until the list is read anew; that of a large value until the record's next one.
+  std::string_view ReadString();
+  std::string_view ReadRaw();
+
+  // The next value as an array, decoded once into `out`, whose storage is reused. False, with `out`
+  // empty, if it isn't an array of elements of that type or has none.
+  bool ReadArray(std::vector<double>& out);
+  bool ReadArray(std::vector<float>& out);
+  bool ReadArray(std::vector<int64_t>& out);
+  bool ReadArray(std::vector<uint64_t>& out);
+  bool ReadArray(std::vector<int32_t>& out);
+  bool ReadArray(std::vector<uint32_t>& out);
+  bool ReadArray(std::vector<int16_t>& out);
+  bool ReadArray(std::vector<uint16_t>& out);
+  bool ReadArray(std::vector<int8_t>& out);
+  bool ReadArray(std::vector<uint8_t>& out);
+  bool ReadArray(std::vector<bool>& out);
+
+ private:
+  struct TextValue {
+    uint32_t offset;
+    uint32_t size;
+  };
+  struct BinaryValue {
+    // 0 if there is no value.
+    char type = 0;
+    // Offset of the payload in the value block.
+    uint32_t payload = 0;
+  };
+
+  void Clear();
+  bool ParseBinary(int64_t start, int64_t limit, bool isTopList);
+  bool ParseAscii(int64_t start, int64_t limit);
+  bool ReadLevelText(int64_t start, int64_t limit);
+  void CutIntoTokens();
+  // Length of a binary record's values up to the last one's start; false if they are corrupt.
+  bool CheckValues(const FbxIOFieldInstance& instance);
+  int32_t FieldIndex(std::string_view name);
+  // Sorts the names and groups the records by them.
+  void Group();
+
+  // Up to `wanted` bytes of a binary record's value block.
+  std::string_view BlockView(const FbxIOFieldInstance& instance, uint32_t offset, size_t wanted);
+  BinaryValue PeekBinary(FbxIOFieldInstance& instance);
+  BinaryValue TakeBinary();
+  std::string_view TakeText();
+  template <class T>
+  T BinaryPayload(const FbxIOFieldInstance& instance, uint32_t payload);
+  template <class T>
+  T ReadWhole(char letter);
+  double ReadReal();
+  // The bytes of a string or raw value.
+  std::string_view ReadBytes(char letter);
+  std::string_view KeepScratch(FbxIOFieldInstance& instance, std::string text);
+
+  template <class T>
+  bool ReadAnyArray(char letter, std::vector<T>& out);
+  template <class T>
+  bool ReadBinaryArray(char letter, std::vector<T>& out);
+  template <class T, class Convert>
+  bool ReadTextArray(std::vector<T>& out, Convert convert);
+
+  FbxByteSource& source_;
+  FbxAsciiBlocks& blocks_;
+  FbxInflater& inflater_;
+  FbxIOListFormat format_;
+  int64_t end_ = 0;
+  std::vector<FbxIOField> fields_;
+  std::vector<FbxIOFieldInstance> instances_;
+  int32_t currentField_ = -1;
+  // Names of the fields; never moved once a field refers to them.
+  std::deque<std::string> names_;
+  // Binary: the value blocks kept. ASCII: the text of the level, escapes replaced.
+  std::vector<char> buffer_;
+  std::vector<TextValue> textValues_;
+  std::deque<std::string> scratch_;
+};
