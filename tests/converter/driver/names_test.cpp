@@ -1,0 +1,85 @@
+#include "converter/driver/names.h"
+
+#include <filesystem>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "converter/driver/command_file.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::vector<std::string> WordsOf(std::string_view line) {
+  std::vector<std::string> words;
+  SplitCommandFileLine(line, words);
+  return words;
+}
+
+TEST(Names, QuotesAndPieces) {
+  EXPECT_EQ(removeUnneededDoubleQuotes("\"a b\""), "a b");
+  EXPECT_EQ(removeUnneededDoubleQuotes("\"\""), "\"\"");  // too short to hold anything
+  EXPECT_EQ(removeUnneededDoubleQuotes("\"ab"), "\"ab");
+  EXPECT_EQ(removeUnneededDoubleQuotes("ab\""), "ab\"");
+  EXPECT_THAT(Split("/a//b/", '/'), ElementsAre("", "a", "", "b", ""));
+  EXPECT_THAT(Split("", '/'), ElementsAre(""));
+  EXPECT_EQ(lastIndexOf("a/b/c", '/'), 3);
+  EXPECT_EQ(lastIndexOf("abc", '/'), -1);
+}
+
+TEST(Names, PartsOfPaths) {
+  EXPECT_EQ(prependPathToFileName("", "x.xsf"), "x.xsf");
+  EXPECT_EQ(prependPathToFileName("out/", "x.xsf"), "out/x.xsf");
+  EXPECT_EQ(getBaseFilenameFromFBXFileName("a/B.FBX"), "B.FBX");
+  EXPECT_EQ(getBaseDirectoryFromFBXFileName("a/B.FBX"), "a/B");
+  EXPECT_EQ(getBaseDirectoryFromFBXFileName("a.fbx.bak"), "a");
+  EXPECT_EQ(getBaseDirectoryFromFBXFileName("a/b.obj"), "a/b.obj");
+  EXPECT_EQ(getBaseDirectoryFromFBXFileName("abc"), "abc");
+  EXPECT_EQ(getFileNameFromPath("C:\\models/skin.png"), "skin.png");
+  EXPECT_EQ(getFileNameFromPath("models/t\\skin.png"), "skin.png");
+  EXPECT_EQ(getFileNameFromPath("skin.png"), "skin.png");
+}
+
+TEST(Names, FilesOnDisk) {
+  const TempDir dir;
+  const std::string file = dir.Write("a.txt", "x");
+  CheckDirectoryExistsAndCreate(dir.File("sub"));
+  CheckDirectoryExistsAndCreate(dir.File("no/such"));  // one level only, and no complaint
+  EXPECT_TRUE(isDirectory(dir.File("sub")));
+  EXPECT_TRUE(fileExists(dir.File("sub")));
+  EXPECT_TRUE(fileExists(file));
+  EXPECT_FALSE(isDirectory(file));
+  EXPECT_FALSE(fileExists(dir.File("no")));
+  EXPECT_FALSE(fileExists(dir.File("a.txt/below")));
+  std::filesystem::create_symlink("nowhere", dir.File("dangling"));
+  EXPECT_THAT(ListFilesInDirectory(dir.Path()), ElementsAre(file));
+  EXPECT_THAT(ListFilesInDirectory(file), IsEmpty());
+  EXPECT_THAT(ListFilesInDirectory(dir.File("no")), IsEmpty());
+}
+
+TEST(CommandFile, WordsOfALine) {
+  EXPECT_THAT(WordsOf(""), IsEmpty());
+  EXPECT_THAT(WordsOf("   "), IsEmpty());
+  EXPECT_THAT(WordsOf(" a.fbx  list mesh - "), ElementsAre("a.fbx", "list", "mesh", "-"));
+  EXPECT_THAT(WordsOf("a\tb c"), ElementsAre("a\tb", "c"));  // a tab separates nothing
+}
+
+TEST(CommandFile, QuotedWords) {
+  EXPECT_THAT(WordsOf(R"("my file.fbx" list mesh "Left Arm" "Right Arm")"),
+              ElementsAre("my file.fbx", "list", "mesh", "Left Arm", "Right Arm"));
+  // The last word keeps its quotes when it holds no blank.
+  EXPECT_THAT(WordsOf(R"(list "ab")"), ElementsAre("list", "\"ab\""));
+  // At the start of a line only the first character opens a quote; the closing one then opens ...
+  EXPECT_THAT(WordsOf(R"(ab"cd ef" gh)"), ElementsAre("ab\"cd", " gh", "gh"));
+  // ... further along any character of the next word does, and what stands before it is lost.
+  EXPECT_THAT(WordsOf(R"(x ab"cd ef" gh)"), ElementsAre("x", "cd ef", "gh"));
+  EXPECT_THAT(WordsOf(R"(a "" b)"), ElementsAre("a", "b"));
+  EXPECT_THAT(WordsOf(R"(a "b"c d)"), ElementsAre("a", "b", "c", "d"));
+  // A quote that is never closed gives the rest of the line, and then its words again.
+  EXPECT_THAT(WordsOf(R"("a b c)"), ElementsAre("a b c", "a", "b", "c"));
+}
+
+}  // namespace

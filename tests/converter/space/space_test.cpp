@@ -1,0 +1,99 @@
+#include <cmath>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "converter/space/axis_mod.h"
+#include "converter/space/key_values.h"
+#include "fbx/core/fbx_time.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+ConversionArguments Axes(const std::string& up, const std::string& front,
+                         const std::string& coord = "") {
+  ConversionArguments args;
+  args.upAxis = up;
+  args.frontAxis = front;
+  args.coordinateSystem = coord;
+  return args;
+}
+
+// Where x=1, y=2, z=3 go.
+FloatQuad Moved(const ConversionArguments& args) {
+  FloatQuad value{1, 2, 3, 4};
+  AxisMod(args, value);
+  return value;
+}
+
+TEST(AxisMod, EveryPairOfAxes) {
+  struct Row {
+    const char* up;
+    const char* front;
+    float x, y, z;
+  };
+  constexpr Row kRows[] = {
+      {"-x", "-y", 3, 2, -1},  {"-x", "y", -3, -2, -1}, {"-x", "-z", -2, 3, -1},
+      {"-x", "z", 2, -3, -1},  {"x", "-y", -3, 2, 1},   {"x", "y", 3, -2, 1},
+      {"x", "-z", 2, 3, 1},    {"x", "z", -2, -3, 1},   {"-y", "-x", -3, 1, -2},
+      {"-y", "x", 3, -1, -2},  {"-y", "-z", 1, 3, -2},  {"-y", "z", -1, -3, -2},
+      {"y", "-x", 3, 1, 2},    {"y", "x", -3, -1, 2},   {"y", "-z", -1, 3, 2},
+      {"y", "z", 1, -3, 2},    {"-z", "-x", 2, 1, -3},  {"-z", "x", -2, -1, -3},
+      {"-z", "-y", -1, 2, -3}, {"-z", "y", 1, -2, -3},  {"z", "-x", -2, 1, 3},
+      {"z", "x", 2, -1, 3},    {"z", "-y", 1, 2, 3},    {"z", "y", -1, -2, 3},
+  };
+  for (const Row& row : kRows) {
+    SCOPED_TRACE(std::string(row.up) + " " + row.front);
+    EXPECT_THAT(Moved(Axes(row.up, row.front)), ElementsAre(row.x, row.y, row.z, 4));
+    EXPECT_THAT(Moved(Axes(row.up, row.front, "left")), ElementsAre(-row.x, row.y, row.z, 4));
+  }
+}
+
+TEST(AxisMod, DefaultsAndWordsThatMeanNothing) {
+  EXPECT_THAT(Moved(Axes("", "")), ElementsAre(1, 2, 3, 4));
+  EXPECT_THAT(Moved(Axes("", "", "left")), ElementsAre(-1, 2, 3, 4));
+  EXPECT_THAT(Moved(Axes("", "", "lefty")), ElementsAre(1, 2, 3, 4));
+  EXPECT_THAT(Moved(Axes("y", "")), ElementsAre(1, 2, 3, 4));  // front is y too
+  EXPECT_THAT(Moved(Axes("z", "z", "left")), ElementsAre(1, 2, 3, 4));
+  EXPECT_THAT(Moved(Axes("q", "", "left")), ElementsAre(1, 2, 3, 4));
+  EXPECT_THAT(Moved(Axes("", "-", "left")), ElementsAre(1, 2, 3, 4));
+  EXPECT_THAT(Moved(Axes("zx", "+z")), ElementsAre(-2, -3, 1, 4));  // the last letter names
+}
+
+TEST(AxisMod, DoublesPassThroughFloats) {
+  FbxVector4 vector(0.1, 0.2, 0.3, 0.4);
+  AxisModOnVector(Axes("", ""), vector);
+  EXPECT_EQ(vector, FbxVector4(0.1F, 0.2F, 0.3F, 0.4));
+  FbxQuaternion quaternion(0.1, 0.2, 0.3, 0.4);
+  AxisModOnQuat(Axes("-y", "z", "left"), quaternion);
+  EXPECT_EQ(quaternion, FbxQuaternion(0.1F, -0.3F, -0.2F, 0.4));
+}
+
+TEST(KeyValues, ClampAddsBeforeItTruncates) {
+  EXPECT_EQ(clampKeyValue(1.0004F), 1.0F);
+  EXPECT_EQ(clampKeyValue(1.0006F), 1.001F);
+  EXPECT_EQ(clampKeyValue(-1.0004F), -0.999F);
+  EXPECT_EQ(clampKeyValue(-0.0004F), 0.0F);
+  EXPECT_FALSE(std::signbit(clampKeyValue(-0.001F)));  // the text of the value must be "0"
+  EXPECT_EQ(clampKeyValue(3e20F), 3e20F);              // beyond any integer
+}
+
+TEST(KeyValues, SecondsOfAFrame) {
+  const FbxTime::EMode before = FbxTime::GetGlobalTimeMode();
+  const auto inMode = [](int mode) {
+    FbxTime::SetGlobalTimeMode(static_cast<FbxTime::EMode>(mode), 12.0);
+    return frameToSeconds(30);
+  };
+  EXPECT_EQ(inMode(0), 1.0F);
+  EXPECT_EQ(inMode(1), 0.25F);
+  EXPECT_EQ(inMode(6), 1.0F);
+  EXPECT_EQ(inMode(7), 1.0F);
+  EXPECT_EQ(inMode(9), 30 / 29.97F);
+  EXPECT_EQ(inMode(13), 30 / 23.976F);
+  EXPECT_EQ(inMode(14), 1.0F);  // whatever the custom rate is
+  EXPECT_EQ(inMode(17), 30 / 59.94F);
+  FbxTime::SetGlobalTimeMode(before);
+}
+
+}  // namespace
