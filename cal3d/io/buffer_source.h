@@ -21,10 +21,12 @@ class CalBufferSource {
   float ReadFloat();
   // An int32 length that counts the closing NUL, then the bytes.
   std::string ReadString();
-  // An int32 that tells how many records follow, each of at least `record_size` bytes. Throws, in
-  // words that name `what`, unless the rest of the block can hold that many: callers may allocate
-  // for the count.
+  // An int32 that tells how many records follow, each of at least `record_size` bytes; checked as
+  // below.
   std::int32_t ReadCount(std::uint64_t record_size, std::string_view what);
+  // Throws, in words that name `what`, unless the rest of the block can hold `count` records of at
+  // least `record_size` bytes (above 0): after that, allocating for the count is safe.
+  void CheckCount(std::int32_t count, std::uint64_t record_size, std::string_view what) const;
 
  private:
   const char* cursor_;

@@ -1,0 +1,50 @@
+#include "cal3d/io/buffer_source.h"
+
+#include <bit>
+#include <stdexcept>
+
+std::string_view CalBufferSource::ReadBytes(std::size_t count) {
+  if (count > remaining_) {
+    throw std::runtime_error("the file ends early: " + std::to_string(count) +
+                             " bytes are due and " + std::to_string(remaining_) + " are left");
+  }
+  const std::string_view bytes(cursor_, count);
+  cursor_ += count;
+  remaining_ -= count;
+  return bytes;
+}
+
+std::int32_t CalBufferSource::ReadInt() {
+  const std::string_view bytes = ReadBytes(4);
+  std::uint32_t value = 0;
+  for (std::size_t i = 0; i < 4; ++i) {
+    value |= std::uint32_t{static_cast<unsigned char>(bytes[i])} << (8 * i);
+  }
+  return static_cast<std::int32_t>(value);
+}
+
+float CalBufferSource::ReadFloat() { return std::bit_cast<float>(ReadInt()); }
+
+std::string CalBufferSource::ReadString() {
+  const std::int32_t length = ReadCount(1, "bytes of a string");
+  if (length == 0) throw std::runtime_error("a string has no closing NUL");
+  std::string_view bytes = ReadBytes(static_cast<std::size_t>(length));
+  if (bytes.back() != '\0') throw std::runtime_error("a string has no closing NUL");
+  bytes.remove_suffix(1);
+  return std::string(bytes);
+}
+
+std::int32_t CalBufferSource::ReadCount(std::uint64_t record_size, std::string_view what) {
+  const std::int32_t count = ReadInt();
+  CheckCount(count, record_size, what);
+  return count;
+}
+
+void CalBufferSource::CheckCount(std::int32_t count, std::uint64_t record_size,
+                                 std::string_view what) const {
+  // A division, since the product of two hostile numbers could overflow.
+  if (count >= 0 && static_cast<std::uint64_t>(count) <= remaining_ / record_size) return;
+  throw std::runtime_error("a count of " + std::to_string(count) + " " + std::string(what) +
+                           " doesn't fit the " + std::to_string(remaining_) +
+                           " bytes that are left");
+}

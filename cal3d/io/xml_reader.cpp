@@ -1,0 +1,117 @@
+#include "cal3d/io/xml_reader.h"
+
+#include "cal3d/io/load_checks.h"
+#include "cal3d/io/number_text.h"
+
+namespace {
+
+bool SameName(const char* text, std::string_view upper) {
+  for (const char letter : upper) {
+    const char c = *text++;
+    if ((c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c) != letter) return false;
+  }
+  return *text == '\0';
+}
+
+// Messages repeat what a file says, which may be a megabyte of anything.
+std::string Printable(std::string_view text) {
+  constexpr std::size_t kMost = 40;
+  std::string printable;
+  for (const char c : text.substr(0, kMost)) printable += c < ' ' || c > '~' ? '?' : c;
+  return text.size() > kMost ? printable + "..." : printable;
+}
+
+std::string Quoted(std::string_view text) { return '"' + Printable(text) + '"'; }
+
+pugi::xml_node NextElement(pugi::xml_node node) {
+  while (node && node.type() != pugi::node_element) node = node.next_sibling();
+  return node;
+}
+
+template <typename Number>
+void ParseOrThrow(pugi::xml_node element, const char* text, std::span<Number> numbers) {
+  if (ReadNumbers(text, numbers)) return;
+  throw XmlError(element,
+                 Quoted(text) + (numbers.size() == 1
+                                     ? " is no number"
+                                     : " isn't " + std::to_string(numbers.size()) + " numbers"));
+}
+
+}  // namespace
+
+XmlFile::XmlFile(std::string_view text, std::string_view root_name, std::string_view magic) {
+  // The parser takes a NUL for the end and would leave the rest of the file unread.
+  if (text.find('\0') != std::string_view::npos) {
+    throw std::runtime_error("the XML text holds a NUL byte");
+  }
+  const unsigned options = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute |
+                           pugi::parse_eol | pugi::parse_embed_pcdata;
+  const pugi::xml_parse_result result =
+      document_.load_buffer(text.data(), text.size(), options, pugi::encoding_utf8);
+  if (!result) {
+    throw std::runtime_error("the XML is broken at byte " + std::to_string(result.offset) + ": " +
+                             result.description());
+  }
+  root_ = NextElement(document_.first_child());
+  pugi::xml_node marked = root_;
+  if (IsElement(root_, "HEADER")) {
+    root_ = NextElement(root_.next_sibling());
+    if (!root_) throw XmlError(marked, "no element follows");
+  }
+  if (!IsElement(root_, root_name)) {
+    throw XmlError(root_, "the root element should be " + std::string(root_name));
+  }
+  const std::string_view found = RequiredAttribute(marked, "MAGIC");
+  if (found != magic) {
+    throw XmlError(marked, "the magic is " + Quoted(found) + ", not " + std::string(magic));
+  }
+  CheckedVersion(
+      Parse<std::int32_t, std::int32_t, 1>(marked, RequiredAttribute(marked, "VERSION")));
+}
+
+std::runtime_error XmlError(pugi::xml_node element, const std::string& fault) {
+  return std::runtime_error("<" + Printable(element.name()) + "> at byte " +
+                            std::to_string(element.offset_debug()) + ": " + fault);
+}
+
+bool IsElement(pugi::xml_node node, std::string_view name) {
+  return node.type() == pugi::node_element && SameName(node.name(), name);
+}
+
+std::size_t CountElements(pugi::xml_node parent, std::string_view name) {
+  std::size_t count = 0;
+  for (const pugi::xml_node child : parent) count += IsElement(child, name) ? 1 : 0;
+  return count;
+}
+
+const char* FindAttribute(pugi::xml_node element, std::string_view name) {
+  for (const pugi::xml_attribute attribute : element.attributes()) {
+    if (SameName(attribute.name(), name)) return attribute.value();
+  }
+  return nullptr;
+}
+
+const char* RequiredAttribute(pugi::xml_node element, std::string_view name) {
+  const char* value = FindAttribute(element, name);
+  if (value == nullptr) {
+    throw XmlError(element, "the attribute " + std::string(name) + " is missing");
+  }
+  return value;
+}
+
+void CheckAttribute(pugi::xml_node element, std::string_view name, std::size_t expected) {
+  const char* text = FindAttribute(element, name);
+  if (text == nullptr) return;
+  const std::int32_t value = Parse<std::int32_t, std::int32_t, 1>(element, text);
+  if (value >= 0 && static_cast<std::size_t>(value) == expected) return;
+  throw XmlError(element, std::string(name) + " is " + std::to_string(value) + ", but should be " +
+                              std::to_string(expected));
+}
+
+void ParseNumbers(pugi::xml_node element, const char* text, std::span<float> numbers) {
+  ParseOrThrow(element, text, numbers);
+}
+
+void ParseNumbers(pugi::xml_node element, const char* text, std::span<std::int32_t> numbers) {
+  ParseOrThrow(element, text, numbers);
+}
