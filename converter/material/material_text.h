@@ -1,0 +1,19 @@
+// The text forms of materials in listings and export records.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "converter/material/material_master_map.h"
+
+// "TEXTURE: <channel> <file>" for each supported channel, separated by blanks, after the material's
+// name and a blank if `withName`.
+std::string MaterialMapToString(const MaterialMap& map, bool withName);
+// "<id> " and the text of the material with its name, for each that isn't empty.
+std::vector<std::string> MaterialMasterMapToStrings(const MaterialMasterMap& master);
+// "<channel> FILENAME: <file> MATERIAL: <name>" for each supported channel; the others are warned
+// of. `name` gets the material's name.
+std::vector<std::string> MaterialMapToTextureStrings(const MaterialMap& map, std::string& name);
+// The texts of all materials; `name` is left with the last one's name.
+std::vector<std::string> MaterialMasterMapToTextureStrings(const MaterialMasterMap& master,
+                                                           std::string& name);

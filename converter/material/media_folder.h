@@ -1,0 +1,22 @@
+// What becomes of the media folder, in which the importer unpacks embedded media beside the scene
+// (Model.fbm for Model.fbx), after an export: nothing. The list of textures to move is always
+// empty, so nothing is ever moved; both operations keep the shape that callers know.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "converter/driver/conversion_arguments.h"
+
+// The media folder of a scene.
+std::string GetMediaFolder(const std::string& fbxFileName);
+
+// Looks through the scene's folder of textures, Model_textures, and returns an empty list.
+std::vector<std::string> gatherTextureListFromDirectory(const std::string& fbxFileName);
+
+// If there is a media folder, makes the folder of textures and then renames an absolute `texture`,
+// or copies a relative one, to that folder's path without its "_textures". Always true; throws the
+// file system's errors.
+bool MoveFileFromSDKTextureDirectoryToZEVOTextureDirectory(const std::string& fbxFileName,
+                                                           const std::string& texture,
+                                                           const ConversionArguments& args);
