@@ -21,7 +21,10 @@ std::string Printable(std::string_view text) {
   return text.size() > kMost ? printable + "..." : printable;
 }
 
-std::string Quoted(std::string_view text) { return '"' + Printable(text) + '"'; }
+std::string Quoted(std::string_view text) {
+  std::string quoted("\"");
+  return quoted.append(Printable(text)).append("\"");
+}
 
 pugi::xml_node NextElement(pugi::xml_node node) {
   while (node && node.type() != pugi::node_element) node = node.next_sibling();
@@ -70,8 +73,10 @@ XmlFile::XmlFile(std::string_view text, std::string_view root_name, std::string_
 }
 
 std::runtime_error XmlError(pugi::xml_node element, const std::string& fault) {
-  return std::runtime_error("<" + Printable(element.name()) + "> at byte " +
-                            std::to_string(element.offset_debug()) + ": " + fault);
+  std::string text("<");
+  text.append(Printable(element.name())).append("> at byte ");
+  text.append(std::to_string(element.offset_debug())).append(": ").append(fault);
+  return std::runtime_error(text);
 }
 
 bool IsElement(pugi::xml_node node, std::string_view name) {
