@@ -1,0 +1,212 @@
+#include "converter/scene/fbx_wrapper.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <stdexcept>
+
+#include "converter/driver/names.h"
+#include "converter/scene/node_paths.h"
+#include "fbx/anim/fbx_anim_stack.h"
+#include "fbx/core/fbx_manager.h"
+#include "fbx/reader/fbx_importer.h"
+#include "fbx/reader/fbx_io_settings.h"
+#include "fbx/scene/fbx_axis_system.h"
+#include "fbx/scene/fbx_mesh.h"
+#include "fbx/scene/fbx_node.h"
+#include "fbx/scene/fbx_scene.h"
+
+namespace {
+
+std::unique_ptr<FbxWrapper> instance;
+std::string loadedFilename;
+uint64_t loads = 0;
+
+template <typename T>
+T* RequireObject(T* object, const char* message) {
+  if (object == nullptr) {
+    std::printf("%s", message);
+    throw FbxInitException();
+  }
+  return object;
+}
+
+// True if the cluster moves at least one control point.
+bool HasInfluence(const FbxCluster& cluster) {
+  return std::any_of(cluster.weights.begin(), cluster.weights.end(),
+                     [](double weight) { return weight != 0.0; });
+}
+
+}  // namespace
+
+MeshComparePointer::MeshComparePointer(NodeSpan nodes, const NodeOrder& order)
+    : nodes_(nodes), order_(order) {
+  const bool oneRun =
+      !nodes.empty() &&
+      order.Index(nodes.back()) - order.Index(nodes.front()) + 1 == static_cast<int>(nodes.size());
+  if (!oneRun) scattered_.insert(nodes.begin(), nodes.end());
+}
+
+bool MeshComparePointer::MeshCompare(FbxNode* node) {
+  if (nodes_.empty()) return false;
+  if (!scattered_.empty()) return scattered_.contains(node);
+  const int offset = order_.Index(node) - order_.Index(nodes_.front());
+  return offset >= 0 && offset < static_cast<int>(nodes_.size());
+}
+
+FbxWrapper* FbxWrapper::getInstance(const ConversionArguments& args) {
+  if (instance != nullptr && loadedFilename == args.inputFilename) return instance.get();
+  // The old scene goes first: two large scenes need not be in memory together.
+  instance.reset();
+  loadedFilename.clear();
+  instance.reset(new FbxWrapper(args));
+  loadedFilename = args.inputFilename;
+  return instance.get();
+}
+
+FbxWrapper::FbxWrapper(const ConversionArguments& args) : loadNumber_(++loads) {
+  Load(args.inputFilename);
+}
+
+FbxWrapper::~FbxWrapper() = default;
+
+void FbxWrapper::ManagerDeleter::operator()(FbxManager* manager) const { manager->Destroy(); }
+
+void FbxWrapper::Load(const std::string& fileName) {
+  if (!fileExists(fileName)) throw std::runtime_error("[" + fileName + "] does not exist");
+  manager_.reset(RequireObject(FbxManager::Create(), "Error creating FbxManager."));
+  FbxIOSettings* settings = RequireObject(FbxIOSettings::Create(manager_.get(), "IOSRoot"),
+                                          "Error creating FbxIOSettings.");
+  FbxImporter* importer =
+      RequireObject(FbxImporter::Create(manager_.get(), ""), "Error creating FbxImporter.");
+  if (!importer->Initialize(fileName.c_str(), -1, settings)) {
+    std::printf("Error calling FbxImporter.Initialize on file %s: %s\n", fileName.c_str(),
+                importer->GetStatus().GetErrorString());
+    throw FbxInitException();
+  }
+  scene_ = RequireObject(FbxScene::Create(manager_.get(), ""), "Error creating FbxScene.");
+  if (!importer->Import(scene_, false)) {
+    std::printf("Error calling FbxImporter.Import: %s\n", importer->GetStatus().GetErrorString());
+    throw FbxImportException();
+  }
+  importer->Destroy();
+  FbxAxisSystem(FbxAxisSystem::eMax).ConvertScene(scene_);
+}
+
+FbxNode* FbxWrapper::GetRootNode() const { return scene_->GetRootNode(); }
+
+FbxNode* FbxWrapper::GetNodeByPath(std::string_view path) const {
+  const std::vector<std::string> parts = Split(path, '/');
+  if (parts.empty() || GetRootNode()->Name() != parts[0]) return nullptr;
+  // Siblings may share a name, so each of them is tried before the search goes back up.
+  std::vector<std::pair<FbxNode*, int>> tried{{GetRootNode(), 0}};
+  while (!tried.empty()) {
+    auto& [node, next] = tried.back();
+    if (tried.size() == parts.size()) return node;
+    const std::vector<FbxNode*>& children = node->Children();
+    while (next < static_cast<int>(children.size()) &&
+           children[static_cast<size_t>(next)]->Name() != parts[tried.size()]) {
+      ++next;
+    }
+    if (next == static_cast<int>(children.size())) {
+      tried.pop_back();
+    } else {
+      FbxNode* child = children[static_cast<size_t>(next++)];
+      tried.emplace_back(child, 0);
+    }
+  }
+  return nullptr;
+}
+
+void FbxWrapper::walkTree(NodeVisitorBase& visitor) const { WalkNodes(GetRootNode(), visitor); }
+
+const NodeOrder& FbxWrapper::Order() {
+  if (order_ == nullptr) order_ = std::make_unique<NodeOrder>(GetRootNode());
+  return *order_;
+}
+
+const std::vector<NodeSpan>& FbxWrapper::BuildSkeletonList(bool room) {
+  if (!skeletons_.empty()) return skeletons_;
+  SkeletonRootFinderVisitor finder(Order());
+  walkTree(finder);
+  RootNodeSkeletonBuilderVisitor rest(room ? std::vector<NodeSpan>() : finder.skeletons);
+  walkTree(rest);
+  skeletons_ = std::move(finder.skeletons);
+  if (rest.sawMesh && rest.nodes.size() >= 2) {
+    rootSkeleton_ = std::move(rest.nodes);
+    skeletons_.emplace_back(rootSkeleton_);
+  }
+  return skeletons_;
+}
+
+std::vector<MeshHolder_*> FbxWrapper::GetMeshList() {
+  if (meshes_.empty()) {
+    for (FbxNode* node : Order().All()) GetMeshListFromNode(node);
+  }
+  return makeMeshList();
+}
+
+std::vector<MeshHolder_*> FbxWrapper::makeMeshList() {
+  std::vector<MeshHolder_*> list;
+  list.reserve(meshes_.size());
+  for (auto& [name, holder] : meshes_) list.push_back(&holder);
+  return list;
+}
+
+void FbxWrapper::GetMeshListFromNode(FbxNode* node) {
+  FbxMesh* mesh = node->GetMesh();
+  if (mesh == nullptr) return;
+  int suffix = meshNameCounts_[node->Name()]++;
+  std::string name = suffix == 0 ? node->Name() : node->Name() + "_" + std::to_string(suffix);
+  // A scene may hold a mesh that is really called "Body_1" beside two called "Body"; counting on
+  // until the name is free keeps all three.
+  while (meshes_.contains(name)) name = node->Name() + "_" + std::to_string(++suffix);
+  MeshHolder_ holder;
+  holder.mesh = mesh;
+  holder.node = node;
+  holder.path = BuildNodeName({}, node, nullptr);
+  holder.name = name;
+  meshes_.emplace(std::move(name), std::move(holder));
+}
+
+std::vector<FbxAnimStack*> FbxWrapper::GetAnimList() const {
+  std::vector<FbxAnimStack*> stacks;
+  for (int i = 0; i < scene_->GetSrcObjectCount<FbxAnimStack>(); ++i) {
+    stacks.push_back(scene_->GetSrcObject<FbxAnimStack>(i));
+  }
+  return stacks;
+}
+
+MeshesBySkeleton FbxWrapper::BuildMeshesOnSkeletonsList(const ConversionArguments& args) {
+  const std::vector<NodeSpan>& skeletons = BuildSkeletonList(args.treatAsRoom);
+  GetMeshList();
+  MeshesBySkeleton result;
+  std::unordered_set<const MeshHolder_*> assigned;
+  for (const NodeSpan& skeleton : skeletons) {
+    const std::string path = BuildNodeName({}, skeleton.front(), nullptr);
+    MeshComparePointer compare(skeleton, Order());
+    for (auto& [name, holder] : meshes_) {
+      if (path == kRootNodeName && assigned.contains(&holder)) continue;
+      if (!IsMeshOnSkeleton(holder, compare)) continue;
+      if (holder.skeletonRoot == nullptr) holder.skeletonRoot = skeleton.front();
+      result[path].push_back(&holder);
+      assigned.insert(&holder);
+    }
+  }
+  return result;
+}
+
+bool FbxWrapper::IsMeshOnSkeleton(const MeshHolder_& holder, MeshCompareBase& compare) {
+  if (holder.node != nullptr && compare.MeshCompare(holder.node)) return true;
+  const int skins = holder.mesh->GetDeformerCount(FbxDeformer::eSkin);
+  for (int s = 0; s < skins; ++s) {
+    const auto* skin = static_cast<FbxSkin*>(holder.mesh->GetDeformer(s, FbxDeformer::eSkin));
+    for (int c = 0; c < skin->GetClusterCount(); ++c) {
+      const FbxCluster* cluster = skin->GetCluster(c);
+      FbxNode* link = cluster->GetLink();
+      if (link != nullptr && compare.MeshCompare(link) && HasInfluence(*cluster)) return true;
+    }
+  }
+  return false;
+}
+
+const char* GetFBXVersion() { return FbxManager::GetVersion(true); }

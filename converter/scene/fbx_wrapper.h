@@ -1,0 +1,107 @@
+// The loaded scene and everything derived from it that is expensive to compute: skeletons, meshes
+// with their unique names, meshes by skeleton. There is one, for the file of the last command; a
+// command on another file replaces it, and whatever pointed into it goes with it.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+#include "converter/driver/conversion_arguments.h"
+#include "converter/mesh/mesh_holder.h"
+#include "converter/scene/node_visitors.h"
+
+class FbxAnimStack;
+class FbxCluster;
+class FbxManager;
+class FbxScene;
+
+// A scene that can't be loaded ends the program, after its message was printed. Neither is a
+// standard exception, so that the handler for failing commands lets them pass.
+class FbxInitException {};
+class FbxImportException {};
+
+// A test on nodes: does a mesh's node, or a bone that it follows, belong?
+class MeshCompareBase {
+ public:
+  virtual ~MeshCompareBase() = default;
+  virtual bool MeshCompare(FbxNode* node) = 0;
+};
+
+// True for the nodes of a skeleton.
+class MeshComparePointer : public MeshCompareBase {
+ public:
+  MeshComparePointer(NodeSpan nodes, const NodeOrder& order);
+  bool MeshCompare(FbxNode* node) override;
+
+ private:
+  NodeSpan nodes_;
+  const NodeOrder& order_;
+  std::unordered_set<const FbxNode*> scattered_;  // only when the nodes are no single run
+};
+
+using MeshesBySkeleton = std::map<std::string, std::vector<MeshHolder_*>>;
+
+class FbxWrapper {
+ public:
+  // The scene of `args.inputFilename`, loaded unless it is the current one already; no other
+  // argument plays a part. Throws std::runtime_error for a file that doesn't exist,
+  // FbxInitException or FbxImportException for one that can't be read.
+  static FbxWrapper* getInstance(const ConversionArguments& args);
+  ~FbxWrapper();
+  FbxWrapper(const FbxWrapper&) = delete;
+  FbxWrapper& operator=(const FbxWrapper&) = delete;
+
+  // Counts the loads of the process: whoever keeps pointers into a scene compares it.
+  uint64_t LoadNumber() const { return loadNumber_; }
+  FbxScene* GetScene() const { return scene_; }
+  FbxNode* GetRootNode() const;
+  // Null when there is no such path; of several nodes with one path the first in walk order.
+  FbxNode* GetNodeByPath(std::string_view path) const;
+  void walkTree(NodeVisitorBase& visitor) const;
+  static void walkTree(FbxNode* node, NodeVisitorBase& visitor) { WalkNodes(node, visitor); }
+
+  // Each skeleton's root stands first. Computed by the first call; a later call's `room` plays no
+  // part. For a room the nodes of skeletons also belong to the skeleton of the scene's root.
+  const std::vector<NodeSpan>& BuildSkeletonList(bool room);
+
+  // All meshes of the scene, in the order of their unique names.
+  std::vector<MeshHolder_*> GetMeshList();
+  // The meshes found so far, without looking for any.
+  std::vector<MeshHolder_*> makeMeshList();
+  std::vector<FbxAnimStack*> GetAnimList() const;
+
+  // From skeleton path to the meshes on it, in the order of their names. A mesh can be on several
+  // skeletons; the scene's root takes what no other skeleton took. Also sets the skeleton root of
+  // holders that have none.
+  MeshesBySkeleton BuildMeshesOnSkeletonsList(const ConversionArguments& args);
+  // True if the mesh's node passes the test, or a bone that moves at least one of its points.
+  static bool IsMeshOnSkeleton(const MeshHolder_& holder, MeshCompareBase& compare);
+
+ private:
+  explicit FbxWrapper(const ConversionArguments& args);
+  void Load(const std::string& fileName);
+  const NodeOrder& Order();
+  void GetMeshListFromNode(FbxNode* node);
+
+  struct ManagerDeleter {
+    void operator()(FbxManager* manager) const;
+  };
+  std::unique_ptr<FbxManager, ManagerDeleter> manager_;
+  FbxScene* scene_ = nullptr;
+  uint64_t loadNumber_ = 0;
+
+  std::unique_ptr<NodeOrder> order_;
+  std::vector<FbxNode*> rootSkeleton_;  // behind the span of the scene root's skeleton
+  std::vector<NodeSpan> skeletons_;
+  std::map<std::string, int> meshNameCounts_;
+  // The holders live here, by unique mesh name, and everything else points at them.
+  std::map<std::string, MeshHolder_> meshes_;
+};
+
+// The scene library's version.
+const char* GetFBXVersion();
