@@ -70,8 +70,7 @@ bool fileExists(const std::string& path) {
 }
 
 void CheckDirectoryExistsAndCreate(const std::string& path) {
-  boost::system::error_code ignored;
-  if (!fileExists(path)) fs::create_directory(path, ignored);
+  if (!fileExists(path)) fs::create_directory(path);
 }
 
 std::vector<std::string> ListFilesInDirectory(const std::string& path) {

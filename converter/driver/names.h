@@ -30,7 +30,7 @@ std::string getFileNameFromPath(std::string_view path);
 bool isDirectory(const std::string& path);
 // A directory exists too. False if the status can't be read.
 bool fileExists(const std::string& path);
-// One level; errors are not reported.
+// One level. Throws the file system's error if it can't be made.
 void CheckDirectoryExistsAndCreate(const std::string& path);
 // The full paths of the plain files in a directory, in the order the system gives them; empty if
 // `path` is no readable directory.

@@ -23,6 +23,25 @@ class FbxLayerElement {
   enum EMappingMode { eNone = 0, eByControlPoint, eByPolygonVertex, eByPolygon, eByEdge, eAllSame };
   enum EReferenceMode { eDirect = 0, eIndex = 1, eIndexToDirect = 2 };
 
+  // The material properties that textures feed.
+  static constexpr std::array<const char*, 17> sTextureChannelNames = {"DiffuseColor",
+                                                                       "DiffuseFactor",
+                                                                       "EmissiveColor",
+                                                                       "EmissiveFactor",
+                                                                       "AmbientColor",
+                                                                       "AmbientFactor",
+                                                                       "SpecularColor",
+                                                                       "SpecularFactor",
+                                                                       "ShininessExponent",
+                                                                       "NormalMap",
+                                                                       "Bump",
+                                                                       "TransparentColor",
+                                                                       "TransparencyFactor",
+                                                                       "ReflectionColor",
+                                                                       "ReflectionFactor",
+                                                                       "DisplacementColor",
+                                                                       "VectorDisplacementColor"};
+
   EMappingMode GetMappingMode() const { return mappingMode; }
   EReferenceMode GetReferenceMode() const { return referenceMode; }
   const std::string& GetName() const { return name; }
