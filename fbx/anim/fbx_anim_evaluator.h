@@ -1,0 +1,109 @@
+// Evaluates nodes at a time. The state of a node lives with the node and is good for one generation
+// of the evaluator, so that going to another time forgets everything at once and at no cost, and a
+// node is computed once for a time however many children ask for it. Which curves drive which node
+// is found once for a stack: a clip of B bones and K times costs B x K. Parents are walked in a
+// loop, since a file decides how deep its tree is.
+//
+// A caller that changes a property between two evaluations of one time passes `forceEval`; one that
+// connects or destroys animation objects calls Reset.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "fbx/core/fbx_time.h"
+#include "fbx/math/fbx_matrix.h"
+
+class FbxAnimLayer;
+class FbxAnimStack;
+class FbxNode;
+class FbxProperty;
+class FbxScene;
+class KFCurve;
+
+// The curves of one layer that drive one of a node's three animated properties.
+struct FbxNodeEvalDriver {
+  enum EProperty : uint8_t { eTranslation, eRotation, eScaling };
+
+  struct Channel {
+    const KFCurve* curve = nullptr;
+    double value = 0.0;     // where there is no curve
+    bool hasValue = false;  // without one the property's value holds
+    int last = 0;           // the curve's search hint
+  };
+
+  size_t layer = 0;
+  EProperty property = eTranslation;
+  std::array<Channel, 3> channels;
+};
+
+struct FbxNodeEvalState {
+  // Values after layers and limits.
+  FbxVector4 translation;
+  FbxVector4 rotation;  // degrees
+  FbxVector4 scaling{1.0, 1.0, 1.0};
+  FbxAMatrix global;
+  FbxAMatrix local;  // computed by GetNodeEvalStateWithLocal alone
+
+ private:
+  friend class FbxAnimEvaluator;
+
+  uint64_t generation = 0;  // the evaluator's when this was computed
+  bool hasLocal = false;
+  bool hasPureRotation = false;
+  FbxAMatrix globalWithoutScaling;  // without the node's own scaling
+  FbxAMatrix pureRotation;          // by the angles of the global matrix
+  uint64_t driversGeneration = 0;
+  std::vector<FbxNodeEvalDriver> drivers;  // in layer order
+};
+
+// What the evaluator as a whole knows about the time it is at.
+struct FbxAnimEvalState {
+  struct Layer {
+    const FbxAnimLayer* layer = nullptr;
+    const KFCurve* weightCurve = nullptr;
+    double weight = 1.0;
+    int blendMode = 0;
+    bool muted = false;
+  };
+
+  FbxTime time = FbxTime::Infinite();
+  uint64_t generation = 0;
+  std::vector<Layer> layers;
+};
+
+class FbxAnimEvaluator {
+ public:
+  // For nodes of `scene`, whose current stack it shows; null for nodes without a scene, which have
+  // no animation.
+  explicit FbxAnimEvaluator(const FbxScene* scene);
+  FbxAnimEvaluator(const FbxAnimEvaluator&) = delete;
+  FbxAnimEvaluator& operator=(const FbxAnimEvaluator&) = delete;
+
+  // The node's state at a time. The reference is good until the next call.
+  const FbxNodeEvalState& GetNodeEvalState(const FbxNode& node, FbxTime time,
+                                           bool forceEval = false);
+  // The same, with the local matrix.
+  const FbxNodeEvalState& GetNodeEvalStateWithLocal(const FbxNode& node, FbxTime time,
+                                                    bool forceEval = false);
+  // Forgets what was computed, and which curves drive which node.
+  void Reset();
+
+ private:
+  void GoTo(FbxTime time);
+  void FindDrivers();
+  void FindDriversOfLayer(const FbxAnimLayer& layer, size_t index);
+  FbxNodeEvalState& StateOf(const FbxNode& node) const;
+  FbxNodeEvalState& Compute(const FbxNode& node);
+  void ComputeNode(const FbxNode& node, FbxNodeEvalState& state, FbxNodeEvalState* parent);
+  void ComputeTRSLocal(const FbxNode& node, FbxNodeEvalState& state);
+  void ComputeGlobalTransform(const FbxNode& node, FbxNodeEvalState& state,
+                              FbxNodeEvalState* parent);
+
+  const FbxScene* scene_;
+  FbxAnimEvalState state_;
+  const FbxAnimStack* driversStack_ = nullptr;
+  uint64_t driversGeneration_ = 0;
+  std::vector<const FbxNode*> chain_;  // the way up to a computed ancestor
+};
