@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "converter/driver/cal3d_to_text.h"
 #include "converter/driver/help.h"
 #include "converter/driver/log.h"
 
@@ -13,5 +14,6 @@ int processCommandSet(ConversionArguments args) {
     return 0;
   }
   if (args.verbosity != 0) std::fputs(args.toString().c_str(), stdout);
+  if (args.mode == CAL3D_2_TEXT_MODE) return Cal3d2Text(args) ? 1 : 0;
   return 0;
 }
