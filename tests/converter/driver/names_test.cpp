@@ -47,7 +47,7 @@ TEST(Names, FilesOnDisk) {
   const TempDir dir;
   const std::string file = dir.Write("a.txt", "x");
   CheckDirectoryExistsAndCreate(dir.File("sub"));
-  CheckDirectoryExistsAndCreate(dir.File("no/such"));  // one level only, and no complaint
+  EXPECT_THROW(CheckDirectoryExistsAndCreate(dir.File("no/such")), std::exception);  // one level
   EXPECT_TRUE(isDirectory(dir.File("sub")));
   EXPECT_TRUE(fileExists(dir.File("sub")));
   EXPECT_TRUE(fileExists(file));
