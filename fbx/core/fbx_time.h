@@ -8,8 +8,8 @@
 
 class FbxTime {
  public:
-  // Frame rate modes, by the numbers that files hold.
-  enum EMode {
+  // Frame rate modes, by the numbers that files hold; a file may hold any other, too.
+  enum EMode : int {
     eDefaultMode = 0,
     eFrames120,
     eFrames100,
@@ -29,7 +29,7 @@ class FbxTime {
     eFrames72,
     eFrames59dot94,
   };
-  enum EProtocol { eSMPTE = 0, eFrameCount = 1, eDefaultProtocol = 2 };
+  enum EProtocol : int { eSMPTE = 0, eFrameCount = 1, eDefaultProtocol = 2 };
 
   static constexpr int64_t kTicksPerSecond = 46186158000;
 

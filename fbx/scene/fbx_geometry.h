@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "fbx/core/fbx_status.h"
@@ -15,7 +16,7 @@ class FbxAnimLayer;
 class FbxLayerContainer : public FbxNodeAttribute {
   FBX_OBJECT(FbxLayerContainer)
 
-  int GetLayerCount() const { return static_cast<int>(layers_.size()); }
+  int GetLayerCount() const { return static_cast<int>(Layers().size()); }
   // Null past the end.
   FbxLayer* GetLayer(int index);
   const FbxLayer* GetLayer(int index) const;
@@ -36,6 +37,9 @@ class FbxLayerContainer : public FbxNodeAttribute {
   // The first in that order with the name; null if there is none.
   FbxLayerElementUV* GetElementUV(const char* name) const;
 
+ protected:
+  virtual const std::vector<FbxLayer>& Layers() const { return layers_; }
+
  private:
   std::vector<FbxLayer> layers_;
 };
@@ -44,10 +48,10 @@ class FbxGeometryBase : public FbxLayerContainer {
   FBX_OBJECT(FbxGeometryBase)
 
   // Points in the geometry's own frame; the fourth component is 0 for points from a file.
-  std::vector<FbxVector4>& ControlPoints() { return controlPoints_; }
-  const std::vector<FbxVector4>& ControlPoints() const { return controlPoints_; }
-  const FbxVector4* GetControlPoints() const { return controlPoints_.data(); }
-  int GetControlPointsCount() const { return static_cast<int>(controlPoints_.size()); }
+  void SetControlPoints(std::vector<FbxVector4> points) { controlPoints_ = std::move(points); }
+  virtual const std::vector<FbxVector4>& ControlPoints() const { return controlPoints_; }
+  const FbxVector4* GetControlPoints() const { return ControlPoints().data(); }
+  int GetControlPointsCount() const { return static_cast<int>(ControlPoints().size()); }
   // The origin for an index out of range.
   FbxVector4 GetControlPointAt(int index) const;
 
@@ -70,15 +74,31 @@ class FbxGeometry : public FbxGeometryBase {
                                 FbxStatus* status = nullptr) const;
 };
 
-// A target of a blend shape. In the file it lists control points with their offsets; after load its
-// control points are the base's with the offsets applied.
+// A target of a blend shape. It lists control points of the geometry that its blend shape deforms,
+// with their offsets, as the file has them. Its own control points and normals are the geometry's
+// with the offsets applied; they are made when first asked for, since a head may have hundreds of
+// targets that nobody exports.
 class FbxShape : public FbxGeometryBase {
   FBX_OBJECT(FbxShape)
   EType GetAttributeType() const override { return eShape; }
 
   int GetControlPointIndicesCount() const { return static_cast<int>(indices.size()); }
+  // The geometry that it is a target of; null while it is connected to none.
+  FbxGeometry* GetBaseGeometry() const;
+
+  // Own points where no offsets are listed, or there is no geometry to apply them to.
+  const std::vector<FbxVector4>& ControlPoints() const override;
 
   std::vector<int> indices;               // of the base's control points
   std::vector<FbxVector4> offsets;        // parallel to the indices
   std::vector<FbxVector4> normalOffsets;  // parallel to the indices, or empty
+
+ protected:
+  // Normals are by control point where the geometry's are, else by corner. Where the geometry has
+  // none there are none.
+  const std::vector<FbxLayer>& Layers() const override;
+
+ private:
+  mutable std::vector<FbxVector4> expandedPoints_;
+  mutable std::vector<FbxLayer> expandedLayers_;
 };

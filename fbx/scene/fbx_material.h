@@ -53,6 +53,9 @@ class FbxLayeredTexture : public FbxTexture {
 
  protected:
   void ConnectNotify(FbxObject& source, bool connected) override;
+
+ private:
+  size_t textureCount_ = 0;
 };
 
 class FbxVideo : public FbxObject {

@@ -75,6 +75,9 @@ class FbxNode : public FbxObject {
   // UpdatePivotsAndLimitsFromProperties.
   const FbxTransform& GetTransform() const { return transform_; }
   void UpdatePivotsAndLimitsFromProperties();
+  // A node whose stored inherit type follows an old convention, for FbxScene::FixInheritType.
+  void SetCorrectInheritType(bool correct) { correctInheritType_ = correct; }
+  bool GetCorrectInheritType() const { return correctInheritType_; }
 
   // Indices of the class's properties, for access without a look-up by name.
   struct PropertyIndex {
@@ -113,5 +116,6 @@ class FbxNode : public FbxObject {
   std::vector<FbxNodeAttribute*> attributes_;
   std::vector<FbxSurfaceMaterial*> materials_;
   FbxTransform transform_;
+  bool correctInheritType_ = false;
   mutable std::unique_ptr<FbxNodeEvalState> evalState_;  // the evaluator's
 };

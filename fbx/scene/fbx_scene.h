@@ -4,7 +4,7 @@
 
 #include <memory>
 #include <string>
-#include <vector>
+#include <unordered_map>
 
 #include "fbx/core/fbx_object.h"
 #include "fbx/core/fbx_time.h"
@@ -32,7 +32,7 @@ class FbxDocument : public FbxCollection {
   const FbxTakeInfo* GetTakeInfo(const char* name) const;
 
  private:
-  std::vector<FbxTakeInfo> takes_;
+  std::unordered_map<std::string, FbxTakeInfo> takes_;
 };
 
 class FbxScene : public FbxDocument {

@@ -22,7 +22,7 @@ struct FbxLimits {
 };
 
 struct FbxTransform {
-  FbxRotationOrder rotationOrder;
+  FbxRotationOrder rotationOrder{eEulerXYZ};
   bool rotationActive = false;
   bool rotationSpaceForLimitOnly = false;
   EFbxInheritType inheritType = eInheritRrSs;
