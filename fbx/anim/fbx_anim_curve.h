@@ -26,11 +26,16 @@ class FbxAnimCurve : public FbxAnimCurveBase {
 
 class FbxAnimCurveNode : public FbxObject {
   FBX_OBJECT(FbxAnimCurveNode)
-  // Channels are the leaf properties of the compound property "d", as X, Y and Z of a translation.
+  // Channels are the properties below the compound property "d", as X, Y and Z of a translation.
   int GetChannelsCount() const;
   FbxString GetChannelName(int channel) const;
   // -1 for an unknown name, which is given without the compound's.
   int GetChannelIndex(const char* name) const;
+  // Invalid handles for an index out of range and an unknown name.
+  FbxProperty GetChannel(int channel) const;
+  FbxProperty GetChannel(const char* name) const;
+  // The channel of that name, made if there is none.
+  FbxProperty CreateChannel(const char* name, FbxDataType type);
   // The channel's value where no curve drives it.
   double GetChannelValue(int channel) const;
   // The curves of a channel in connection order.

@@ -16,9 +16,7 @@
 #include "fbx/math/fbx_matrix.h"
 
 class FbxAnimLayer;
-class FbxAnimStack;
 class FbxNode;
-class FbxProperty;
 class FbxScene;
 class KFCurve;
 
@@ -51,9 +49,12 @@ struct FbxNodeEvalState {
 
   uint64_t generation = 0;  // the evaluator's when this was computed
   bool hasLocal = false;
-  bool hasPureRotation = false;
   FbxAMatrix globalWithoutScaling;  // without the node's own scaling
-  FbxAMatrix pureRotation;          // by the angles of the global matrix
+  // The global matrix taken apart, once a child asks: a rotation by the matrix's angles, and the
+  // scaling with shear that is left.
+  bool hasParts = false;
+  FbxAMatrix globalRotation;
+  FbxAMatrix globalScaling;
   uint64_t driversGeneration = 0;
   std::vector<FbxNodeEvalDriver> drivers;  // in layer order
 };
@@ -71,6 +72,7 @@ struct FbxAnimEvalState {
   FbxTime time = FbxTime::Infinite();
   uint64_t generation = 0;
   std::vector<Layer> layers;
+  uint64_t layersGeneration = 0;  // when the weights were last read
 };
 
 class FbxAnimEvaluator {
@@ -93,17 +95,16 @@ class FbxAnimEvaluator {
  private:
   void GoTo(FbxTime time);
   void FindDrivers();
+  void ReadLayers();
   void FindDriversOfLayer(const FbxAnimLayer& layer, size_t index);
   FbxNodeEvalState& StateOf(const FbxNode& node) const;
   FbxNodeEvalState& Compute(const FbxNode& node);
-  void ComputeNode(const FbxNode& node, FbxNodeEvalState& state, FbxNodeEvalState* parent);
   void ComputeTRSLocal(const FbxNode& node, FbxNodeEvalState& state);
   void ComputeGlobalTransform(const FbxNode& node, FbxNodeEvalState& state,
                               FbxNodeEvalState* parent);
 
   const FbxScene* scene_;
   FbxAnimEvalState state_;
-  const FbxAnimStack* driversStack_ = nullptr;
   uint64_t driversGeneration_ = 0;
   std::vector<const FbxNode*> chain_;  // the way up to a computed ancestor
 };

@@ -9,6 +9,12 @@
 // How a parent's scaling reaches a child: R and S are the parent's, r and s the child's.
 enum EFbxInheritType { eInheritRrSs = 0, eInheritRSrs = 1, eInheritRrs = 2 };
 
+// The inherit type of a number in a file; RrSs for an unknown one.
+constexpr EFbxInheritType ToInheritType(int number) {
+  return number == eInheritRSrs || number == eInheritRrs ? static_cast<EFbxInheritType>(number)
+                                                         : eInheritRrSs;
+}
+
 // Limits of a triple of values.
 struct FbxLimits {
   bool active = false;
@@ -19,6 +25,8 @@ struct FbxLimits {
 
   // Clamps each component whose axis has a limit; nothing while the limits aren't active.
   FbxVector4 Apply(const FbxVector4& value) const;
+  // Whether Apply can change anything.
+  bool HasAny() const;
 };
 
 struct FbxTransform {
@@ -50,6 +58,8 @@ struct FbxTransform {
   FbxAMatrix DoF2LRM(const FbxVector4& rotation, bool forLimits = false) const;
   // The angles of a local rotation matrix: the inverse of DoF2LRM.
   FbxVector4 LRM2DoF(const FbxAMatrix& matrix, bool forLimits = false) const;
+  // The angles after the rotation limits, which apply in the node's rotation space.
+  FbxVector4 ApplyRotationLimits(const FbxVector4& rotation) const;
   // The local translation: `translation` plus what the pivots and offsets add.
   FbxVector4 DoF2LT(const FbxVector4& translation, const FbxAMatrix& localRotation,
                     const FbxVector4& scaling) const;

@@ -1,0 +1,86 @@
+#include "fbx/anim/fbx_anim_curve.h"
+
+#include "fbx/anim/fbx_anim_stack.h"
+
+namespace {
+
+constexpr const char* kChannels = "d";
+
+void DeclareCurveNode(FbxPropertyPage& page) {
+  page.Declare(kChannels, GetDataTypeFromName("Compound"));
+}
+
+}  // namespace
+
+FBX_OBJECT_DEFINE(FbxAnimCurveBase, FbxObject, "", "", nullptr)
+FBX_OBJECT_DEFINE(FbxAnimCurve, FbxAnimCurveBase, "AnimationCurve", "", nullptr)
+FBX_OBJECT_DEFINE(FbxAnimCurveNode, FbxObject, "AnimationCurveNode", "", DeclareCurveNode)
+
+std::vector<FbxProperty> FbxAnimCurveNode::Channels() const {
+  const FbxProperty parent = FindProperty(kChannels);
+  std::vector<FbxProperty> channels;
+  for (FbxProperty p = GetFirstProperty(); p.IsValid(); p = GetNextProperty(p)) {
+    if (p.IsChildOf(parent) && p.GetPropertyDataType().HasValue()) channels.push_back(p);
+  }
+  return channels;
+}
+
+int FbxAnimCurveNode::GetChannelsCount() const { return static_cast<int>(Channels().size()); }
+
+FbxProperty FbxAnimCurveNode::GetChannel(int channel) const {
+  const std::vector<FbxProperty> channels = Channels();
+  return channel < 0 || static_cast<size_t>(channel) >= channels.size()
+             ? FbxProperty()
+             : channels[static_cast<size_t>(channel)];
+}
+
+FbxProperty FbxAnimCurveNode::GetChannel(const char* name) const {
+  return FindProperty(kChannels).Find(name);
+}
+
+FbxProperty FbxAnimCurveNode::CreateChannel(const char* name, FbxDataType type) {
+  return FbxProperty::Create(FindProperty(kChannels), type, name);
+}
+
+FbxString FbxAnimCurveNode::GetChannelName(int channel) const {
+  return GetChannel(channel).GetName();
+}
+
+int FbxAnimCurveNode::GetChannelIndex(const char* name) const {
+  const std::vector<FbxProperty> channels = Channels();
+  const FbxProperty channel = GetChannel(name);
+  for (size_t i = 0; i < channels.size(); ++i) {
+    if (channels[i] == channel) return static_cast<int>(i);
+  }
+  return -1;
+}
+
+double FbxAnimCurveNode::GetChannelValue(int channel) const {
+  return GetChannel(channel).Get<double>();
+}
+
+int FbxAnimCurveNode::GetCurveCount(int channel) const {
+  return GetChannel(channel).GetSrcObjectCount<FbxAnimCurve>();
+}
+
+FbxAnimCurve* FbxAnimCurveNode::GetCurve(int channel, int index) const {
+  return GetChannel(channel).GetSrcObject<FbxAnimCurve>(index);
+}
+
+FbxAnimCurveNode* FbxProperty::GetCurveNode(const FbxAnimLayer* layer) const {
+  if (layer == nullptr) return nullptr;
+  for (const FbxProperty& source : Sources()) {
+    FbxObject* object = source.GetFbxObject();
+    if (source.IsRoot() && object->Is<FbxAnimCurveNode>() && layer->IsConnectedSrcObject(object)) {
+      return static_cast<FbxAnimCurveNode*>(object);
+    }
+  }
+  return nullptr;
+}
+
+FbxAnimCurve* FbxProperty::GetCurve(const FbxAnimLayer* layer, const char* channel) const {
+  const FbxAnimCurveNode* node = GetCurveNode(layer);
+  if (node == nullptr) return nullptr;
+  return channel == nullptr ? node->GetCurve(0)
+                            : node->GetChannel(channel).GetSrcObject<FbxAnimCurve>();
+}

@@ -1,0 +1,279 @@
+#include "fbx/anim/fbx_anim_evaluator.h"
+
+#include <algorithm>
+#include <atomic>
+
+#include "fbx/anim/fbx_anim_curve.h"
+#include "fbx/anim/fbx_anim_stack.h"
+#include "fbx/scene/fbx_node.h"
+#include "fbx/scene/fbx_scene.h"
+
+namespace {
+
+// Generations are unique among all evaluators, so that a state left by one is never taken for
+// another's when a node moves to another scene.
+uint64_t NextGeneration() {
+  static std::atomic<uint64_t> generation{0};
+  return ++generation;
+}
+
+const KFCurve* FirstCurve(const FbxProperty& channel) {
+  const auto* curve = channel.GetSrcObject<FbxAnimCurve>();
+  return curve == nullptr ? nullptr : &curve->curve;
+}
+
+// The curve that animates a layer's weight, in whichever layer of the stack it lies; null mostly.
+const KFCurve* WeightCurve(const FbxAnimLayer& layer, const FbxAnimStack& stack) {
+  for (const FbxProperty& source : layer.FindProperty("Weight").Sources()) {
+    if (!source.IsRoot() || !source.GetFbxObject()->Is<FbxAnimCurveNode>()) continue;
+    for (const FbxProperty& destination : source.Destinations()) {
+      if (!destination.IsRoot() || !stack.IsConnectedSrcObject(destination.GetFbxObject()))
+        continue;
+      const auto& node = static_cast<const FbxAnimCurveNode&>(*source.GetFbxObject());
+      if (const KFCurve* curve = FirstCurve(node.GetChannel(0))) return curve;
+    }
+  }
+  return nullptr;
+}
+
+FbxVector4 Values(const FbxNode& node, int FbxNode::PropertyIndex::*which) {
+  return FbxVector4(node.Property(which).Get<FbxDouble3>());
+}
+
+// One layer's value of a property: components that nothing drives keep the property's value.
+FbxVector4 LayerValue(FbxNodeEvalDriver& driver, const FbxVector4& property, FbxTime time) {
+  FbxVector4 value = property;
+  for (size_t i = 0; i < 3; ++i) {
+    FbxNodeEvalDriver::Channel& channel = driver.channels[i];
+    if (channel.curve != nullptr) {
+      value[i] = static_cast<double>(channel.curve->Evaluate(time, &channel.last));
+    } else if (channel.hasValue) {
+      value[i] = channel.value;
+    }
+  }
+  return value;
+}
+
+// Blends a layer's value into the result of the layers below it, component by component.
+void Blend(FbxVector4& result, const FbxVector4& value, const FbxAnimEvalState::Layer& layer,
+           FbxNodeEvalDriver::EProperty property) {
+  const double w = layer.weight;
+  for (size_t i = 0; i < 3; ++i) {
+    if (layer.blendMode == FbxAnimLayer::eBlendOverride) {
+      result[i] = value[i] * w;
+    } else if (layer.blendMode == FbxAnimLayer::eBlendOverridePassthrough) {
+      result[i] = value[i] * w + result[i] * (1.0 - w);
+    } else if (property == FbxNodeEvalDriver::eScaling) {
+      result[i] *= 1.0 + (value[i] - 1.0) * w;
+    } else {
+      result[i] += value[i] * w;
+    }
+  }
+}
+
+void ScaleRows(FbxAMatrix& matrix, const FbxVector4& scaling) {
+  FbxDouble4x4 rows = matrix.ToMatrix().data;
+  for (size_t i = 0; i < 12; ++i) rows[i] *= scaling[i / 4];
+  matrix = FbxAMatrix(rows);
+}
+
+}  // namespace
+
+FbxAnimEvaluator::FbxAnimEvaluator(const FbxScene* scene) : scene_(scene) { Reset(); }
+
+void FbxAnimEvaluator::Reset() {
+  state_.generation = NextGeneration();
+  driversGeneration_ = 0;
+}
+
+const FbxNodeEvalState& FbxAnimEvaluator::GetNodeEvalState(const FbxNode& node, FbxTime time,
+                                                           bool forceEval) {
+  if (forceEval) Reset();
+  if (forceEval || time != state_.time) GoTo(time);
+  return Compute(node);
+}
+
+const FbxNodeEvalState& FbxAnimEvaluator::GetNodeEvalStateWithLocal(const FbxNode& node,
+                                                                    FbxTime time, bool forceEval) {
+  GetNodeEvalState(node, time, forceEval);
+  FbxNodeEvalState& state = StateOf(node);
+  if (!state.hasLocal) {
+    const FbxNode* parent = node.GetParent();
+    state.local =
+        parent == nullptr ? state.global : StateOf(*parent).global.Inverse() * state.global;
+    state.hasLocal = true;
+  }
+  return state;
+}
+
+void FbxAnimEvaluator::GoTo(FbxTime time) {
+  state_.time = time;
+  state_.generation = NextGeneration();
+}
+
+FbxNodeEvalState& FbxAnimEvaluator::StateOf(const FbxNode& node) const {
+  if (node.evalState_ == nullptr) node.evalState_ = std::make_unique<FbxNodeEvalState>();
+  return *node.evalState_;
+}
+
+// Which curves drive which node. Found from the layers' side, so that the cost is that of the
+// connections: a curve node leads to the properties that it is connected to.
+void FbxAnimEvaluator::FindDrivers() {
+  driversGeneration_ = NextGeneration();
+  state_.layers.clear();
+  const FbxAnimStack* stack = scene_ == nullptr ? nullptr : scene_->GetCurrentAnimationStack();
+  if (stack == nullptr) return;
+  const int count = stack->GetLayerCount();
+  for (int i = 0; i < count; ++i) {
+    FbxAnimEvalState::Layer layer;
+    layer.layer = stack->GetLayer(i);
+    layer.weightCurve = WeightCurve(*layer.layer, *stack);
+    FindDriversOfLayer(*layer.layer, state_.layers.size());
+    state_.layers.push_back(layer);
+  }
+}
+
+void FbxAnimEvaluator::FindDriversOfLayer(const FbxAnimLayer& layer, size_t index) {
+  static constexpr std::array<const char*, 3> kChannels = {"X", "Y", "Z"};
+  for (const FbxProperty& source : layer.RootProperty().Sources()) {
+    if (!source.IsRoot() || !source.GetFbxObject()->Is<FbxAnimCurveNode>()) continue;
+    const auto& curves = static_cast<const FbxAnimCurveNode&>(*source.GetFbxObject());
+    FbxNodeEvalDriver driver;
+    driver.layer = index;
+    bool hasChannels = false;
+    for (const FbxProperty& destination : curves.RootProperty().Destinations()) {
+      if (destination.IsRoot() || !destination.GetFbxObject()->Is<FbxNode>()) continue;
+      const auto& node = static_cast<const FbxNode&>(*destination.GetFbxObject());
+      if (destination == node.LclTranslation()) {
+        driver.property = FbxNodeEvalDriver::eTranslation;
+      } else if (destination == node.LclRotation()) {
+        driver.property = FbxNodeEvalDriver::eRotation;
+      } else if (destination == node.LclScaling()) {
+        driver.property = FbxNodeEvalDriver::eScaling;
+      } else {
+        continue;
+      }
+      for (size_t i = 0; i < 3 && !hasChannels; ++i) {
+        const FbxProperty channel = curves.GetChannel(kChannels[i]);
+        driver.channels[i].curve = FirstCurve(channel);
+        driver.channels[i].hasValue = channel.Modified();
+        driver.channels[i].value = channel.Get<double>();
+      }
+      hasChannels = true;
+      FbxNodeEvalState& state = StateOf(node);
+      if (state.driversGeneration != driversGeneration_) state.drivers.clear();
+      state.driversGeneration = driversGeneration_;
+      // A second curve node of one property in one layer has no say.
+      const bool taken =
+          std::any_of(state.drivers.rbegin(),
+                      state.drivers.rbegin() +
+                          static_cast<std::ptrdiff_t>(std::min<size_t>(3, state.drivers.size())),
+                      [&](const FbxNodeEvalDriver& other) {
+                        return other.layer == index && other.property == driver.property;
+                      });
+      if (!taken) state.drivers.push_back(driver);
+    }
+  }
+}
+
+void FbxAnimEvaluator::ReadLayers() {
+  for (FbxAnimEvalState::Layer& layer : state_.layers) {
+    const double percent = layer.weightCurve == nullptr
+                               ? layer.layer->GetWeight()
+                               : static_cast<double>(layer.weightCurve->Evaluate(state_.time));
+    layer.weight = percent / 100.0;
+    layer.blendMode = layer.layer->GetBlendMode();
+    layer.muted = layer.layer->IsMuted();
+  }
+  state_.layersGeneration = state_.generation;
+}
+
+FbxNodeEvalState& FbxAnimEvaluator::Compute(const FbxNode& node) {
+  FbxNodeEvalState& wanted = StateOf(node);
+  if (wanted.generation == state_.generation) return wanted;
+  if (!state_.time.IsInfinite()) {
+    if (driversGeneration_ == 0) FindDrivers();
+    if (state_.layersGeneration != state_.generation) ReadLayers();
+  }
+  chain_.clear();
+  const FbxNode* top = &node;
+  while (top != nullptr && StateOf(*top).generation != state_.generation) {
+    chain_.push_back(top);
+    top = top->GetParent();
+  }
+  FbxNodeEvalState* parent = top == nullptr ? nullptr : &StateOf(*top);
+  for (size_t i = chain_.size(); i-- > 0;) {
+    FbxNodeEvalState& state = StateOf(*chain_[i]);
+    ComputeTRSLocal(*chain_[i], state);
+    ComputeGlobalTransform(*chain_[i], state, parent);
+    state.generation = state_.generation;
+    state.hasLocal = false;
+    state.hasParts = false;
+    parent = &state;
+  }
+  return wanted;
+}
+
+void FbxAnimEvaluator::ComputeTRSLocal(const FbxNode& node, FbxNodeEvalState& state) {
+  using Index = FbxNode::PropertyIndex;
+  const std::array<FbxVector4, 3> properties = {Values(node, &Index::lclTranslation),
+                                                Values(node, &Index::lclRotation),
+                                                Values(node, &Index::lclScaling)};
+  std::array<FbxVector4, 3> results = properties;
+  if (!state_.time.IsInfinite() && state.driversGeneration == driversGeneration_) {
+    for (FbxNodeEvalDriver& driver : state.drivers) {
+      const FbxAnimEvalState::Layer& layer = state_.layers[driver.layer];
+      if (layer.muted) continue;
+      const size_t property = driver.property;
+      const FbxVector4 value = LayerValue(driver, properties[property], state_.time);
+      if (driver.layer == 0) {
+        results[property] = value;
+      } else {
+        Blend(results[property], value, layer, driver.property);
+      }
+    }
+  }
+  const FbxTransform& transform = node.GetTransform();
+  state.translation = transform.translationLimits.Apply(results[0]);
+  state.rotation = transform.ApplyRotationLimits(results[1]);
+  state.scaling = transform.scalingLimits.Apply(results[2]);
+}
+
+// Rotation, scaling with shear, and translation are carried on separately: GRM, GSM, GT. The node's
+// own scaling comes last in GSM for all inherit types, so everything before it is kept apart: a
+// child that inherits no scaling of its parent's takes that instead of dividing by it, and so
+// survives a scaling of 0.
+void FbxAnimEvaluator::ComputeGlobalTransform(const FbxNode& node, FbxNodeEvalState& state,
+                                              FbxNodeEvalState* parent) {
+  const FbxTransform& transform = node.GetTransform();
+  const FbxAMatrix lrm = transform.DoF2LRM(state.rotation);
+  const FbxVector4 lt = transform.DoF2LT(state.translation, lrm, state.scaling);
+  FbxAMatrix& unscaled = state.globalWithoutScaling;
+  if (parent == nullptr) {
+    unscaled = lrm;
+    unscaled.SetTOnly(lt);
+  } else {
+    // Where the parent's rotation and scaling come as one, the product of the parts is simply the
+    // parent's matrix; only type 0 puts the node's rotation between them.
+    switch (ToInheritType(node.Property(&FbxNode::PropertyIndex::inheritType).Get<int>())) {
+      case eInheritRrSs:
+        if (!parent->hasParts) {
+          parent->globalRotation.SetR(parent->global.GetR());
+          parent->globalScaling = parent->globalRotation.Inverse() * parent->global;
+          parent->globalScaling.SetTOnly({0.0, 0.0, 0.0});
+          parent->hasParts = true;
+        }
+        unscaled = parent->globalRotation * lrm * parent->globalScaling;
+        break;
+      case eInheritRSrs:
+        unscaled = parent->global * lrm;
+        break;
+      case eInheritRrs:
+        unscaled = parent->globalWithoutScaling * lrm;
+        break;
+    }
+    unscaled.SetTOnly(parent->global.MultT(lt));
+  }
+  state.global = unscaled;
+  ScaleRows(state.global, state.scaling);
+}
