@@ -64,7 +64,8 @@ struct SubmeshHead {
         coordinate_sets(source.ReadInt()),
         morphs(version >= kMorphs ? source.ReadInt() : 0) {
     source.CheckCount(springs, kSpring, "springs");
-    source.CheckCount(coordinate_sets, 1, "texture coordinate sets");
+    // Sets of no vertices take no bytes, so that only the size of a vertex bounds them.
+    if (coordinate_sets < 0) throw std::runtime_error("negative count of texture coordinate sets");
     source.CheckCount(vertices, VertexSize(), "vertices");
     source.CheckCount(faces, kFace, "faces");
     source.CheckCount(morphs, kString + kInt, "morphs");

@@ -48,6 +48,7 @@ inline std::uint32_t ColorWord(const CalVector& color) {
 // the sign of a zero.
 inline float MorphedPosition(float base, float offset) {
   base = FiniteOrZero(base);
+  offset = FiniteOrZero(offset);
   return offset == 0 ? base : FiniteOrZero(base + offset);
 }
 

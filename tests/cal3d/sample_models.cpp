@@ -1,0 +1,118 @@
+#include "tests/cal3d/sample_models.h"
+
+#include <stdexcept>
+#include <vector>
+
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include "cal3d/io/loader.h"
+#include "cal3d/io/saver.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+boost::shared_ptr<CalCoreBone> Bone(const std::string& name, int parent, float seed) {
+  auto bone = boost::make_shared<CalCoreBone>(name, parent);
+  bone->relativeTranslation = {seed, 0, 100};
+  bone->relativeRotation = {0, 0, 0, 1};
+  bone->boneSpaceTranslation = {-seed, 0, -100};
+  bone->boneSpaceRotation = {0.5f, -0.5f, 0.5f, 0.5f};
+  return bone;
+}
+
+template <typename Load>
+std::string ErrorOf(const std::string& bytes, const Load& load) {
+  try {
+    return load(bytes) ? "accepted" : "null";
+  } catch (const std::exception& error) {
+    return error.what();
+  }
+}
+
+template <typename Object, typename Save>
+std::string SavedBy(const Save& save, const Object& object, std::string_view ending) {
+  const TempDir folder;
+  const std::string path = folder.File("object") + std::string(ending);
+  EXPECT_TRUE(save(path, &object));
+  return ReadFile(path);
+}
+
+}  // namespace
+
+CalCoreSkeleton SampleSkeleton() {
+  std::vector<boost::shared_ptr<CalCoreBone>> bones = {
+      Bone("Hips", -1, 0.1f), Bone("omni", 0, 1e-5f), Bone("Spine", 0, 3), Bone("", 2, -7.25f)};
+  bones[1]->lightType = CalLightType::kPoint;
+  bones[1]->lightColor = {1, 0.5f, 0};
+  CalCoreSkeleton skeleton(bones);
+  skeleton.sceneAmbientColor = {0.25f, 1, 0};
+  return skeleton;
+}
+
+CalCoreMesh SampleMesh() {
+  auto skin = boost::make_shared<CalCoreSubmesh>(3, true, 1);
+  skin->coreMaterialThreadId = 4;
+  skin->addVertex({{0, 0, 0, 1}, {0, 0, 1, 0}}, 0xFFFFFFFF, {{0, 0.75f, 0}, {1, 0.25f, 0}});
+  skin->addVertex({{0.1f, -2.5f, 1e20f, 1}, {0, 1, 0, 0}}, 0xFFFF0080, {{1, 1, 0}});
+  skin->addVertex({{3, 1, 100.5f, 1}, {1, 0, 0, 0}}, 0xFF000000, {{0, 1, 0}});
+  skin->setTextureCoordinate(0, {0, 1});
+  skin->setTextureCoordinate(2, {0.5f, 0.125f});
+  skin->addFace({{0, 1, 2}});
+  cal3d::SSEArray<VertexOffset> offsets;
+  offsets.push_back({2, {0, 3, -4, 0}, {0, 0, 1, 0}});
+  skin->addMorphTarget(boost::make_shared<CalCoreMorphTarget>("smile", 3, offsets));
+
+  auto bare = boost::make_shared<CalCoreSubmesh>(1, false, 0);
+  bare->addVertex({{1, 2, 3, 1}, {0, 0, 1, 0}}, 0xFFFFFFFF, {});
+  CalCoreMesh mesh;
+  mesh.submeshes = {skin, bare, boost::make_shared<CalCoreSubmesh>(0, true, 0)};
+  return mesh;
+}
+
+CalCoreAnimation SampleAnimation() {
+  CalCoreAnimation animation;
+  animation.duration = 0.5f;
+  animation.tracks.emplace_back(
+      3, std::vector<CalCoreKeyframe>{{0, {0, 0, 0, 1}, {1, 2, 3}},
+                                      {0.5f, {0, 0, 0.6f, -0.8f}, {0.1f, 0, -0.0f}}});
+  animation.tracks.emplace_back(0, std::vector<CalCoreKeyframe>());
+  return animation;
+}
+
+std::string Saved(const CalCoreSkeleton& skeleton, std::string_view ending) {
+  return SavedBy(CalSaver::saveCoreSkeleton, skeleton, ending);
+}
+
+std::string Saved(const CalCoreMesh& mesh, std::string_view ending) {
+  return SavedBy(CalSaver::saveCoreMesh, mesh, ending);
+}
+
+std::string Saved(const CalCoreAnimation& animation, std::string_view ending) {
+  return SavedBy(CalSaver::saveCoreAnimation, animation, ending);
+}
+
+boost::shared_ptr<CalCoreSkeleton> LoadSkeleton(const std::string& bytes) {
+  return CalLoader::loadCoreSkeleton(CalBufferSource(bytes.data(), bytes.size()));
+}
+
+boost::shared_ptr<CalCoreMesh> LoadMesh(const std::string& bytes) {
+  return CalLoader::loadCoreMesh(CalBufferSource(bytes.data(), bytes.size()));
+}
+
+boost::shared_ptr<CalCoreAnimation> LoadAnimation(const std::string& bytes) {
+  return CalLoader::loadCoreAnimation(CalBufferSource(bytes.data(), bytes.size()));
+}
+
+std::string SkeletonError(const std::string& bytes) { return ErrorOf(bytes, LoadSkeleton); }
+std::string MeshError(const std::string& bytes) { return ErrorOf(bytes, LoadMesh); }
+std::string AnimationError(const std::string& bytes) { return ErrorOf(bytes, LoadAnimation); }
+
+std::string Replaced(std::string text, std::string_view from, std::string_view to) {
+  const std::size_t at = text.find(from);
+  if (at == std::string::npos) {
+    ADD_FAILURE() << "no " << from << " in\n" << text;
+    return text;
+  }
+  return text.replace(at, from.size(), to);
+}

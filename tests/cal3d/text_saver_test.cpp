@@ -1,0 +1,205 @@
+// The XML files to the letter.
+#include <limits>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include "cal3d/io/number_text.h"
+#include "cal3d/io/saver.h"
+#include "cal3d/io/xml_writer.h"
+#include "tests/cal3d/sample_models.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+std::string Text(float value) {
+  char text[kLongestNumber];
+  return std::string(text, WriteNumber(text, value));
+}
+
+TEST(TextSaver, WritesTheShortestNumbers) {
+  using Limits = std::numeric_limits<float>;
+  const std::vector<std::pair<float, std::string>> cases = {{0.0f, "0"},
+                                                            {-0.0f, "-0"},
+                                                            {3.0f, "3"},
+                                                            {0.1f, "0.1"},
+                                                            {1e-5f, "1e-05"},
+                                                            {-0.5f, "-0.5"},
+                                                            {-99999.0f, "-99999"},
+                                                            {100000.0f, "1e+05"},
+                                                            {100001.0f, "100001"},
+                                                            {16777216.0f, "16777216"},
+                                                            {Limits::max(), "3.4028235e+38"},
+                                                            {-Limits::min(), "-1.1754944e-38"},
+                                                            {Limits::denorm_min(), "1e-45"},
+                                                            {Limits::infinity(), "0"},
+                                                            {-Limits::infinity(), "0"},
+                                                            {Limits::quiet_NaN(), "0"}};
+  for (const auto& [value, text] : cases) EXPECT_EQ(Text(value), text);
+}
+
+TEST(TextSaver, EscapesWhatXmlCannotHold) {
+  const auto attribute = [](std::string_view text) {
+    return EscapeXml(text, XmlPlace::kAttribute);
+  };
+  EXPECT_EQ(attribute("a<b>&\"c'"), "a&lt;b&gt;&amp;&quot;c'");
+  EXPECT_EQ(attribute("\t\n\r\x01\x1F\x7F"), "&#9;&#10;&#13;??\x7F");
+  EXPECT_EQ(attribute(std::string_view("\0x", 2)), "?x");
+  EXPECT_EQ(EscapeXml("\t\n\r\"", XmlPlace::kText), "\t\n&#13;&quot;");
+  // UTF-8 stays; anything else is Latin-1, byte by byte.
+  EXPECT_EQ(attribute("\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80"),
+            "\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80");
+  EXPECT_EQ(attribute("caf\xE9"), "caf\xC3\xA9");
+  EXPECT_EQ(attribute("\xC3"), "\xC3\x83");
+  EXPECT_EQ(attribute("\xC0\xAF"), "\xC3\x80\xC2\xAF");              // overlong '/'
+  EXPECT_EQ(attribute("\xED\xA0\x80"), "\xC3\xAD\xC2\xA0\xC2\x80");  // a surrogate
+  EXPECT_EQ(attribute("\xF4\x90\x80\x80"), "\xC3\xB4\xC2\x90\xC2\x80\xC2\x80");
+  EXPECT_EQ(attribute("\xEF\xBF\xBF"), "?");
+}
+
+TEST(TextSaver, Skeleton) {
+  EXPECT_EQ(Saved(SampleSkeleton(), ".xsf"),
+            R"(<SKELETON MAGIC="XSF" VERSION="919" NUMBONES="4" SCENEAMBIENTCOLOR="0.25 1 0">
+  <BONE ID="0" NAME="Hips" NUMCHILDS="2">
+    <TRANSLATION>0.1 0 100</TRANSLATION>
+    <ROTATION>0 0 0 1</ROTATION>
+    <LOCALTRANSLATION>-0.1 0 -100</LOCALTRANSLATION>
+    <LOCALROTATION>0.5 -0.5 0.5 0.5</LOCALROTATION>
+    <PARENTID>-1</PARENTID>
+    <CHILDID>1</CHILDID>
+    <CHILDID>2</CHILDID>
+  </BONE>
+  <BONE ID="1" NAME="omni" NUMCHILDS="0" LIGHTTYPE="1" LIGHTCOLOR="1 0.5 0">
+    <TRANSLATION>1e-05 0 100</TRANSLATION>
+    <ROTATION>0 0 0 1</ROTATION>
+    <LOCALTRANSLATION>-1e-05 0 -100</LOCALTRANSLATION>
+    <LOCALROTATION>0.5 -0.5 0.5 0.5</LOCALROTATION>
+    <PARENTID>0</PARENTID>
+  </BONE>
+  <BONE ID="2" NAME="Spine" NUMCHILDS="1">
+    <TRANSLATION>3 0 100</TRANSLATION>
+    <ROTATION>0 0 0 1</ROTATION>
+    <LOCALTRANSLATION>-3 0 -100</LOCALTRANSLATION>
+    <LOCALROTATION>0.5 -0.5 0.5 0.5</LOCALROTATION>
+    <PARENTID>0</PARENTID>
+    <CHILDID>3</CHILDID>
+  </BONE>
+  <BONE ID="3" NAME="" NUMCHILDS="0">
+    <TRANSLATION>-7.25 0 100</TRANSLATION>
+    <ROTATION>0 0 0 1</ROTATION>
+    <LOCALTRANSLATION>7.25 0 -100</LOCALTRANSLATION>
+    <LOCALROTATION>0.5 -0.5 0.5 0.5</LOCALROTATION>
+    <PARENTID>2</PARENTID>
+  </BONE>
+</SKELETON>
+)");
+}
+
+TEST(TextSaver, Mesh) {
+  EXPECT_EQ(Saved(SampleMesh(), ".xmf"), R"(<MESH MAGIC="XMF" VERSION="919" NUMSUBMESH="3">
+  <SUBMESH NUMVERTICES="3" NUMFACES="1" NUMLODSTEPS="0" NUMSPRINGS="0" NUMTEXCOORDS="1" NUMMORPHS="1" MATERIAL="4">
+    <VERTEX ID="0" NUMINFLUENCES="2">
+      <POS>0 0 0</POS>
+      <NORM>0 0 1</NORM>
+      <COLOR>1 1 1</COLOR>
+      <TEXCOORD>0 1</TEXCOORD>
+      <INFLUENCE ID="0">0.75</INFLUENCE>
+      <INFLUENCE ID="1">0.25</INFLUENCE>
+    </VERTEX>
+    <VERTEX ID="1" NUMINFLUENCES="1">
+      <POS>0.1 -2.5 1e+20</POS>
+      <NORM>0 1 0</NORM>
+      <COLOR>1 0 0.5019608</COLOR>
+      <TEXCOORD>0 0</TEXCOORD>
+      <INFLUENCE ID="1">1</INFLUENCE>
+    </VERTEX>
+    <VERTEX ID="2" NUMINFLUENCES="1">
+      <POS>3 1 100.5</POS>
+      <NORM>1 0 0</NORM>
+      <COLOR>0 0 0</COLOR>
+      <TEXCOORD>0.5 0.125</TEXCOORD>
+      <INFLUENCE ID="0">1</INFLUENCE>
+    </VERTEX>
+    <MORPH NAME="smile" NUMBLENDVERTS="1" MORPHID="0">
+      <BLENDVERTEX VERTEXID="2" POSDIFF="5">
+        <POSITION>3 4 96.5</POSITION>
+        <NORMAL>0 0 1</NORMAL>
+        <TEXCOORD>0.5 0.125</TEXCOORD>
+      </BLENDVERTEX>
+    </MORPH>
+    <FACE VERTEXID="0 1 2" />
+  </SUBMESH>
+  <SUBMESH NUMVERTICES="1" NUMFACES="0" NUMLODSTEPS="0" NUMSPRINGS="0" NUMTEXCOORDS="0" NUMMORPHS="0" MATERIAL="0">
+    <VERTEX ID="0" NUMINFLUENCES="0">
+      <POS>1 2 3</POS>
+      <NORM>0 0 1</NORM>
+      <COLOR>1 1 1</COLOR>
+    </VERTEX>
+  </SUBMESH>
+  <SUBMESH NUMVERTICES="0" NUMFACES="0" NUMLODSTEPS="0" NUMSPRINGS="0" NUMTEXCOORDS="1" NUMMORPHS="0" MATERIAL="0">
+  </SUBMESH>
+</MESH>
+)");
+}
+
+TEST(TextSaver, Material) {
+  const TempDir folder;
+  CalCoreMaterial material;
+  material.maps = {{"skin & <bone>.png", "Diffuse Color"}, {"", ""}};
+  ASSERT_TRUE(CalSaver::saveCoreMaterial(folder.File("m.xrf"), &material));
+  EXPECT_EQ(ReadFile(folder.File("m.xrf")), R"(<MATERIAL MAGIC="XRF" VERSION="919" NUMMAPS="2">
+  <AMBIENT>255 255 255 255</AMBIENT>
+  <DIFFUSE>255 255 255 255</DIFFUSE>
+  <SPECULAR>0 0 0 0</SPECULAR>
+  <SHININESS>0</SHININESS>
+  <MAP TYPE="Diffuse Color">skin &amp; &lt;bone&gt;.png</MAP>
+  <MAP TYPE=""></MAP>
+</MATERIAL>
+)");
+}
+
+TEST(TextSaver, Animations) {
+  EXPECT_EQ(Saved(SampleAnimation(), ".xaf"),
+            R"(<ANIMATION MAGIC="XAF" VERSION="919" DURATION="0.5" NUMTRACKS="2">
+  <TRACK BONEID="3" NUMKEYFRAMES="2">
+    <KEYFRAME TIME="0">
+      <TRANSLATION>1 2 3</TRANSLATION>
+      <ROTATION>0 0 0 1</ROTATION>
+    </KEYFRAME>
+    <KEYFRAME TIME="0.5">
+      <TRANSLATION>0.1 0 -0</TRANSLATION>
+      <ROTATION>0 0 0.6 -0.8</ROTATION>
+    </KEYFRAME>
+  </TRACK>
+  <TRACK BONEID="0" NUMKEYFRAMES="0">
+  </TRACK>
+</ANIMATION>
+)");
+
+  const TempDir folder;
+  CalCoreMorphTrack track;
+  track.morphName = "smile \"wide\"";
+  track.addCoreMorphKeyframe({0, 0.5f});
+  track.addCoreMorphKeyframe({0.25f, 1});
+  CalCoreMorphAnimation morphs;
+  morphs.duration = 0.25f;
+  morphs.tracks = {track};
+  ASSERT_TRUE(CalSaver::saveCoreMorphAnimation(folder.File("m.xpf"), &morphs));
+  EXPECT_EQ(ReadFile(folder.File("m.xpf")),
+            R"(<ANIMATION MAGIC="XPF" VERSION="919" DURATION="0.25" NUMTRACKS="1">
+  <TRACK MORPHNAME="smile &quot;wide&quot;" NUMKEYFRAMES="2">
+    <KEYFRAME TIME="0">
+      <WEIGHT>0.5</WEIGHT>
+    </KEYFRAME>
+    <KEYFRAME TIME="0.25">
+      <WEIGHT>1</WEIGHT>
+    </KEYFRAME>
+  </TRACK>
+</ANIMATION>
+)");
+}
+
+}  // namespace
