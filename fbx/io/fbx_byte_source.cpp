@@ -27,6 +27,12 @@ size_t ReadAll(int descriptor, int64_t position, char* out, size_t count) {
   return done;
 }
 
+size_t CopyView(std::string_view bytes, char* out, size_t count) {
+  const size_t copied = std::min(count, bytes.size());
+  std::copy_n(bytes.data(), copied, out);
+  return copied;
+}
+
 }  // namespace
 
 std::unique_ptr<FbxCachedFile> FbxCachedFile::Open(const char* name) {
@@ -49,39 +55,29 @@ FbxCachedFile::~FbxCachedFile() { close(descriptor_); }
 
 size_t FbxCachedFile::Read(int64_t position, char* out, size_t count) {
   if (position < 0 || position >= size_) return 0;
-  const std::string_view atHand = View(position);
-  if (atHand.size() >= count || count <= kMaxView) {
-    const std::string_view bytes = View(position, count);
-    const size_t copied = std::min(count, bytes.size());
-    std::copy_n(bytes.data(), copied, out);
-    return copied;
-  }
+  if (count <= kMaxView) return CopyView(View(position, count), out, count);
   return ReadAll(descriptor_, position, out, count);
 }
 
-std::string_view FbxCachedFile::Refill(int64_t position, size_t wanted) {
+std::string_view FbxCachedFile::Refill(int64_t position, size_t) {
   if (position < 0 || position >= size_) return {};
   const int64_t windowEnd = windowStart_ + static_cast<int64_t>(window_.size());
-  const int64_t reach = static_cast<int64_t>(fill_);
-  if (position >= windowStart_ && position <= windowEnd + reach) {
+  const int64_t reach = static_cast<int64_t>(fill_ / 4);
+  if (position >= windowStart_ && position <= windowEnd) {
     fill_ = std::min(2 * fill_, kLargestFill);
   } else if (position < windowStart_ - reach || position > windowEnd + reach) {
     fill_ = kSmallestFill;
   }
   const int64_t start = std::max<int64_t>(0, position - static_cast<int64_t>(kLookBehind));
   const size_t before = static_cast<size_t>(position - start);
-  const size_t got = ReadAll(descriptor_, start, buffer_.get(),
-                             before + std::max(fill_, std::min(wanted, kMaxView)));
+  const size_t got = ReadAll(descriptor_, start, buffer_.get(), before + fill_);
   windowStart_ = start;
   window_ = {buffer_.get(), got};
   return window_.substr(std::min(before, got));
 }
 
 size_t FbxMemoryFile::Read(int64_t position, char* out, size_t count) {
-  const std::string_view bytes = View(position);
-  const size_t copied = std::min(count, bytes.size());
-  std::copy_n(bytes.data(), copied, out);
-  return copied;
+  return CopyView(View(position), out, count);
 }
 
 std::string_view FbxMemoryFile::Refill(int64_t position, size_t) {

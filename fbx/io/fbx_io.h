@@ -118,8 +118,8 @@ class FbxIO {
   uint64_t FieldReadULL() { return static_cast<uint64_t>(FieldReadLL()); }
   float FieldReadF();
   double FieldReadD();
-  // Text, object names as "Class::Name". Valid until the list is left or, for a text of more than
-  // 64 KiB, until the record's next one is read.
+  // Text, object names as "Class::Name". Valid until the list is left or, for a record with more
+  // than 4 KiB of values, until its next text is read.
   std::string_view FieldReadC();
   // Raw bytes, base64 in ASCII files. Valid as text is.
   std::string_view FieldReadR();

@@ -12,8 +12,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 class FbxAsciiBlocks;
@@ -60,14 +62,19 @@ struct FbxIOListFormat {
 
 class FbxIOFieldList {
  public:
+  // A record's values are kept in memory up to this size, and stay in the file above it.
+  static constexpr uint32_t kMaxBufferedBlock = 4096;
+
   // All are kept alive by the caller as long as the list.
   FbxIOFieldList(FbxByteSource& source, FbxAsciiBlocks& blocks, FbxInflater& inflater,
                  FbxIOListFormat format);
 
-  // Reads the records of the list at `start`, in place of those that the list held. A binary list
-  // must end at `limit`, an ASCII list ends there at the latest. False if it is corrupt.
-  // A `isTopList` may end with the file, without a null record.
-  bool Parse(int64_t start, int64_t limit, bool isTopList);
+  // Reads the records of the list at `start`, in place of those that the list held. It ends at
+  // `limit` at the latest, with or without the null record or brace that should end it. False if
+  // it is corrupt.
+  bool Parse(int64_t start, int64_t limit);
+  // Forgets the records, and gives large buffers back.
+  void Clear();
   // The position behind the list, its null record or closing brace included.
   int64_t End() const { return end_; }
   // Takes the cursor back to the first record of every name.
@@ -98,7 +105,8 @@ class FbxIOFieldList {
   int64_t ReadLongLong();
   float ReadFloat();
   double ReadDouble();
-  // Text is valid until the list is read anew; that of a large value until the record's next one.
+  // Text is valid until the list is cleared; that of a value in a block of more than
+  // kMaxBufferedBlock bytes until the record's next one is read.
   std::string_view ReadString();
   std::string_view ReadRaw();
 
@@ -121,6 +129,12 @@ class FbxIOFieldList {
     uint32_t offset;
     uint32_t size;
   };
+  // Where a nested block was cut out of a level's text.
+  struct BlockMark {
+    size_t offset;
+    int64_t start;
+    int64_t end;
+  };
   struct BinaryValue {
     // 0 if there is no value.
     char type = 0;
@@ -128,37 +142,45 @@ class FbxIOFieldList {
     uint32_t payload = 0;
   };
 
-  void Clear();
-  bool ParseBinary(int64_t start, int64_t limit, bool isTopList);
+  bool ParseBinary(int64_t start, int64_t limit);
   bool ParseAscii(int64_t start, int64_t limit);
+  // Gathers the text that stands outside nested blocks; each block leaves a mark.
   bool ReadLevelText(int64_t start, int64_t limit);
-  void CutIntoTokens();
-  // Length of a binary record's values up to the last one's start; false if they are corrupt.
-  bool CheckValues(const FbxIOFieldInstance& instance);
+  void CutIntoRecords();
+  // Ends a text value at `end`, with the escapes replaced in place.
+  void AddTextValue(size_t start, size_t end);
+  FbxIOFieldInstance& AddInstance(int32_t field);
   int32_t FieldIndex(std::string_view name);
   // Sorts the names and groups the records by them.
   void Group();
 
-  // Up to `wanted` bytes of a binary record's value block.
+  // Bytes of a binary record's value block from `offset` on, as View of a byte source.
   std::string_view BlockView(const FbxIOFieldInstance& instance, uint32_t offset, size_t wanted);
-  BinaryValue PeekBinary(FbxIOFieldInstance& instance);
+  // False if the bytes aren't all there.
+  bool BlockRead(const FbxIOFieldInstance& instance, uint32_t offset, char* out, size_t count);
+  // Offset of the value behind the one at `offset`; above the block's size if there can't be one.
+  uint64_t NextValue(const FbxIOFieldInstance& instance, uint32_t offset, char type);
+  bool CheckValues(const FbxIOFieldInstance& instance);
   BinaryValue TakeBinary();
   std::string_view TakeText();
   template <class T>
-  T BinaryPayload(const FbxIOFieldInstance& instance, uint32_t payload);
+  T Payload(const BinaryValue& value);
   template <class T>
-  T ReadWhole(char letter);
-  double ReadReal();
-  // The bytes of a string or raw value.
-  std::string_view ReadBytes(char letter);
-  std::string_view KeepScratch(FbxIOFieldInstance& instance, std::string text);
+  T TakeWhole(char letter);
+  template <class T>
+  T TakeReal();
+  // The bytes of a string or raw value, in a place where they may be changed.
+  std::span<char> TakeBytes(char letter);
+  std::span<char> KeepScratch(std::string text);
 
   template <class T>
-  bool ReadAnyArray(char letter, std::vector<T>& out);
-  template <class T>
   bool ReadBinaryArray(char letter, std::vector<T>& out);
-  template <class T, class Convert>
-  bool ReadTextArray(std::vector<T>& out, Convert convert);
+  template <class T>
+  bool InflateArray(uint32_t offset, uint32_t stored, size_t count, std::vector<T>& out);
+  template <class T, class Element>
+  bool ReadTextArray(std::vector<Element>& out);
+  template <class T>
+  bool ReadAnyArray(char letter, std::vector<T>& out);
 
   FbxByteSource& source_;
   FbxAsciiBlocks& blocks_;
@@ -170,8 +192,11 @@ class FbxIOFieldList {
   int32_t currentField_ = -1;
   // Names of the fields; never moved once a field refers to them.
   std::deque<std::string> names_;
+  // Indices by name while the list is read, once there are too many to compare with each.
+  std::unordered_map<std::string_view, int32_t> fieldIndex_;
   // Binary: the value blocks kept. ASCII: the text of the level, escapes replaced.
   std::vector<char> buffer_;
   std::vector<TextValue> textValues_;
+  std::vector<BlockMark> blockMarks_;
   std::deque<std::string> scratch_;
 };

@@ -1,0 +1,125 @@
+#include "fbx/io/ascii_blocks.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "fbx/io/fbx_byte_source.h"
+
+namespace {
+
+// Smaller blocks are searched again rather than remembered.
+constexpr int64_t kSmallBlock = 256;
+
+constexpr std::array<bool, 256> kStops = [] {
+  std::array<bool, 256> stops = {};
+  for (const char stop : {'"', '{', '}', '\n'}) stops[static_cast<unsigned char>(stop)] = true;
+  return stops;
+}();
+
+const char* FindStop(const char* at, const char* end) {
+  while (at != end && !kStops[static_cast<unsigned char>(*at)]) ++at;
+  return at;
+}
+
+// The next `wanted`, or `end`.
+const char* Find(const char* at, const char* end, char wanted) {
+  const void* found = std::memchr(at, wanted, static_cast<size_t>(end - at));
+  return found == nullptr ? end : static_cast<const char*>(found);
+}
+
+bool IsSpace(char character) {
+  return character == ' ' || (character >= '\t' && character <= '\r');
+}
+
+}  // namespace
+
+char FbxAsciiScanner::Next(std::vector<char>* text) {
+  while (position_ < limit_) {
+    std::string_view view = source_.View(position_);
+    if (view.empty()) break;
+    view = view.substr(0, static_cast<size_t>(limit_ - position_));
+    const char* const begin = view.data();
+    const char* const end = begin + view.size();
+    const char* at = begin;
+    while (at != end) {
+      if (isComment_) {
+        at = Find(at, end, '\n');
+        if (at == end) break;
+        ++at;
+        isComment_ = false;
+        isLineStart_ = true;
+      }
+      if (isLineStart_) {
+        while (at != end && IsSpace(*at)) ++at;
+        if (at == end) break;
+        isLineStart_ = false;
+        isComment_ = *at == ';';
+        if (isComment_) continue;
+      }
+      const char* stop;
+      if (isQuote_) {
+        stop = Find(at, end, '"');
+        stop = Find(at, stop, '\n');
+      } else {
+        stop = FindStop(at, end);
+      }
+      const bool isBrace = stop != end && (*stop == '{' || *stop == '}') && !isQuote_;
+      const char* const behind = stop == end ? end : stop + 1;
+      if (text != nullptr) text->insert(text->end(), at, isBrace ? stop : behind);
+      at = behind;
+      if (stop == end) break;
+      if (isBrace) {
+        position_ += at - begin;
+        return *stop;
+      }
+      isQuote_ = *stop == '"' && !isQuote_;
+      isLineStart_ = *stop == '\n';
+    }
+    position_ += at - begin;
+  }
+  return 0;
+}
+
+int64_t FbxAsciiBlocks::Skip(FbxByteSource& source, int64_t position) {
+  const auto found =
+      std::lower_bound(blocks_.begin(), blocks_.end(), position,
+                       [](const Block& block, int64_t start) { return block.start < start; });
+  if (found != blocks_.end() && found->start == position) return found->end;
+  return Search(source, position);
+}
+
+int64_t FbxAsciiBlocks::Search(FbxByteSource& source, int64_t position) {
+  const bool isNew = position >= searched_;
+  const size_t known = blocks_.size();
+  // Starts of the blocks that are open, as indices of `blocks_` where those are remembered.
+  std::vector<size_t> open;
+  size_t depth = 1;
+  const auto push = [&](int64_t start) {
+    open.push_back(blocks_.size());
+    blocks_.push_back({start, source.Size()});
+  };
+  if (isNew) push(position);
+  FbxAsciiScanner scanner(source, position, source.Size());
+  while (depth > 0) {
+    const char brace = scanner.Next(nullptr);
+    if (brace == 0) break;
+    if (brace == '{') {
+      if (++depth > kMaxDepth) {
+        blocks_.resize(known);
+        return -1;
+      }
+      if (isNew) push(scanner.Position());
+      continue;
+    }
+    --depth;
+    if (!isNew) continue;
+    Block& block = blocks_[open.back()];
+    block.end = scanner.Position();
+    // The blocks within a small one are smaller, so nothing stands behind it.
+    if (block.end - block.start < kSmallBlock) blocks_.resize(open.back());
+    open.pop_back();
+  }
+  if (isNew) searched_ = scanner.Position();
+  return scanner.Position();
+}

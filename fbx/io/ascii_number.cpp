@@ -1,0 +1,79 @@
+#include "fbx/io/ascii_number.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+namespace {
+
+bool IsSpace(char character) {
+  return character == ' ' || (character >= '\t' && character <= '\r');
+}
+
+// Removes white space and a sign; true for a minus.
+bool TakeSign(std::string_view& text) {
+  while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
+  if (text.empty() || (text.front() != '-' && text.front() != '+')) return false;
+  const bool isNegative = text.front() == '-';
+  text.remove_prefix(1);
+  return isNegative;
+}
+
+// Leading digits, and whether they fit.
+uint64_t TakeDigits(std::string_view text, bool& isTooLarge) {
+  uint64_t number = 0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+  isTooLarge = result.ec == std::errc::result_out_of_range;
+  return result.ec == std::errc() ? number : 0;
+}
+
+// Of a decimal number out of range: whether it is too large, not too small.
+bool IsLarge(std::string_view text) {
+  int64_t exponent = 0;
+  const size_t mark = text.find_first_of("eE");
+  if (mark != std::string_view::npos) exponent = ParseSigned(text.substr(mark + 1));
+  const std::string_view digits = text.substr(0, mark);
+  const size_t point = std::min(digits.find('.'), digits.size());
+  const size_t first = std::min(digits.find_first_of("123456789"), digits.size());
+  const int64_t magnitude = static_cast<int64_t>(point) - static_cast<int64_t>(first);
+  // Exponents of 19 digits stop at the ends of the range; halves can't overflow.
+  return exponent / 2 + magnitude / 2 > 0;
+}
+
+}  // namespace
+
+uint64_t ParseUnsigned(std::string_view text) {
+  const bool isNegative = TakeSign(text);
+  bool isTooLarge = false;
+  const uint64_t number = TakeDigits(text, isTooLarge);
+  if (isTooLarge) return std::numeric_limits<uint64_t>::max();
+  return isNegative ? uint64_t{0} - number : number;
+}
+
+int64_t ParseSigned(std::string_view text) {
+  constexpr int64_t kMax = std::numeric_limits<int64_t>::max();
+  const bool isNegative = TakeSign(text);
+  bool isTooLarge = false;
+  const uint64_t number = TakeDigits(text, isTooLarge);
+  if (isTooLarge || number > static_cast<uint64_t>(kMax)) return isNegative ? -kMax - 1 : kMax;
+  return isNegative ? -static_cast<int64_t>(number) : static_cast<int64_t>(number);
+}
+
+double ParseReal(std::string_view text) {
+  const bool isNegative = TakeSign(text);
+  // from_chars would take a second sign.
+  if (text.empty() || text.front() == '-') return 0.0;
+  double number = 0.0;
+  std::from_chars_result result;
+  const bool isHex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+  if (isHex) text.remove_prefix(2);
+  result = std::from_chars(text.data(), text.data() + text.size(), number,
+                           isHex ? std::chars_format::hex : std::chars_format::general);
+  if (result.ec == std::errc::result_out_of_range) {
+    const std::string_view matched = text.substr(0, static_cast<size_t>(result.ptr - text.data()));
+    number = !isHex && IsLarge(matched) ? std::numeric_limits<double>::infinity() : 0.0;
+  } else if (result.ec != std::errc()) {
+    number = 0.0;
+  }
+  return isNegative ? -number : number;
+}

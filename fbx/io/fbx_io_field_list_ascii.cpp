@@ -1,0 +1,164 @@
+// ASCII scene files: the records of a level.
+//
+// A level is read in two steps. Its own text is gathered, with a mark for each nested block, and
+// that text is then cut into tokens: names, values and marks. The end of a line is white space to
+// the second step, but for a name of several words, which stands on one line: a value list may run
+// over lines without further ado, and indentation means nothing.
+#include <algorithm>
+#include <limits>
+
+#include "fbx/io/ascii_blocks.h"
+#include "fbx/io/fbx_byte_source.h"
+#include "fbx/io/fbx_io_field_list.h"
+
+namespace {
+
+constexpr char kBlockMark = '@';
+
+bool IsLineEnd(char character) { return character == '\n' || character == '\r'; }
+bool IsSpace(char character) {
+  return character == ' ' || (character >= '\t' && character <= '\r');
+}
+
+// Ends every unquoted token, wherever it stands.
+bool IsStop(char character) {
+  return character == ',' || character == ':' || character == '"' || character == kBlockMark ||
+         IsLineEnd(character);
+}
+
+// Replaces in place; returns the new end.
+char* ReplaceEscape(char* begin, char* end, std::string_view escape, char character) {
+  char* out = std::search(begin, end, escape.begin(), escape.end());
+  for (char* at = out; at != end;) {
+    if (static_cast<size_t>(end - at) >= escape.size() &&
+        std::string_view(at, escape.size()) == escape) {
+      *out++ = character;
+      at += escape.size();
+    } else {
+      *out++ = *at++;
+    }
+  }
+  return out;
+}
+
+}  // namespace
+
+bool FbxIOFieldList::ParseAscii(int64_t start, int64_t limit) {
+  if (!ReadLevelText(start, limit)) return false;
+  CutIntoRecords();
+  return true;
+}
+
+bool FbxIOFieldList::ReadLevelText(int64_t start, int64_t limit) {
+  FbxAsciiScanner scanner(source_, start, limit);
+  while (true) {
+    const char brace = scanner.Next(&buffer_);
+    if (buffer_.size() > std::numeric_limits<uint32_t>::max()) return false;
+    if (brace != '{') break;
+    const int64_t block = scanner.Position();
+    const int64_t behind = blocks_.Skip(source_, block);
+    if (behind < 0) return false;
+    buffer_.push_back(' ');
+    blockMarks_.push_back({buffer_.size(), block, behind});
+    buffer_.push_back(kBlockMark);
+    scanner.Resume(behind);
+  }
+  end_ = scanner.Position();
+  return true;
+}
+
+void FbxIOFieldList::CutIntoRecords() {
+  constexpr int32_t kNone = -1;
+  const std::vector<char>& text = buffer_;
+  const size_t size = text.size();
+  int32_t lastName = kNone;
+  bool hasRecord = false;
+  const auto record = [&]() -> FbxIOFieldInstance& {
+    if (hasRecord) return instances_.back();
+    if (lastName == kNone) lastName = FieldIndex("");
+    hasRecord = true;
+    FbxIOFieldInstance& instance = AddInstance(lastName);
+    instance.values = static_cast<int64_t>(textValues_.size());
+    return instance;
+  };
+  const auto beginRecord = [&](size_t start, size_t end) {
+    while (end > start && IsSpace(text[end - 1])) --end;
+    lastName = FieldIndex(std::string_view(text.data() + start, end - start));
+    hasRecord = false;
+    record();
+  };
+  const auto addValue = [&](size_t start, size_t end) {
+    ++record().valueCount;
+    AddTextValue(start, end);
+  };
+
+  size_t mark = 0;
+  // The first stop at or behind the place where it was last looked for.
+  size_t stop = 0;
+  size_t at = 0;
+  while (true) {
+    while (at < size && IsSpace(text[at])) ++at;
+    if (at == size) return;
+    const size_t start = at;
+
+    if (text[at] == '"') {
+      const auto quote = std::find(text.begin() + static_cast<ptrdiff_t>(at) + 1, text.end(), '"');
+      const size_t end = static_cast<size_t>(quote - text.begin());
+      at = std::min(end + 1, size);
+      while (at < size && IsSpace(text[at]) && !IsLineEnd(text[at])) ++at;
+      if (at < size && text[at] == ':') {
+        beginRecord(start + 1, end);
+        ++at;
+      } else {
+        addValue(start + 1, end);
+        if (at < size && text[at] == ',') ++at;
+      }
+      continue;
+    }
+
+    if (stop <= start) {
+      stop = start;
+      while (stop < size && !IsStop(text[stop])) ++stop;
+    }
+    if (stop < size && text[stop] == ':') {
+      if (stop > start) beginRecord(start, stop);
+      at = stop + 1;
+      continue;
+    }
+    while (at < stop && !IsSpace(text[at])) ++at;
+    // A block's mark ends no token, since a blank stands before it; another '@' drops its token.
+    const bool isAtStop = at == stop && at < size;
+    if (isAtStop && text[at] == kBlockMark) {
+      while (mark < blockMarks_.size() && blockMarks_[mark].offset < at) ++mark;
+      if (mark < blockMarks_.size() && blockMarks_[mark].offset == at) {
+        FbxIOFieldInstance& instance = record();
+        instance.extension = blockMarks_[mark].start;
+        instance.end = blockMarks_[mark].end;
+        hasRecord = false;
+      }
+      ++at;
+      continue;
+    }
+    if (at > start) addValue(start, at);
+    if (isAtStop && text[at] == ',') ++at;
+  }
+}
+
+void FbxIOFieldList::AddTextValue(size_t start, size_t end) {
+  char* const begin = buffer_.data() + start;
+  char* last = buffer_.data() + end;
+  if (std::find(begin, last, '&') != last) {
+    last = ReplaceEscape(begin, last, "&quot;", '"');
+    last = ReplaceEscape(begin, last, "&lf;", '\n');
+    last = ReplaceEscape(begin, last, "&cr;", '\r');
+  }
+  textValues_.push_back({static_cast<uint32_t>(start), static_cast<uint32_t>(last - begin)});
+}
+
+std::string_view FbxIOFieldList::TakeText() {
+  FbxIOFieldInstance* instance = Current();
+  if (instance == nullptr || instance->valueIndex >= instance->valueCount) return {};
+  const TextValue& value =
+      textValues_[static_cast<size_t>(instance->values + instance->valueIndex++)];
+  return {buffer_.data() + value.offset, value.size};
+}
