@@ -3,16 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "converter/driver/conversion_arguments.h"
+#include "tests/support/printed.h"
 
 namespace {
-
-// What `write` prints on standard output.
-template <typename Write>
-std::string Printed(Write write) {
-  testing::internal::CaptureStdout();
-  write();
-  return testing::internal::GetCapturedStdout();
-}
 
 TEST(Records, ALabelAValueAndABlankOrANewline) {
   EXPECT_EQ(Printed([] { AddOutput("MESH", "Body", false); }), "MESH: Body ");

@@ -1,0 +1,62 @@
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "converter/material/media_folder.h"
+#include "converter/material/texture_type.h"
+#include "tests/support/printed.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+TEST(TextureType, ChannelsWithAMeaning) {
+  EXPECT_EQ(getCal3dTextureType("DiffuseColor"), "Diffuse Color");
+  EXPECT_EQ(getCal3dTextureType("NormalMap"), "Normal");
+  EXPECT_EQ(getCal3dTextureType("SpecularColor"), "Specular");
+  EXPECT_EQ(getCal3dTextureType("TransparencyFactor"), "Opacity");
+  EXPECT_EQ(getCal3dTextureType("TransparentColor"), "Opacity");
+  for (const char* channel : {"Bump", "DiffuseColor0", "diffusecolor", "DiffuseColo", ""}) {
+    EXPECT_FALSE(isSupportedTextureType(channel)) << channel;
+    EXPECT_EQ(getCal3dTextureType(channel), "");
+  }
+}
+
+TEST(TextureType, AWarningShortensLongFolders) {
+  const auto warning = [](const std::string& file) {
+    return Printed([&] { AddTextureWarning("Bump", file); });
+  };
+  const std::string start = "WARNING: Bump is not a supported use for texture map ";
+  const std::string fifty = std::string(49, 'd') + "/";
+  EXPECT_EQ(warning(fifty + "b.png"), start + fifty + "b.png\n");
+  EXPECT_EQ(warning("e" + fifty + "b.png"), start + "e" + std::string(49, 'd') + "...\\b.png\n");
+  EXPECT_EQ(warning("b.png"), start + "b.png\n");
+}
+
+TEST(MediaFolder, MovesToTheFolderOfTexturesWithoutItsSuffix) {
+  const TempDir dir;
+  const std::string scene = dir.File("Model.FBX");
+  const std::string texture = dir.Write("skin.png", "pixels");
+  ConversionArguments args;
+  // Nothing happens without a media folder.
+  EXPECT_TRUE(MoveFileFromSDKTextureDirectoryToZEVOTextureDirectory(scene, texture, args));
+  EXPECT_FALSE(FileExists(dir.File("Model_textures")));
+
+  std::filesystem::create_directory(dir.File("Model.fbm"));
+  EXPECT_TRUE(MoveFileFromSDKTextureDirectoryToZEVOTextureDirectory(scene, "", args));
+  EXPECT_FALSE(FileExists(dir.File("Model_textures")));
+  EXPECT_TRUE(MoveFileFromSDKTextureDirectoryToZEVOTextureDirectory(scene, texture, args));
+  EXPECT_TRUE(std::filesystem::is_directory(dir.File("Model_textures")));
+  EXPECT_EQ(ReadFile(dir.File("Model")), "pixels");
+  EXPECT_FALSE(FileExists(texture));
+
+  // Whatever lies in the folder of textures, there is nothing to move.
+  dir.Write("Model_textures/skin.png", "pixels");
+  EXPECT_TRUE(gatherTextureListFromDirectory(scene).empty());
+
+  args.directoryForOutputFiles = dir.File("no/such/");
+  EXPECT_THROW(
+      MoveFileFromSDKTextureDirectoryToZEVOTextureDirectory(scene, dir.File("Model"), args),
+      std::exception);
+}
+
+}  // namespace
