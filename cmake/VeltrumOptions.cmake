@@ -21,6 +21,11 @@ if(VELTRUM_SANITIZERS)
   target_link_options(veltrum_options INTERFACE -fsanitize=${VELTRUM_SANITIZERS})
 endif()
 
+if(VELTRUM_BUILD_FUZZERS)
+  # Without the coverage of the libraries a fuzzer would search blindly.
+  target_compile_options(veltrum_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 # A library of every source file below the directory of its name, but for the program's main.
 function(veltrum_library name)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${name}/*.cpp)
