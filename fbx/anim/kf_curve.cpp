@@ -312,8 +312,9 @@ double KFCurve::Slope(size_t from, size_t to) const {
 
 void KFCurve::Negate() {
   constexpr uint32_t kSign = 0x80000000;
-  for (float& value : values_) value = -value;
-  defaultValue_ = -defaultValue_;
+  // Subtracting from 0 makes no negative zeros.
+  for (float& value : values_) value = 0.0F - value;
+  defaultValue_ = 0.0F - defaultValue_;
   for (KFCurveKeyAttr& attr : attrs_) {
     // Tension, continuity and bias shape the slopes to the neighbours, which turn by themselves.
     if (attr.Interpolation() != KFCurveKeyAttr::kCubic || attr.IsTCB()) continue;

@@ -277,6 +277,16 @@ bool FbxProperty::ConnectSrcObject(FbxObject* source, bool repeat) {
 
 bool FbxProperty::ConnectSrcProperty(const FbxProperty& source) { return Connect(source, false); }
 
+bool FbxProperty::DisconnectSrcObject(FbxObject* source) {
+  if (!IsConnectedSrcObject(source)) return false;
+  const FbxProperty end = source->RootProperty();
+  if (IsRoot()) object_->ConnectNotify(*source, false);
+  std::erase(Connections()->sources, end);
+  std::erase(end.Connections()->destinations, *this);
+  object_->sourcesByClass_.reset();
+  return true;
+}
+
 bool FbxProperty::IsConnectedSrcObject(const FbxObject* source) const {
   return source != nullptr && IsConnectedSrcProperty(source->RootProperty());
 }

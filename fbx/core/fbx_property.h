@@ -117,6 +117,8 @@ class FbxProperty {
   // an invalid end, or a connection that is there already.
   bool ConnectSrcObject(FbxObject* source, bool repeat = false);
   bool ConnectSrcProperty(const FbxProperty& source);
+  // Takes every connection of the pair away; false if there is none.
+  bool DisconnectSrcObject(FbxObject* source);
   bool IsConnectedSrcObject(const FbxObject* source) const;
   bool IsConnectedSrcProperty(const FbxProperty& source) const;
   int GetSrcObjectCount() const;
