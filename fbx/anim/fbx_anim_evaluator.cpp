@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 
 #include "fbx/anim/fbx_anim_curve.h"
 #include "fbx/anim/fbx_anim_stack.h"
@@ -75,6 +76,37 @@ void ScaleRows(FbxAMatrix& matrix, const FbxVector4& scaling) {
   FbxDouble4x4 rows = matrix.ToMatrix().data;
   for (size_t i = 0; i < 12; ++i) rows[i] *= scaling[i / 4];
   matrix = FbxAMatrix(rows);
+}
+
+// A pure rotation by the angles of a global matrix. A matrix with shear has no rotation of its own:
+// its rows are made orthogonal, the X row first, since angles read off skewed rows would depend on
+// the axes of the world, and turning the whole scene would change more than its orientation.
+FbxAMatrix PureRotation(const FbxAMatrix& global) {
+  constexpr double kShear = 1e-9;
+  std::array<FbxVector4, 3> rows;
+  for (size_t i = 0; i < 3; ++i) {
+    const int row = static_cast<int>(i);
+    rows[i] = {global.Get(row, 0), global.Get(row, 1), global.Get(row, 2), 0.0};
+    rows[i].Normalize();
+  }
+  FbxAMatrix rotation = global;
+  if (std::abs(rows[0].DotProduct(rows[1])) > kShear ||
+      std::abs(rows[0].DotProduct(rows[2])) > kShear ||
+      std::abs(rows[1].DotProduct(rows[2])) > kShear) {
+    FbxMatrix orthogonal;
+    for (size_t i = 0; i < 3; ++i) {
+      for (size_t j = 0; j < i; ++j) rows[i] -= rows[j] * rows[j].DotProduct(rows[i]);
+      rows[i].Normalize();
+      for (size_t j = 0; j < 3; ++j) {
+        orthogonal.At(static_cast<int>(i), static_cast<int>(j)) = rows[i][j];
+      }
+    }
+    rotation = FbxAMatrix(orthogonal);
+  }
+  const FbxVector4 angles = rotation.GetR();
+  rotation.SetIdentity();
+  rotation.SetR(angles);
+  return rotation;
 }
 
 }  // namespace
@@ -258,7 +290,7 @@ void FbxAnimEvaluator::ComputeGlobalTransform(const FbxNode& node, FbxNodeEvalSt
     switch (ToInheritType(node.Property(&FbxNode::PropertyIndex::inheritType).Get<int>())) {
       case eInheritRrSs:
         if (!parent->hasParts) {
-          parent->globalRotation.SetR(parent->global.GetR());
+          parent->globalRotation = PureRotation(parent->global);
           parent->globalScaling = parent->globalRotation.Inverse() * parent->global;
           parent->globalScaling.SetTOnly({0.0, 0.0, 0.0});
           parent->hasParts = true;
