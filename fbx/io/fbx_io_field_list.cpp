@@ -11,6 +11,7 @@ bool FbxIOFieldList::Parse(int64_t start, int64_t limit) {
   Clear();
   if (!(format_.isBinary ? ParseBinary(start, limit) : ParseAscii(start, limit))) return false;
   Group();
+  fieldIndex_ = {};
   return true;
 }
 
@@ -27,7 +28,7 @@ void FbxIOFieldList::Clear() {
   drop(blockMarks_);
   names_.clear();
   scratch_.clear();
-  fieldIndex_.clear();
+  fieldIndex_ = {};
   currentField_ = -1;
   end_ = 0;
 }

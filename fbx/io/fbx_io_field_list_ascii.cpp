@@ -5,6 +5,8 @@
 // the second step, but for a name of several words, which stands on one line: a value list may run
 // over lines without further ado, and indentation means nothing.
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <limits>
 
 #include "fbx/io/ascii_blocks.h"
@@ -15,16 +17,29 @@ namespace {
 
 constexpr char kBlockMark = '@';
 
-bool IsLineEnd(char character) { return character == '\n' || character == '\r'; }
-bool IsSpace(char character) {
-  return character == ' ' || (character >= '\t' && character <= '\r');
-}
+// What a character ends: white space an unquoted token, unless a name's colon follows; a stop every
+// unquoted token, wherever it stands.
+enum CharacterClass : uint8_t { kSpace = 1, kLineEnd = 2, kStop = 4 };
 
-// Ends every unquoted token, wherever it stands.
-bool IsStop(char character) {
-  return character == ',' || character == ':' || character == '"' || character == kBlockMark ||
-         IsLineEnd(character);
+constexpr std::array<uint8_t, 256> kClasses = [] {
+  std::array<uint8_t, 256> classes = {};
+  const auto set = [&](std::string_view characters, int bits) {
+    for (const char character : characters) {
+      classes[static_cast<unsigned char>(character)] = static_cast<uint8_t>(bits);
+    }
+  };
+  set(" \t\v\f", kSpace);
+  set("\r\n", kSpace | kLineEnd | kStop);
+  set(",:\"@", kStop);
+  return classes;
+}();
+
+bool IsClass(char character, int bits) {
+  return (kClasses[static_cast<unsigned char>(character)] & bits) != 0;
 }
+bool IsLineEnd(char character) { return IsClass(character, kLineEnd); }
+bool IsSpace(char character) { return IsClass(character, kSpace); }
+bool IsStop(char character) { return IsClass(character, kStop); }
 
 // Replaces in place; returns the new end.
 char* ReplaceEscape(char* begin, char* end, std::string_view escape, char character) {
@@ -147,7 +162,7 @@ void FbxIOFieldList::CutIntoRecords() {
 void FbxIOFieldList::AddTextValue(size_t start, size_t end) {
   char* const begin = buffer_.data() + start;
   char* last = buffer_.data() + end;
-  if (std::find(begin, last, '&') != last) {
+  if (begin != last && std::memchr(begin, '&', end - start) != nullptr) {
     last = ReplaceEscape(begin, last, "&quot;", '"');
     last = ReplaceEscape(begin, last, "&lf;", '\n');
     last = ReplaceEscape(begin, last, "&cr;", '\r');

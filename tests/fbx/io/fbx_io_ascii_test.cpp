@@ -1,0 +1,172 @@
+// The grammar of ASCII files.
+#include <cstdlib>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "fbx/io/ascii_number.h"
+#include "tests/fbx/io/opened_io.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// The values of the k-th record of a name in the top list.
+std::vector<std::string> Values(const std::string& text, const std::string& name, int32_t k = 0) {
+  OpenedIO file(MakeAscii(text));
+  EXPECT_TRUE(file.isRead);
+  if (!file.io.FieldReadBegin(name, k)) return {"(no record)"};
+  std::vector<std::string> values;
+  while (file.io.FieldReadGetRemain() > 0) values.emplace_back(file.io.FieldReadC());
+  return values;
+}
+
+TEST(FbxIOAscii, Tokens) {
+  EXPECT_THAT(Values("N: \"a,b\"", "N"), ElementsAre("a,b"));
+  EXPECT_THAT(Values("N: \"a:b\", \"\", c\n", "N"), ElementsAre("a:b", "", "c"));
+  EXPECT_THAT(Values("My Field: 1\nOther: 2", "My Field"), ElementsAre("1"));
+  EXPECT_THAT(Values("A: 1 2,3 ,4,,5\n", "A"), ElementsAre("1", "2", "3", "4", "5"));
+  EXPECT_THAT(Values("A:1\nA: 2", "A", 1), ElementsAre("2"));
+  EXPECT_THAT(Values("\"A\" : 1", "A"), ElementsAre("1"));
+  EXPECT_THAT(Values("A:\r\nB: 1\r\n", "A"), IsEmpty());
+  EXPECT_THAT(Values("A: \"x&quot;y&lf;z&cr;&amp;\"", "A"), ElementsAre("x\"y\nz\r&amp;"));
+  // Escapes are replaced one kind after the other.
+  EXPECT_THAT(Values("A: \"&l&quot;f;\"", "A"), ElementsAre("&l\"f;"));
+  EXPECT_THAT(Values("A: \"never closed", "A"), ElementsAre("never closed"));
+}
+
+TEST(FbxIOAscii, LinesAndComments) {
+  EXPECT_THAT(Values("A: 1,\n   2,\n\n3\n  ,4\nB: 5", "A"), ElementsAre("1", "2", "3", "4"));
+  // An indented line without a comma around begins anew, blanks in its name or not.
+  EXPECT_THAT(Values("A: 1\n  My B: 2\n", "A"), ElementsAre("1"));
+  EXPECT_THAT(Values("A: 1\n  My B: 2\n", "My B"), ElementsAre("2"));
+  EXPECT_THAT(Values("A: 1\n ; B: 2 { \" \n;\nC: 3", "A"), ElementsAre("1"));
+  EXPECT_THAT(Values("A: 1 ;2\n", "A"), ElementsAre("1", ";2"));
+}
+
+TEST(FbxIOAscii, Blocks) {
+  const std::string text =
+      "A: \"{\", 1 {\n"
+      "  ; }\n"
+      "  B: \"}\" { C: 2 }\n"
+      "  D: 3\n"
+      "} E: 4 {}\n"
+      "F: {\n G: 5\n} {\n G: 6\n}\n"
+      "H: 7";
+  OpenedIO file(MakeAscii(text));
+  FbxIO& io = file.io;
+  ASSERT_TRUE(file.isRead);
+  EXPECT_EQ(io.FieldReadI("E"), 4);
+  EXPECT_EQ(io.FieldReadI("H"), 7);
+  ASSERT_TRUE(io.FieldReadBegin("A"));
+  EXPECT_EQ(io.FieldReadGetCount(), 2);
+  ASSERT_TRUE(io.FieldReadBlockBegin());
+  EXPECT_EQ(io.FieldReadI("D"), 3);
+  ASSERT_TRUE(io.FieldReadBegin("B"));
+  EXPECT_EQ(io.FieldReadC(), "}");
+  ASSERT_TRUE(io.FieldReadBlockBegin());
+  EXPECT_EQ(io.FieldReadI("C"), 2);
+  io.FieldReadBlockEnd();
+  io.FieldReadBlockEnd();
+  // A block without a name of its own is another record of the last one.
+  ASSERT_EQ(io.FieldGetInstanceCount("F"), 2);
+  ASSERT_TRUE(io.FieldReadBegin("F", 1) && io.FieldReadBlockBegin());
+  EXPECT_EQ(io.FieldReadI("G"), 6);
+}
+
+TEST(FbxIOAscii, BlocksThatDontCloseEndWithTheFile) {
+  OpenedIO file(MakeAscii("A: 1 {\n B: 2 {\n C: 3\n"));
+  ASSERT_TRUE(file.isRead);
+  ASSERT_TRUE(file.io.FieldReadBegin("A") && file.io.FieldReadBlockBegin());
+  ASSERT_TRUE(file.io.FieldReadBegin("B") && file.io.FieldReadBlockBegin());
+  EXPECT_EQ(file.io.FieldReadI("C"), 3);
+  // One closed too often ends the document.
+  OpenedIO closed(MakeAscii("A: 1\n}\nB: 2\n"));
+  EXPECT_EQ(closed.io.FieldReadI("A"), 1);
+  EXPECT_FALSE(closed.io.FieldReadBegin("B"));
+}
+
+TEST(FbxIOAscii, StrayMarksLeadNowhere) {
+  OpenedIO file(MakeAscii("A: 70@\nB: 1 @ 2 {\n C: 3\n}\n"));
+  ASSERT_TRUE(file.isRead);
+  EXPECT_FALSE(file.io.FieldReadBegin("A") && file.io.FieldReadBlockBegin());
+  ASSERT_TRUE(file.io.FieldReadBegin("B") && file.io.FieldReadBlockBegin());
+  EXPECT_EQ(file.io.FieldReadI("C"), 3);
+}
+
+TEST(FbxIOAscii, Arrays) {
+  const auto read = [](const std::string& text) {
+    OpenedIO file(MakeAscii("V: " + text));
+    std::vector<double> out = {99.0};
+    const bool isRead = file.io.FieldReadArray("V", out);
+    EXPECT_EQ(isRead, !out.empty());
+    return out;
+  };
+  EXPECT_THAT(read("*3 {\n a: 1,-2.5,\n3e2\n}"), ElementsAre(1.0, -2.5, 300.0));
+  EXPECT_THAT(read("*2 { a: x, 1e-310 }"), ElementsAre(0.0, 0.0));
+  EXPECT_THAT(read("*3 { a: 1,2 }"), IsEmpty());
+  EXPECT_THAT(read("*1 { a: 1,2 }"), IsEmpty());
+  EXPECT_THAT(read("*2 { a: 1\n a: 2 }"), IsEmpty());
+  EXPECT_THAT(read("*2 { a: 1,2\n b: }"), IsEmpty());
+  EXPECT_THAT(read("*0 { a: }"), IsEmpty());
+  EXPECT_THAT(read("*-1 { a: 1 }"), IsEmpty());
+  EXPECT_THAT(read("*9000000000000000000 { a: 1 }"), IsEmpty());
+  EXPECT_THAT(read("2 { a: 1,2 }"), IsEmpty());
+  EXPECT_THAT(read("*1"), IsEmpty());
+
+  OpenedIO file(MakeAscii("V: *2, 7 { a: 1,-1 }"));
+  ASSERT_TRUE(file.io.FieldReadBegin("V"));
+  EXPECT_EQ(file.io.FieldReadGetType(), 'a');
+  std::vector<bool> bools;
+  EXPECT_TRUE(file.io.FieldReadArray(bools));
+  EXPECT_THAT(bools, ElementsAre(true, true));
+  EXPECT_EQ(file.io.FieldReadGetType(), 'S') << "numbers are text";
+  EXPECT_EQ(file.io.FieldReadI(), 7);
+}
+
+TEST(FbxIOAscii, NumbersReadAsTheCLibraryReadsThem) {
+  EXPECT_EQ(ParseUnsigned(" +42x"), 42U);
+  EXPECT_EQ(static_cast<int32_t>(ParseUnsigned("-7")), -7);
+  EXPECT_EQ(ParseUnsigned("99999999999999999999"), std::numeric_limits<uint64_t>::max());
+  EXPECT_EQ(ParseUnsigned("word"), 0U);
+  EXPECT_EQ(ParseSigned("-9223372036854775808"), std::numeric_limits<int64_t>::min());
+  EXPECT_EQ(ParseSigned("9223372036854775808"), std::numeric_limits<int64_t>::max());
+  EXPECT_EQ(ParseSigned("-"), 0);
+
+  for (const char* text : {"1.5",
+                           " \t-2e3,",
+                           "+.5",
+                           "5.",
+                           "1e",
+                           "1e+",
+                           "0x1.8p1",
+                           "0x",
+                           "-0x10",
+                           "--1",
+                           "+-1",
+                           "inf",
+                           "-INF",
+                           "1.#INF",
+                           "1e400",
+                           "-1e400",
+                           "1e-400",
+                           "4.9e-324",
+                           "0.1d",
+                           "",
+                           "e5",
+                           "1,5",
+                           "123456789012345678901234567890"}) {
+    EXPECT_EQ(ParseReal(text), std::atof(text)) << text;
+  }
+  const std::string zeros(400, '0');
+  EXPECT_EQ(ParseReal("0." + zeros + "1"), 0.0);
+  EXPECT_EQ(ParseReal("1" + zeros), std::numeric_limits<double>::infinity());
+  EXPECT_EQ(ParseReal("1" + zeros + "e-99999999999999999999"), 0.0);
+  EXPECT_EQ(ParseReal("0." + zeros + "1e401"), 1.0);
+}
+
+}  // namespace

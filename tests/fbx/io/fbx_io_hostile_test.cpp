@@ -1,0 +1,258 @@
+// Files that lie. Nothing may crash, hang or take memory that the file doesn't account for.
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/fbx/io/opened_io.h"
+
+namespace {
+
+// Opens everything and reads every value as what it says it is; returns the number of records.
+size_t ReadAll(FbxIO& io, size_t budget = 20000) {
+  size_t records = 0;
+  for (int32_t field = 0; field < io.FieldGetCount() && records < budget; ++field) {
+    const std::string name(io.FieldGetName(field));
+    const int32_t count = io.FieldGetInstanceCount(name);
+    for (int32_t k = 0; k < count && records < budget; ++k) {
+      EXPECT_TRUE(io.FieldReadBegin(field, k));
+      ++records;
+      while (io.FieldReadGetRemain() > 0) {
+        std::vector<double> doubles;
+        std::vector<int32_t> ints;
+        std::vector<bool> bools;
+        switch (io.FieldReadGetType()) {
+          case 'd':
+          case 'a':
+            io.FieldReadArray(doubles);
+            break;
+          case 'i':
+            io.FieldReadArray(ints);
+            break;
+          case 'b':
+            io.FieldReadArray(bools);
+            break;
+          case 'R':
+            io.FieldReadR();
+            break;
+          case 'D':
+            io.FieldReadD();
+            break;
+          case 'L':
+            io.FieldReadT();
+            break;
+          default:
+            io.FieldReadC();
+        }
+      }
+      if (io.FieldReadBlockBegin()) {
+        records += ReadAll(io, budget - records);
+        io.FieldReadBlockEnd();
+      }
+    }
+  }
+  return records;
+}
+
+std::string Victim(const FbxFormat& format) {
+  std::vector<double> vertices(600);
+  for (size_t i = 0; i < vertices.size(); ++i) vertices[i] = static_cast<double>(i % 7);
+  return MakeFile({{"Objects",
+                    {},
+                    {{"Model", {int64_t{1}, "Model::Cube", "Mesh"}, {{"Version", {232}}}},
+                     {"Geometry",
+                      {int64_t{2}, "Geometry::", "Mesh"},
+                      {{"Vertices", {vertices}},
+                       {"Index", {std::vector<int32_t>{0, 1, -3}}},
+                       {"Content", {FbxRaw{std::string(5000, 'r')}}},
+                       {"Flags", {std::vector<bool>{true}}}}}}},
+                   {"Connections", {}, {{"C", {"OO", int64_t{1}, int64_t{0}}}}}},
+                  format);
+}
+
+constexpr FbxFormat kForms[] = {
+    {}, {.bigEndian = true}, {.version = 7500, .compress = true}, {.ascii = true}};
+
+FbxIO::BinaryType TypeOf(const FbxFormat& format) {
+  return format.version >= 7500 ? FbxIO::eBinary64 : FbxIO::eBinary32;
+}
+
+TEST(FbxIOHostile, FilesCutAnywhere) {
+  for (const FbxFormat& format : kForms) {
+    const std::string whole = Victim(format);
+    OpenedIO good(whole, TypeOf(format));
+    ASSERT_TRUE(good.isRead);
+    const size_t records = ReadAll(good.io);
+    for (size_t size = 0; size < whole.size(); ++size) {
+      OpenedIO cut(whole.substr(0, size), TypeOf(format));
+      if (cut.isRead) {
+        // Text loses what is behind the cut; a binary file that has its id but not its tail isn't
+        // taken at all. The tail is 176 bytes at most, of which the footer id is needed.
+        EXPECT_TRUE(format.ascii || cut.io.FieldGetInstanceCount("FileId") == 0 ||
+                    size >= whole.size() - 160)
+            << size;
+        EXPECT_LE(ReadAll(cut.io), records + 1) << size;
+      } else if (size > 200) {
+        EXPECT_TRUE(cut.status.Error()) << size;
+      }
+    }
+  }
+}
+
+TEST(FbxIOHostile, BytesTurned) {
+  std::mt19937 random(20240229);
+  for (const FbxFormat& format : kForms) {
+    const std::string whole = Victim(format);
+    for (int round = 0; round < 3000; ++round) {
+      std::string bytes = whole;
+      for (int i = 0; i < 1 + round % 3; ++i) {
+        bytes[random() % bytes.size()] = static_cast<char>(random());
+      }
+      OpenedIO file(bytes, TypeOf(format));
+      if (file.isRead) ReadAll(file.io);
+    }
+  }
+}
+
+// A file of one record "A" with `valueBlock` as the values.
+std::string WithValues(uint32_t count, const std::string& valueBlock) {
+  std::string bytes = MakeFile({{"A", {FbxRaw{std::string(valueBlock.size() - 5, '?')}}}});
+  const size_t record = bytes.find("\1A") - 12;
+  for (size_t i = 0; i < 4; ++i) bytes[record + 4 + i] = static_cast<char>(count >> 8 * i);
+  return bytes.replace(record + 14, valueBlock.size(), valueBlock);
+}
+
+std::string Word(uint32_t word) {
+  std::string bytes;
+  for (int i = 0; i < 4; ++i) bytes += static_cast<char>(word >> 8 * i);
+  return bytes;
+}
+
+TEST(FbxIOHostile, ValuesThatDontFit) {
+  const std::string one = "I" + Word(1);
+  EXPECT_TRUE(OpenedIO(WithValues(2, one + one)).isRead);
+  for (const uint32_t count : {3U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
+    OpenedIO file(WithValues(count, one + one));
+    EXPECT_FALSE(file.isRead) << count;
+    EXPECT_EQ(file.status.GetCode(), FbxStatus::eInvalidFile);
+  }
+  EXPECT_FALSE(OpenedIO(WithValues(1, "?" + one)).isRead) << "no such type";
+  EXPECT_FALSE(OpenedIO(WithValues(2, "S" + Word(0xFFFFFFFF) + one)).isRead);
+
+  // A string's length is cut to the block; a number that doesn't fit is 0.
+  OpenedIO text(WithValues(1, "S" + Word(0xFFFFFFFF) + "abc"));
+  EXPECT_EQ(text.io.FieldReadC("A"), "abc");
+  OpenedIO number(WithValues(2, one + "D1234567"));
+  ASSERT_TRUE(number.io.FieldReadBegin("A"));
+  EXPECT_EQ(number.io.FieldReadI(), 1);
+  EXPECT_EQ(number.io.FieldReadD(), 0.0);
+}
+
+TEST(FbxIOHostile, ArraysThatLie) {
+  const auto read = [](uint32_t count, uint32_t encoding, const std::string& data,
+                       uint32_t stored) {
+    OpenedIO file(WithValues(1, "i" + Word(count) + Word(encoding) + Word(stored) + data));
+    EXPECT_TRUE(file.isRead) << "an array that can't be read isn't an error";
+    std::vector<int32_t> out;
+    file.io.FieldReadArray("A", out);
+    EXPECT_LT(out.capacity(), 100000U);
+    return out;
+  };
+  using Ints = std::vector<int32_t>;
+  const std::string two = Word(7) + Word(8);
+  EXPECT_EQ(read(2, 0, two, 8), (Ints{7, 8}));
+  EXPECT_EQ(read(2, 2, two, 8), Ints{});
+  EXPECT_EQ(read(2, 0x100, two, 8), (Ints{7, 8})) << "only the lowest byte of the encoding counts";
+  EXPECT_EQ(read(1, 0, two, 8), Ints{});
+  EXPECT_EQ(read(2, 0, two, 7), Ints{});
+  EXPECT_EQ(read(0, 0, two, 0), Ints{});
+  EXPECT_EQ(read(0x40000002, 0, two, 8), Ints{}) << "count times width wraps in 32 bits";
+  EXPECT_EQ(read(4000000000, 0, two, 4000000000), Ints{});
+
+  const std::string packed = WriteFbxRecords({{"i", {Ints{7, 8}}}}, {.compress = true}, 0);
+  const std::string zlib = packed.substr(packed.find('\x78'));
+  const uint32_t size = static_cast<uint32_t>(zlib.size());
+  EXPECT_EQ(read(2, 1, zlib, size), (Ints{7, 8}));
+  EXPECT_EQ(read(1, 1, zlib, size), Ints{}) << "the stream is longer than the array";
+  EXPECT_EQ(read(2, 1, zlib + "?", size + 1), Ints{}) << "bytes behind the stream";
+  EXPECT_EQ(read(2, 1, zlib, size + 1), Ints{});
+  EXPECT_EQ(read(2, 1, "no zlib stream", 14), Ints{});
+  EXPECT_EQ(read(4000000000, 1, zlib, size), (Ints{7, 8})) << "the stream is shorter";
+  EXPECT_EQ(read(0, 1, zlib, size), Ints{});
+}
+
+TEST(FbxIOHostile, EndOffsetsMustRiseAndStayInside) {
+  const std::string whole = MakeFile({{"A", {1}, {{"B", {2}}}}, {"C", {3}}});
+  const size_t outer = whole.find("\1A") - 12;
+  const size_t inner = whole.find("\1B") - 12;
+  const size_t last = whole.find("\1C") - 12;
+  const auto open = [&](size_t record, size_t end) {
+    std::string bytes = whole;
+    bytes.replace(record, 4, Word(static_cast<uint32_t>(end)));
+    return bytes;
+  };
+  for (const size_t end : {outer, size_t{27}, size_t{1}, whole.size() + 1, size_t{0xFFFFFFFF}}) {
+    OpenedIO file(open(outer, end));
+    EXPECT_FALSE(file.isRead) << end;
+    EXPECT_EQ(file.status.GetCode(), FbxStatus::eInvalidFile);
+  }
+  // A nested list that leaves its record fails when it is opened, and the rest goes on.
+  for (const size_t end : {outer, inner, last + 1, whole.size()}) {
+    OpenedIO file(open(inner, end));
+    ASSERT_TRUE(file.isRead) << end;
+    ASSERT_TRUE(file.io.FieldReadBegin("A"));
+    EXPECT_FALSE(file.io.FieldReadBlockBegin()) << end;
+    EXPECT_EQ(file.status.GetCode(), FbxStatus::eInvalidFile);
+    EXPECT_EQ(file.io.FieldReadI("C"), 3);
+  }
+}
+
+TEST(FbxIOHostile, DeepNesting) {
+  // Text: the levels that there are room for are read, more are refused at once.
+  const auto nested = [](size_t depth) {
+    std::string text;
+    for (size_t i = 0; i < depth; ++i) text += "A: 1 {\n";
+    return MakeAscii(text);
+  };
+  OpenedIO deep(nested(9000));
+  ASSERT_TRUE(deep.isRead);
+  size_t depth = 0;
+  while (deep.io.FieldReadBegin("A") && deep.io.FieldReadBlockBegin()) ++depth;
+  EXPECT_EQ(depth, 9000U);
+  EXPECT_FALSE(OpenedIO(nested(1000000)).isRead);
+
+  // Binary: each level is opened by itself.
+  constexpr size_t kLevels = 12000;
+  const std::string prefix = MakeFile({}, {.footer = false});
+  std::string bytes = prefix.substr(0, prefix.size() - 13);
+  const size_t end = bytes.size() + kLevels * 14;
+  for (size_t i = 0; i < kLevels; ++i) {
+    bytes += Word(static_cast<uint32_t>(end)) + std::string(8, '\0') + "\1A";
+  }
+  bytes += std::string(13 + 16, '\0');
+  OpenedIO binary(bytes);
+  ASSERT_TRUE(binary.isRead);
+  depth = 0;
+  while (binary.io.FieldReadBegin("A") && binary.io.FieldReadBlockBegin()) ++depth;
+  EXPECT_EQ(depth, FbxIO::kMaxDepth);
+  EXPECT_EQ(binary.status.GetCode(), FbxStatus::eInvalidFile);
+}
+
+TEST(FbxIOHostile, TextThatInvitesSquares) {
+  // Each of these takes seconds where a step looks at the rest of the text again.
+  std::string words;
+  for (int i = 0; i < 400000; ++i) words += "w ";
+  EXPECT_TRUE(OpenedIO(MakeAscii("A: " + words)).isRead);
+  std::string names;
+  for (int i = 0; i < 200000; ++i) names += std::to_string(i * 7919L % 200003) + ":\n";
+  OpenedIO many(MakeAscii(names));
+  EXPECT_EQ(many.io.FieldGetCount(), 200000);
+  EXPECT_TRUE(OpenedIO(MakeAscii("A: " + std::string(500000, '"'))).isRead);
+  EXPECT_TRUE(OpenedIO(MakeAscii("A: " + std::string(500000, '@'))).isRead);
+  std::string quotes;
+  for (int i = 0; i < 200000; ++i) quotes += "\"\n";
+  EXPECT_TRUE(OpenedIO(MakeAscii("A: " + quotes)).isRead);
+}
+
+}  // namespace

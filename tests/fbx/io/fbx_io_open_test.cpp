@@ -1,0 +1,231 @@
+// Which files open, and what their heads and tails say.
+#include <gtest/gtest.h>
+
+#include "tests/fbx/io/opened_io.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+std::string Replaced(std::string bytes, std::string_view find, std::string_view replace) {
+  const size_t at = bytes.find(find);
+  EXPECT_NE(at, std::string::npos);
+  return bytes.replace(at, find.size(), replace);
+}
+
+TEST(FbxIOOpen, BothMagicTextsReadAlike) {
+  const std::string bytes = MakeFile({{"A", {1}}});
+  EXPECT_EQ(OpenedIO(Replaced(bytes, "Kaydara FBX Binary  ", "Autodesk FBX Binary ")).isRead, true);
+  OpenedIO other(Replaced(bytes, "Kaydara", "Kaydora"));
+  EXPECT_FALSE(other.isOpen);
+  EXPECT_EQ(other.status.GetCode(), FbxStatus::eFailure);
+}
+
+TEST(FbxIOOpen, OffsetWidthMustFitTheVersion) {
+  const auto opens = [](FbxFormat format, FbxIO::BinaryType type) {
+    OpenedIO file(MakeFile({{"A", {1}}}, format), type);
+    // A mismatch is silent, so that the other width can be tried.
+    EXPECT_FALSE(file.status.Error());
+    return file.isRead;
+  };
+  EXPECT_TRUE(opens({.version = 7400}, FbxIO::eBinary32));
+  EXPECT_FALSE(opens({.version = 7400}, FbxIO::eBinary64));
+  EXPECT_TRUE(opens({.version = 7500}, FbxIO::eBinary64));
+  EXPECT_FALSE(opens({.version = 7500}, FbxIO::eBinary32));
+  EXPECT_TRUE(opens({.version = 7450}, FbxIO::eBinary32));
+  EXPECT_TRUE(opens({.version = 7450, .wideOffsets = true}, FbxIO::eBinary64));
+  EXPECT_FALSE(opens({.ascii = true, .version = 7500}, FbxIO::eBinary32));
+  EXPECT_FALSE(opens({.ascii = true, .version = 7400}, FbxIO::eBinary64));
+  // The wrong one of the two widths between is noticed at the first record.
+  EXPECT_FALSE(OpenedIO(MakeFile({}, {.version = 7450}), FbxIO::eBinary64).isOpen);
+}
+
+TEST(FbxIOOpen, NewerVersionsAreRefusedByName) {
+  OpenedIO file(MakeFile({}, {.version = 8123}), FbxIO::eBinary64);
+  EXPECT_FALSE(file.isOpen);
+  EXPECT_EQ(file.status.GetCode(), FbxStatus::eInvalidFileVersion);
+  EXPECT_STREQ(file.status.GetErrorString(),
+               "FBX file version 8.1.23 is not supported in this product");
+
+  FbxStatus status;
+  FbxIO io(FbxIO::eBinary32, status);
+  EXPECT_FALSE(io.ProjectOpen(std::string_view(MakeFile({}))));
+  EXPECT_EQ(status.GetCode(), FbxStatus::eInvalidFileVersion) << "version 7 wasn't asked for";
+}
+
+TEST(FbxIOOpen, HeaderBlockFillsTheInfo) {
+  const auto head = [](int headerVersion) {
+    return WriteFbx({{"FBXHeaderExtension",
+                      {},
+                      {{"FBXHeaderVersion", {headerVersion}},
+                       {"FBXVersion", {7300}},
+                       {"CurrentCameraResolution",
+                        {},
+                        {{"CameraName", {"Producer"}},
+                         {"CameraResolutionMode", {"Fixed"}},
+                         {"CameraResolutionW", {320.0}},
+                         {"CameraResolutionH", {200.0}}}},
+                       {"CreationTimeStamp", {}, {{"Version", {1000}}, {"Year", {2024}}}},
+                       {"Creator", {"builder"}},
+                       {"OtherFlags", {}, {{"FlagPLE", {1}}, {"FlagIOPlugin", {2}}}}}}},
+                    {.version = 7400, .footer = false});
+  };
+  OpenedIO file(head(1003));
+  EXPECT_TRUE(file.isRead) << "neither id nor time, and nothing behind the list";
+  // The block's version replaces the header's.
+  EXPECT_EQ(file.io.GetFileVersionNumber(), 7300);
+  EXPECT_EQ(file.info.fileVersion, 7300);
+  EXPECT_TRUE(file.info.defaultRenderResolution.isOK);
+  EXPECT_EQ(file.info.defaultRenderResolution.cameraName, "Producer");
+  EXPECT_EQ(file.info.defaultRenderResolution.height, 200.0);
+  EXPECT_TRUE(file.info.creationTimeStamp.isOK);
+  EXPECT_EQ(file.info.creationTimeStamp.year, 2024);
+  EXPECT_EQ(file.info.creator, "builder");
+  EXPECT_TRUE(file.info.ple);
+  EXPECT_FALSE(file.info.ioPlugin);
+
+  OpenedIO older(head(1001));
+  EXPECT_TRUE(older.info.defaultRenderResolution.isOK);
+  EXPECT_FALSE(older.info.creationTimeStamp.isOK);
+  EXPECT_TRUE(older.info.creator.IsEmpty());
+  EXPECT_FALSE(older.info.ple);
+}
+
+TEST(FbxIOOpen, EncryptedFilesAreRefused) {
+  const auto open = [](int type) {
+    return WriteFbx(
+        {{"FBXHeaderExtension", {}, {{"FBXVersion", {7400}}, {"EncryptionType", {type}}}}});
+  };
+  OpenedIO encrypted(open(1));
+  EXPECT_EQ(encrypted.status.GetCode(), FbxStatus::eInvalidFile);
+  OpenedIO unknown(open(2));
+  EXPECT_EQ(unknown.status.GetCode(), FbxStatus::eFailure);
+  EXPECT_STREQ(unknown.status.GetErrorString(), "Encryption type is not supported");
+}
+
+TEST(FbxIOOpen, IdAndTimeGoTogetherWithAFooter) {
+  const FbxRecord header("FBXHeaderExtension", {}, {{"FBXVersion", {7400}}});
+  const FbxRecord id("FileId", {FbxRaw{std::string(16, 'x')}});
+  const FbxRecord source("Source", {"a program"});
+  const FbxRecord time("CreationTime", {"2024-01-01 00:00:00:000"});
+  const auto reads = [&](FbxRecords records, bool footer) {
+    records.insert(records.begin(), header);
+    OpenedIO file(WriteFbx(records, {.footer = footer}));
+    EXPECT_TRUE(file.isOpen);
+    EXPECT_EQ(file.isRead, !file.status.Error());
+    return file.isRead;
+  };
+  EXPECT_TRUE(reads({id, time}, true));
+  EXPECT_TRUE(reads({source, time}, true));
+  EXPECT_FALSE(reads({id, time}, false));
+  EXPECT_FALSE(reads({id}, true));
+  EXPECT_FALSE(reads({time}, false));
+  EXPECT_FALSE(reads({FbxRecord("A", {1})}, true));
+  EXPECT_TRUE(reads({FbxRecord("A", {1})}, false));
+}
+
+TEST(FbxIOOpen, FileCutBehindItsLastRecordIsRead) {
+  std::string bytes = WriteFbx({{"FBXHeaderExtension", {}, {{"FBXVersion", {7400}}}}, {"A", {1}}},
+                               {.footer = false});
+  OpenedIO whole(bytes);
+  EXPECT_TRUE(whole.isRead);
+  EXPECT_EQ(whole.io.ProjectGetSectionCount(), 1);
+  OpenedIO cut(bytes.substr(0, bytes.size() - 13));
+  EXPECT_TRUE(cut.isRead) << "even without the null record";
+  EXPECT_EQ(cut.io.FieldReadI("A"), 1);
+}
+
+TEST(FbxIOOpen, FooterTellsTheSections) {
+  std::string bytes = MakeFile({{"A", {1}}});
+  const size_t tail = bytes.size() - 144;
+  bytes[tail + 4] = 0x10;  // of 7400 = 0x1CE8
+  OpenedIO one(bytes);
+  EXPECT_EQ(one.io.ProjectGetSectionCount(), 1);
+  EXPECT_EQ(one.io.ProjectGetSectionVersion(0), 0x1C10U);
+
+  // A second section behind the first: its list, a footer id, and a tail that tells the way back.
+  std::string extension = WriteFbxRecords(
+      {{"FileId", {FbxRaw{"y"}}}, {"CreationTime", {"now"}}, {"Extra", {5}}}, {}, bytes.size());
+  const size_t start = bytes.size();
+  bytes += extension + std::string(13, '\0') + std::string(16, 'i');
+  bytes.append(16 - bytes.size() % 16, '\0');
+  const size_t back = bytes.size() - start;
+  std::string code = bytes.substr(start - 16, 16);
+  bytes += static_cast<char>(back & 0xFF);
+  bytes += static_cast<char>(back >> 8);
+  bytes += std::string(126, '\0') + code;
+  OpenedIO two(bytes);
+  ASSERT_TRUE(two.isRead);
+  ASSERT_EQ(two.io.ProjectGetSectionCount(), 2);
+  EXPECT_EQ(two.io.ProjectGetSectionVersion(0), 0x1C10U);
+  EXPECT_EQ(two.io.ProjectGetSectionVersion(1), 4000U);
+  EXPECT_FALSE(two.io.ProjectOpenSection(1)) << "one is open";
+  two.io.ProjectCloseSection();
+  EXPECT_EQ(two.io.ProjectGetCurrentSection(), -1);
+  ASSERT_TRUE(two.io.ProjectOpenSection(1));
+  EXPECT_EQ(two.io.FieldReadI("Extra"), 5);
+  two.io.ProjectCloseSection();
+  ASSERT_TRUE(two.io.ProjectOpenMainSection());
+  EXPECT_EQ(two.io.FieldReadI("A"), 1);
+  two.io.ProjectCloseSection();
+  EXPECT_FALSE(two.io.ProjectOpenSection(2));
+  EXPECT_EQ(two.status.GetCode(), FbxStatus::eFailure);
+}
+
+TEST(FbxIOOpen, AsciiFirstLines) {
+  const auto version = [](const std::string& line) {
+    OpenedIO file(line + "\nA: 1\n");
+    return file.isOpen ? file.io.GetFileVersionNumber() : -1;
+  };
+  EXPECT_EQ(version("; FBX 7.4.0 project file"), 7400);
+  EXPECT_EQ(version("; FBX 6.1.0 Project FILE"), 6100);
+  EXPECT_EQ(version("; Other 5.2 project file"), 5200);
+  EXPECT_EQ(version("; Filmbox 2.7 project file"), 2001);
+  EXPECT_EQ(version("; Filmbox 4.5 project file"), 4050);
+  EXPECT_EQ(version("; Filmbox 3.5 project file"), 3500);
+  EXPECT_EQ(version("; FBX 7.4.0 object file"), -1);
+  EXPECT_EQ(version("# FBX 7.4.0 project file"), -1);
+  EXPECT_EQ(version("; FBX 7,4.0 project file"), -1);
+  EXPECT_EQ(version(""), -1);
+}
+
+TEST(FbxIOOpen, FilesOnDisk) {
+  TempDir folder;
+  FbxStatus status;
+  FbxIO io(FbxIO::eBinary32, status);
+  io.Fbx7Support(true);
+  const std::string absent = folder.File("absent.fbx");
+  EXPECT_FALSE(io.ProjectOpen(absent.c_str()));
+  EXPECT_EQ(status.GetErrorString(), "Unable to open file " + absent);
+  EXPECT_FALSE(io.ProjectOpen(folder.Path().c_str())) << "a folder";
+
+  const std::string empty = folder.Write("empty.fbx", "");
+  EXPECT_FALSE(io.ProjectOpen(empty.c_str()));
+  EXPECT_EQ(status.GetCode(), FbxStatus::eFailure);
+  EXPECT_EQ(status.GetErrorString(), "File is corrupted " + empty);
+
+  // Larger than the buffers, and read back and forth.
+  std::vector<double> vertices(300000);
+  for (size_t i = 0; i < vertices.size(); ++i) vertices[i] = static_cast<double>(i);
+  FbxRecords records;
+  for (int i = 0; i < 50; ++i) {
+    records.push_back({"Small", {i}, {{"Name", {"n" + std::to_string(i)}}}});
+    records.push_back({"Large", {i}, {{"Vertices", {vertices}}}});
+  }
+  const std::string path = folder.Write("large.fbx", MakeFile(std::move(records)));
+  ASSERT_TRUE(io.ProjectOpen(path.c_str(), true)) << status.GetErrorString();
+  EXPECT_FALSE(status.Error());
+  for (const int k : {49, 0, 20, 21, 3}) {
+    ASSERT_TRUE(io.FieldReadBegin("Small", k) && io.FieldReadBlockBegin());
+    EXPECT_EQ(io.FieldReadC("Name"), "n" + std::to_string(k));
+    io.FieldReadBlockEnd();
+    ASSERT_TRUE(io.FieldReadBegin("Large", k) && io.FieldReadBlockBegin());
+    std::vector<double> read;
+    EXPECT_TRUE(io.FieldReadArray("Vertices", read));
+    EXPECT_EQ(read, vertices);
+    io.FieldReadBlockEnd();
+  }
+  io.ProjectClose();
+  EXPECT_FALSE(io.FieldReadBegin("Small"));
+}
+
+}  // namespace

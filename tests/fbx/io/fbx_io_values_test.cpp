@@ -1,0 +1,245 @@
+// Every kind of value, through every form of file.
+#include <cmath>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/fbx/io/opened_io.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+struct Form {
+  const char* name;
+  FbxFormat format;
+};
+
+class EveryForm : public testing::TestWithParam<Form> {
+ protected:
+  const FbxFormat& Format() const { return GetParam().format; }
+  FbxIO::BinaryType Type() const {
+    return Format().version >= 7500 || Format().wideOffsets ? FbxIO::eBinary64 : FbxIO::eBinary32;
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    FbxIO, EveryForm,
+    testing::Values(Form{"Narrow", {}}, Form{"NarrowBig", {.bigEndian = true, .compress = true}},
+                    Form{"Wide", {.version = 7500, .compress = true}},
+                    Form{"WideBig", {.version = 7700, .bigEndian = true}},
+                    Form{"Between", {.version = 7450, .wideOffsets = true}},
+                    Form{"NoFooterNeeded", {.version = 7100, .compress = true}},
+                    Form{"Ascii", {.ascii = true}},
+                    Form{"AsciiWide", {.ascii = true, .version = 7500}}),
+    [](const auto& info) { return info.param.name; });
+
+TEST_P(EveryForm, GivesScalarsInOrder) {
+  OpenedIO file(
+      MakeFile(
+          {{"V",
+            {7, int64_t{-5'000'000'000}, 2.5, 0.1F, "text", int16_t{-3}, int8_t{-4}, 'T', true}}},
+          Format()),
+      Type());
+  ASSERT_TRUE(file.isRead) << file.status.GetErrorString();
+  EXPECT_EQ(file.io.GetFileVersionNumber(), Format().version);
+  ASSERT_TRUE(file.io.FieldReadBegin("V"));
+  EXPECT_EQ(file.io.FieldReadGetCount(), 9);
+  EXPECT_EQ(file.io.FieldReadI(), 7);
+  EXPECT_EQ(file.io.FieldReadLL(), -5'000'000'000);
+  EXPECT_EQ(file.io.FieldReadD(), 2.5);
+  EXPECT_EQ(file.io.FieldReadF(), 0.1F);
+  EXPECT_EQ(file.io.FieldReadC(), "text");
+  EXPECT_EQ(file.io.FieldReadShort(), -3);
+  EXPECT_EQ(file.io.FieldReadByte(), -4);
+  EXPECT_EQ(file.io.FieldReadCH(), 'T');
+  EXPECT_EQ(file.io.FieldReadGetRemain(), 1);
+  EXPECT_TRUE(file.io.FieldReadB());
+  // Past the last value everything is the default.
+  EXPECT_EQ(file.io.FieldReadI(), 0);
+  EXPECT_EQ(file.io.FieldReadC(), "");
+  EXPECT_EQ(file.io.FieldReadGetType(), 'S');
+  EXPECT_EQ(file.io.FieldReadGetRemain(), 0);
+}
+
+TEST_P(EveryForm, GivesArrays) {
+  std::vector<double> many(50000);
+  for (size_t i = 0; i < many.size(); ++i) many[i] = std::sqrt(static_cast<double>(i));
+  OpenedIO file(MakeFile({{"d", {many}},
+                          {"f", {std::vector<float>{1.5F, -0.1F}}},
+                          {"i", {std::vector<int32_t>{0, 1, -3}}},
+                          {"l", {std::vector<int64_t>{int64_t{1} << 40}}},
+                          {"b", {std::vector<bool>{true, false, true}}},
+                          {"c", {std::vector<uint8_t>{1, 200}}},
+                          {"h", {std::vector<int16_t>{-2, 300}}}},
+                         Format()),
+                Type());
+  ASSERT_TRUE(file.isRead) << file.status.GetErrorString();
+  std::vector<double> doubles;
+  EXPECT_TRUE(file.io.FieldReadArray("d", doubles));
+  EXPECT_EQ(doubles, many);
+  std::vector<float> floats;
+  EXPECT_TRUE(file.io.FieldReadArray("f", floats));
+  EXPECT_THAT(floats, ElementsAre(1.5F, -0.1F));
+  std::vector<int32_t> ints;
+  EXPECT_TRUE(file.io.FieldReadArray("i", ints));
+  EXPECT_THAT(ints, ElementsAre(0, 1, -3));
+  std::vector<uint32_t> unsignedInts;
+  EXPECT_TRUE(file.io.FieldReadArray("i", unsignedInts));
+  EXPECT_THAT(unsignedInts, ElementsAre(0U, 1U, 0xFFFFFFFDU));
+  std::vector<int64_t> longs;
+  EXPECT_TRUE(file.io.FieldReadArray("l", longs));
+  EXPECT_THAT(longs, ElementsAre(int64_t{1} << 40));
+  std::vector<bool> bools;
+  EXPECT_TRUE(file.io.FieldReadArray("b", bools));
+  EXPECT_THAT(bools, ElementsAre(true, false, true));
+  std::vector<uint8_t> bytes;
+  EXPECT_TRUE(file.io.FieldReadArray("c", bytes));
+  EXPECT_THAT(bytes, ElementsAre(1, 200));
+  std::vector<int16_t> shorts;
+  EXPECT_TRUE(file.io.FieldReadArray("h", shorts));
+  EXPECT_THAT(shorts, ElementsAre(-2, 300));
+
+  // The vector that an array doesn't come into is left empty.
+  EXPECT_FALSE(file.io.FieldReadArray("absent", doubles));
+  EXPECT_TRUE(doubles.empty());
+}
+
+TEST_P(EveryForm, GivesRawBytesAndLargeTexts) {
+  const std::string raw("\0\xFF\x10 raw", 7);
+  const std::string large = std::string(70000, 'a') + "z";
+  OpenedIO file(MakeFile({{"R", {FbxRaw{raw}}}, {"S", {large, "behind"}}}, Format()), Type());
+  ASSERT_TRUE(file.io.FieldReadBegin("R"));
+  EXPECT_EQ(file.io.FieldReadR(), raw);
+  ASSERT_TRUE(file.io.FieldReadBegin("S"));
+  EXPECT_EQ(file.io.FieldReadC(), large);
+  EXPECT_EQ(file.io.FieldReadC(), "behind");
+}
+
+TEST_P(EveryForm, WalksNestedListsAndReturns) {
+  OpenedIO file(MakeFile({{"Objects",
+                           {},
+                           {{"Model", {1}, {{"Version", {232}}}},
+                            {"Geometry", {2}},
+                            {"Model", {3}, {{"Version", {233}}}},
+                            {"Another", {4}}}},
+                          {"Last", {9}}},
+                         Format()),
+                Type());
+  FbxIO& io = file.io;
+  EXPECT_FALSE(io.FieldReadBegin("Model"));
+  ASSERT_TRUE(io.FieldReadBegin("Objects"));
+  EXPECT_TRUE(io.FieldReadIsBlock());
+  ASSERT_TRUE(io.FieldReadBlockBegin());
+  // Names are sorted; records of one name keep their order.
+  ASSERT_EQ(io.FieldGetCount(), 3);
+  EXPECT_EQ(io.FieldGetName(0), "Another");
+  EXPECT_EQ(io.FieldGetName(1), "Geometry");
+  EXPECT_EQ(io.FieldGetName(2), "Model");
+  EXPECT_EQ(io.FieldGetName(3), "");
+  ASSERT_EQ(io.FieldGetInstanceCount("Model"), 2);
+  ASSERT_TRUE(io.FieldReadBegin("Model"));
+  for (int32_t k = 0; k < 2; ++k) {
+    EXPECT_EQ(io.FieldReadI(), 1 + 2 * k);
+    ASSERT_TRUE(io.FieldReadBlockBegin());
+    EXPECT_EQ(io.FieldReadI("Version", 100), 232 + k);
+    EXPECT_EQ(io.FieldReadI("Absent", 100), 100);
+    io.FieldReadBlockEnd();
+    io.FieldReadEnd();
+  }
+  // Past the last record there is nothing to read.
+  EXPECT_EQ(io.FieldReadI(), 0);
+  EXPECT_FALSE(io.FieldReadBlockBegin());
+  ASSERT_TRUE(io.FieldReadBegin(2, 1));
+  EXPECT_EQ(io.FieldReadI(), 3);
+  EXPECT_FALSE(io.FieldReadBegin("Model", 2));
+  EXPECT_FALSE(io.FieldReadBegin("Geometry") && io.FieldReadBlockBegin());
+  io.FieldReadBlockEnd();
+  EXPECT_EQ(io.FieldReadI("Last"), 9);
+}
+
+TEST_P(EveryForm, FlushesTinyNumbers) {
+  // 2^-125 and 2^-1021 are the smallest that stay.
+  OpenedIO file(MakeFile({{"F", {1e-40F, 0x1p-125F, 0x1p-126F, -1.0F}},
+                          {"D", {0x1p-1022, 0x1p-1021, -0x1p-1022, 1e-300}}},
+                         Format()),
+                Type());
+  ASSERT_TRUE(file.io.FieldReadBegin("F"));
+  float floats[4];
+  file.io.FieldRead4F(floats);
+  EXPECT_THAT(floats, ElementsAre(0.0F, 0x1p-125F, 0.0F, -1.0F));
+  double doubles[4];
+  file.io.FieldRead4D("D", doubles, nullptr);
+  EXPECT_THAT(doubles, ElementsAre(0.0, 0x1p-1021, 0.0, 1e-300));
+}
+
+TEST_P(EveryForm, GivesVectorsOrTheirDefaults) {
+  OpenedIO file(MakeFile({{"V", {1.0, 2.0, 3.0}}}, Format()), Type());
+  const double one[3] = {1.0, 1.0, 1.0};
+  double out[3] = {};
+  file.io.FieldRead3D("V", out, one);
+  EXPECT_THAT(out, ElementsAre(1.0, 2.0, 3.0));
+  file.io.FieldRead3D("Absent", out, nullptr);
+  EXPECT_THAT(out, ElementsAre(1.0, 2.0, 3.0));
+  file.io.FieldRead3D("Absent", out, one);
+  EXPECT_THAT(out, ElementsAre(1.0, 1.0, 1.0));
+}
+
+TEST_P(EveryForm, GivesTimesAsTicks) {
+  OpenedIO file(MakeFile({{"T", {int64_t{5}, int64_t{46186158000}}}}, Format()), Type());
+  const FbxTimeSpan span = file.io.FieldReadTS("T");
+  EXPECT_EQ(span.start.Get(), 5);
+  EXPECT_EQ(span.stop.GetSecondDouble(), 1.0);
+}
+
+TEST(FbxIOValues, TimeOfABinaryFileMayBeSeconds) {
+  OpenedIO file(MakeFile({{"T", {2.0}}}));
+  EXPECT_EQ(file.io.FieldReadT("T").GetSecondDouble(), 2.0);
+}
+
+TEST(FbxIOValues, WrongTypesReadAsDefaults) {
+  OpenedIO file(MakeFile({{"V", {"text", 1, 2.0, 3, 4.5, 6.5F, std::vector<float>{1.0F}}}}));
+  ASSERT_TRUE(file.io.FieldReadBegin("V"));
+  EXPECT_EQ(file.io.FieldReadI(), 0);
+  EXPECT_EQ(file.io.FieldReadC(), "");
+  EXPECT_EQ(file.io.FieldReadLL(), 0);
+  EXPECT_EQ(file.io.FieldReadD(), 0.0);
+  // The two widths of real numbers convert.
+  EXPECT_EQ(file.io.FieldReadF(), 4.5F);
+  EXPECT_EQ(file.io.FieldReadD(), 6.5);
+  EXPECT_EQ(file.io.FieldReadGetType(), 'f');
+  std::vector<double> doubles;
+  EXPECT_FALSE(file.io.FieldReadArray(doubles));
+}
+
+TEST(FbxIOValues, ObjectNamesAreUnpacked) {
+  const auto read = [](const std::string& stored) {
+    OpenedIO file(MakeFile({{"N", {stored}}}));
+    const std::string first(file.io.FieldReadC("N"));
+    EXPECT_EQ(first, file.io.FieldReadC("N")) << "reading again changes nothing";
+    return first;
+  };
+  EXPECT_EQ(read(std::string("Cube\0\1Model", 11)), "Model::Cube");
+  EXPECT_EQ(read("Model::Cube"), "Model::Cube");
+  EXPECT_EQ(read(std::string("Cube\0\2Model", 11)), "Cube");
+  EXPECT_EQ(read(std::string("\0\1Model", 7)), "Model::");
+  EXPECT_EQ(read(std::string("Cube\0\1", 6)), "::Cube");
+  EXPECT_EQ(read(std::string("Cube\0", 5)), "Cube");
+  EXPECT_EQ(read(std::string("A\0\1B\0\1C", 7)), "B");
+  EXPECT_EQ(read(std::string(5000, 'n') + std::string("\0\1Model", 7)),
+            "Model::" + std::string(5000, 'n'));
+}
+
+TEST(FbxIOValues, NamesMayBeEmptyOrMany) {
+  FbxRecords records = {{"", {1}}, {"Zebra", {2}}};
+  for (int i = 999; i >= 0; --i) records.push_back({"Name" + std::to_string(i % 500), {i}});
+  OpenedIO file(MakeFile(std::move(records)));
+  EXPECT_EQ(file.io.FieldReadI(""), 1);
+  EXPECT_EQ(file.io.FieldReadI("Zebra"), 2);
+  EXPECT_EQ(file.io.FieldGetInstanceCount("Name77"), 2);
+  ASSERT_TRUE(file.io.FieldReadBegin("Name77", 1));
+  EXPECT_EQ(file.io.FieldReadI(), 77);
+  EXPECT_EQ(file.io.FieldGetCount(), 504);
+}
+
+}  // namespace
