@@ -123,25 +123,26 @@ std::string WithValues(uint32_t count, const std::string& valueBlock) {
   return bytes.replace(record + 14, valueBlock.size(), valueBlock);
 }
 
-std::string Word(uint32_t word) {
-  std::string bytes;
+// The four bytes of a number, behind `prefix`.
+std::string Word(uint32_t word, std::string_view prefix = {}) {
+  std::string bytes(prefix);
   for (int i = 0; i < 4; ++i) bytes += static_cast<char>(word >> 8 * i);
   return bytes;
 }
 
 TEST(FbxIOHostile, ValuesThatDontFit) {
-  const std::string one = "I" + Word(1);
+  const std::string one = Word(1, "I");
   EXPECT_TRUE(OpenedIO(WithValues(2, one + one)).isRead);
   for (const uint32_t count : {3U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
     OpenedIO file(WithValues(count, one + one));
     EXPECT_FALSE(file.isRead) << count;
     EXPECT_EQ(file.status.GetCode(), FbxStatus::eInvalidFile);
   }
-  EXPECT_FALSE(OpenedIO(WithValues(1, "?" + one)).isRead) << "no such type";
-  EXPECT_FALSE(OpenedIO(WithValues(2, "S" + Word(0xFFFFFFFF) + one)).isRead);
+  EXPECT_FALSE(OpenedIO(WithValues(1, Word(1, "?I"))).isRead) << "no such type";
+  EXPECT_FALSE(OpenedIO(WithValues(2, Word(0xFFFFFFFF, "S") + one)).isRead);
 
   // A string's length is cut to the block; a number that doesn't fit is 0.
-  OpenedIO text(WithValues(1, "S" + Word(0xFFFFFFFF) + "abc"));
+  OpenedIO text(WithValues(1, Word(0xFFFFFFFF, "S") + "abc"));
   EXPECT_EQ(text.io.FieldReadC("A"), "abc");
   OpenedIO number(WithValues(2, one + "D1234567"));
   ASSERT_TRUE(number.io.FieldReadBegin("A"));
@@ -152,7 +153,7 @@ TEST(FbxIOHostile, ValuesThatDontFit) {
 TEST(FbxIOHostile, ArraysThatLie) {
   const auto read = [](uint32_t count, uint32_t encoding, const std::string& data,
                        uint32_t stored) {
-    OpenedIO file(WithValues(1, "i" + Word(count) + Word(encoding) + Word(stored) + data));
+    OpenedIO file(WithValues(1, Word(count, "i") + Word(encoding) + Word(stored) + data));
     EXPECT_TRUE(file.isRead) << "an array that can't be read isn't an error";
     std::vector<int32_t> out;
     file.io.FieldReadArray("A", out);

@@ -32,7 +32,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Form{"NoFooterNeeded", {.version = 7100, .compress = true}},
                     Form{"Ascii", {.ascii = true}},
                     Form{"AsciiWide", {.ascii = true, .version = 7500}}),
-    [](const auto& info) { return info.param.name; });
+    [](const auto& form) { return form.param.name; });
 
 TEST_P(EveryForm, GivesScalarsInOrder) {
   OpenedIO file(
