@@ -5,7 +5,7 @@
 // loop, since a file decides how deep its tree is.
 //
 // A caller that changes a property between two evaluations of one time passes `forceEval`; one that
-// connects or destroys animation objects calls Reset.
+// connects animation objects calls Reset, which the scene does itself when one of its objects goes.
 #pragma once
 
 #include <array>

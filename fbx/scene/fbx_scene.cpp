@@ -3,6 +3,7 @@
 #include <unordered_set>
 
 #include "fbx/anim/fbx_anim_evaluator.h"
+#include "fbx/anim/fbx_anim_stack.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_node_attribute.h"
 
@@ -41,6 +42,13 @@ void FbxScene::Construct() {
   globalSettings_ = FbxGlobalSettings::Create(GetFbxManager(), "GlobalSettings");
   ConnectSrcObject(rootNode_);
   ConnectSrcObject(globalSettings_);
+}
+
+void FbxScene::ConnectNotify(FbxObject& source, bool connected) {
+  if (connected) return;
+  // What goes may be the animation that evaluations show.
+  if (&source == currentStack_) currentStack_ = nullptr;
+  evaluator_->Reset();
 }
 
 void FbxScene::SetCurrentAnimationStack(FbxAnimStack* stack) {

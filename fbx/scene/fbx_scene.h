@@ -56,6 +56,7 @@ class FbxScene : public FbxDocument {
   FbxScene();
   ~FbxScene() override;
   void Construct() override;
+  void ConnectNotify(FbxObject& source, bool connected) override;
 
  private:
   FbxNode* rootNode_ = nullptr;

@@ -193,6 +193,19 @@ TEST(Evaluator, ComputesOnceForATimeUnlessForced) {
   EXPECT_EQ(child->EvaluateGlobalTransform(Seconds(2)).GetT()[0], 3);
 }
 
+TEST(Evaluator, AnimationMayGo) {
+  AnimScene a;
+  FbxNode* node = a.Node("n");
+  FbxAnimLayer* layer = a.Stack();
+  a.Drive(layer, node->LclTranslation(), "X", {5, 5});
+  EXPECT_EQ(node->EvaluateLocalTranslation(Seconds(0))[0], 5);
+  node->LclTranslation().GetCurve(layer, "X")->Destroy();
+  EXPECT_EQ(node->EvaluateLocalTranslation(Seconds(0))[0], 0);
+  a.scene->GetCurrentAnimationStack()->Destroy();
+  EXPECT_EQ(a.scene->GetCurrentAnimationStack(), nullptr);
+  EXPECT_EQ(node->EvaluateLocalTranslation(Seconds(0))[0], 0);
+}
+
 TEST(Evaluator, WalksDeepTreesInALoop) {
   AnimScene a;
   FbxNode* node = nullptr;
