@@ -275,7 +275,9 @@ bool FbxProperty::ConnectSrcObject(FbxObject* source, bool repeat) {
   return source != nullptr && Connect(source->RootProperty(), repeat);
 }
 
-bool FbxProperty::ConnectSrcProperty(const FbxProperty& source) { return Connect(source, false); }
+bool FbxProperty::ConnectSrcProperty(const FbxProperty& source, bool repeat) {
+  return Connect(source, repeat);
+}
 
 bool FbxProperty::DisconnectSrcObject(FbxObject* source) {
   if (!IsConnectedSrcObject(source)) return false;

@@ -50,6 +50,8 @@ class FbxProperty {
   bool IsValid() const { return object_ != nullptr; }
   bool IsRoot() const { return IsValid() && index_ == kRoot; }
   FbxObject* GetFbxObject() const { return object_; }
+  // The property's number on its object, which with the object makes its identity.
+  int GetIndex() const { return index_; }
   friend bool operator==(const FbxProperty& a, const FbxProperty& b) = default;
   bool Is(const FbxProperty& other) const { return *this == other; }
 
@@ -116,7 +118,7 @@ class FbxProperty {
   // Connections. Each is made once, unless `repeat` is set; the lists keep their order. False for
   // an invalid end, or a connection that is there already.
   bool ConnectSrcObject(FbxObject* source, bool repeat = false);
-  bool ConnectSrcProperty(const FbxProperty& source);
+  bool ConnectSrcProperty(const FbxProperty& source, bool repeat = false);
   // Takes every connection of the pair away; false if there is none.
   bool DisconnectSrcObject(FbxObject* source);
   bool IsConnectedSrcObject(const FbxObject* source) const;

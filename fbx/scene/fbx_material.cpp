@@ -70,6 +70,7 @@ void DeclareTexture(FbxPropertyPage& page) {
 void DeclareFileTexture(FbxPropertyPage& page) {
   page.Declare("UseMaterial", FbxBoolDT);
   page.Declare("UseMipMap", FbxBoolDT);
+  page.Declare("AlphaSource", FbxStringDT);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@ namespace {
 void DeclareSkeleton(FbxPropertyPage& page) {
   page.Declare("Size", FbxDoubleDT, 100.0);
   page.Declare("LimbLength", FbxDoubleDT, 1.0);
+  page.Declare("Color", FbxColor3DT, FbxDouble3{0.8, 0.8, 0.8});
 }
 
 void DeclareNull(FbxPropertyPage& page) { page.Declare("Size", FbxDoubleDT, 100.0); }

@@ -1,0 +1,95 @@
+#include "fbx/reader/read_animation.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "fbx/anim/fbx_anim_curve.h"
+#include "fbx/io/fbx_io.h"
+#include "fbx/scene/fbx_scene.h"
+
+namespace {
+
+// Version of a curve's record in which text files hold attribute data as numbers; in all others
+// they hold the bit patterns.
+constexpr int32_t kVersionWithFloatText = 4007;
+
+std::vector<float> ReadValues(FbxIO& io) {
+  std::vector<float> values;
+  if (io.FieldReadArray("KeyValueFloat", values)) return values;
+  std::vector<double> doubles;
+  io.FieldReadArray("KeyValueDouble", doubles);
+  values.reserve(doubles.size());
+  for (const double value : doubles) values.push_back(static_cast<float>(value));
+  return values;
+}
+
+// The four words of each attribute, as bit patterns.
+std::vector<uint32_t> ReadAttributeData(FbxIO& io) {
+  std::vector<uint32_t> words;
+  if (!io.IsBinary() && io.FieldReadI("KeyVer") != kVersionWithFloatText) {
+    io.FieldReadArray("KeyAttrDataFloat", words);
+    return words;
+  }
+  std::vector<float> floats;
+  io.FieldReadArray("KeyAttrDataFloat", floats);
+  words.reserve(floats.size());
+  for (const float value : floats) words.push_back(std::bit_cast<uint32_t>(value));
+  return words;
+}
+
+void ReadAttributes(FbxIO& io, KFCurve& curve) {
+  std::vector<uint32_t> flags;
+  io.FieldReadArray("KeyAttrFlags", flags);
+  const std::vector<uint32_t> words = ReadAttributeData(io);
+  std::vector<KFCurveKeyAttr> attributes(flags.size());
+  for (size_t i = 0; i < flags.size(); ++i) {
+    attributes[i].flags = flags[i];
+    for (size_t k = 0; k < attributes[i].words.size() && i * 4 + k < words.size(); ++k) {
+      attributes[i].words[k] = words[i * 4 + k];
+    }
+  }
+  std::vector<uint32_t> counts;
+  io.FieldReadArray("KeyAttrRefCount", counts);
+  curve.SetAttributes(std::move(attributes), counts);
+}
+
+KFCurve::Extrapolation ReadExtrapolation(FbxIO& io, const char* field) {
+  KFCurve::Extrapolation extrapolation;
+  if (io.FieldReadBegin(field) && io.FieldReadBlockBegin()) {
+    extrapolation.mode = KFCurve::ExtrapolationOfLetter(io.FieldReadCH("Type"));
+    extrapolation.count = io.FieldReadI("Repetition", -1);
+    io.FieldReadBlockEnd();
+  }
+  return extrapolation;
+}
+
+}  // namespace
+
+void ReadCurve(FbxIO& io, FbxAnimCurve& curve) {
+  curve.curve.SetDefaultValue(static_cast<float>(io.FieldReadD("Default")));
+  std::vector<int64_t> times;
+  io.FieldReadArray("KeyTime", times);
+  curve.curve.SetKeys(std::move(times), ReadValues(io));
+  ReadAttributes(io, curve.curve);
+  curve.curve.SetPreExtrapolation(ReadExtrapolation(io, "Pre-Extrapolation"));
+  curve.curve.SetPostExtrapolation(ReadExtrapolation(io, "Post-Extrapolation"));
+}
+
+void ReadTakes(FbxIO& io, FbxDocument& document) {
+  if (!io.FieldReadBegin("Takes") || !io.FieldReadBlockBegin()) return;
+  const int32_t count = io.FieldGetInstanceCount("Take");
+  for (int32_t i = 0; i < count; ++i) {
+    io.FieldReadBegin("Take", i);
+    FbxTakeInfo info;
+    info.name = io.FieldReadC();
+    if (!io.FieldReadBlockBegin()) continue;
+    info.localTime = io.FieldReadTS("LocalTime");
+    info.referenceTime = io.FieldReadTS("ReferenceTime");
+    io.FieldReadBlockEnd();
+    document.SetTakeInfo(info);
+  }
+  io.FieldReadBlockEnd();
+}

@@ -1,0 +1,116 @@
+#include "fbx/reader/read_connections.h"
+
+#include <functional>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+#include "fbx/io/fbx_io.h"
+#include "fbx/reader/connection_filter.h"
+#include "fbx/scene/fbx_material.h"
+#include "fbx/scene/fbx_node.h"
+#include "fbx/scene/fbx_scene.h"
+
+namespace {
+
+class ConnectionReader {
+ public:
+  ConnectionReader(FbxIO& io, const FbxObjectsById& objects, FbxDocument& document,
+                   FbxNode* rootNode)
+      : io_(io), objects_(objects), document_(document), rootNode_(rootNode) {}
+
+  // The ends of the current `C` record; an end is invalid if it isn't there.
+  FbxConnection Read() {
+    const std::string_view tag = io_.FieldReadC();
+    FbxConnection connection;
+    if (tag == "OO" || tag == "OD") {
+      connection.source = ReadObject();
+      connection.destination = ReadObject();
+    } else if (tag == "OP") {
+      connection.source = ReadObject();
+      connection.destination = ReadProperty();
+    } else if (tag == "PO") {
+      connection.source = ReadProperty();
+      connection.destination = ReadObject();
+    } else if (tag == "PP") {
+      connection.source = ReadProperty();
+      connection.destination = ReadProperty();
+    } else if (tag == "EP") {
+      connection.source = document_.RootProperty();
+      connection.destination = ReadProperty();
+    }
+    return connection;
+  }
+
+ private:
+  FbxProperty ReadObject() {
+    const int64_t id = io_.FieldReadLL();
+    if (id == 0) return rootNode_ == nullptr ? FbxProperty() : rootNode_->RootProperty();
+    const auto found = objects_.find(id);
+    return found == objects_.end() ? FbxProperty() : found->second->RootProperty();
+  }
+
+  FbxProperty ReadProperty() {
+    const FbxProperty root = ReadObject();
+    return root.FindHierarchical(io_.FieldReadC());
+  }
+
+  FbxIO& io_;
+  const FbxObjectsById& objects_;
+  FbxDocument& document_;
+  FbxNode* rootNode_;
+};
+
+struct ConnectionHash {
+  size_t operator()(const FbxConnection& c) const {
+    const auto end = [](const FbxProperty& p) {
+      return std::hash<const FbxObject*>()(p.GetFbxObject()) * 31 +
+             static_cast<size_t>(static_cast<unsigned>(p.GetIndex()));
+    };
+    return end(c.source) * 0x9E3779B97F4A7C15ULL + end(c.destination);
+  }
+};
+
+struct SameConnection {
+  bool operator()(const FbxConnection& a, const FbxConnection& b) const {
+    return a.source == b.source && a.destination == b.destination;
+  }
+};
+
+// A material that a node uses twice, and a texture that is layered twice, count twice.
+bool MayRepeat(const FbxConnection& c) {
+  if (!c.source.IsRoot() || !c.destination.IsRoot()) return false;
+  const FbxObject& source = *c.source.GetFbxObject();
+  const FbxObject& destination = *c.destination.GetFbxObject();
+  return (destination.Is<FbxLayeredTexture>() && source.Is<FbxTexture>()) ||
+         (destination.Is<FbxNode>() && source.Is<FbxSurfaceMaterial>());
+}
+
+}  // namespace
+
+void ReadConnections(FbxIO& io, const FbxObjectsById& objects, FbxDocument& document,
+                     FbxNode* rootNode) {
+  if (!io.FieldReadBegin("Connections") || !io.FieldReadBlockBegin()) return;
+  const int32_t count = io.FieldGetInstanceCount("C");
+  ConnectionReader reader(io, objects, document, rootNode);
+  std::vector<FbxConnection> connections;
+  connections.reserve(static_cast<size_t>(count));
+  for (int32_t i = 0; i < count; ++i) {
+    io.FieldReadBegin("C", i);
+    const FbxConnection connection = reader.Read();
+    if (connection.source.IsValid() && connection.destination.IsValid()) {
+      connections.push_back(connection);
+    }
+  }
+  io.FieldReadBlockEnd();
+
+  FilterConnections(connections, rootNode);
+  // Kept here, since looking through the ends of an object that has very many costs their number.
+  std::unordered_set<FbxConnection, ConnectionHash, SameConnection> made;
+  for (FbxConnection& connection : connections) {
+    const bool isNew = made.insert(connection).second;
+    if (isNew || MayRepeat(connection)) {
+      connection.destination.ConnectSrcProperty(connection.source, true);
+    }
+  }
+}

@@ -1,0 +1,154 @@
+#include "fbx/reader/read_mesh.h"
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "fbx/io/fbx_io.h"
+#include "fbx/reader/read_properties.h"
+#include "fbx/reader/read_vectors.h"
+#include "fbx/scene/fbx_mesh.h"
+
+namespace {
+
+// Version of a layer element's record from which on it has a name, and normals a fourth component.
+constexpr int32_t kVersionWithName = 101;
+constexpr int32_t kVersionWithNormalsW = 102;
+
+void ReadData(FbxIO& io, FbxLayerElementNormal& element, int32_t version) {
+  element.direct = ReadVectors(io, "Normals", 1.0);
+  if (version < kVersionWithNormalsW) return;
+  std::vector<double> w;
+  io.FieldReadArray("NormalsW", w);
+  const size_t count = std::min(w.size(), element.direct.size());
+  for (size_t i = 0; i < count; ++i) element.direct[i][3] = w[i];
+}
+
+void ReadData(FbxIO& io, FbxLayerElementUV& element, int32_t /*version*/) {
+  std::vector<double> values;
+  io.FieldReadArray("UV", values);
+  element.direct.reserve(values.size() / 2);
+  for (size_t i = 0; i + 1 < values.size(); i += 2) {
+    element.direct.emplace_back(values[i], values[i + 1]);
+  }
+}
+
+void ReadData(FbxIO& io, FbxLayerElementVertexColor& element, int32_t /*version*/) {
+  std::vector<double> values;
+  io.FieldReadArray("Colors", values);
+  element.direct.reserve(values.size() / 4);
+  for (size_t i = 0; i + 3 < values.size(); i += 4) {
+    element.direct.push_back({values[i], values[i + 1], values[i + 2], values[i + 3]});
+  }
+}
+
+void ReadData(FbxIO& io, FbxLayerElementMaterial& element, int32_t /*version*/) {
+  io.FieldReadArray("Materials", element.index);
+}
+
+// Reads the layer elements that layers name, each once.
+class LayerElementReader {
+ public:
+  explicit LayerElementReader(FbxIO& io) : io_(io) {}
+
+  // Puts the element that stands `number`-th among the records of the field into the layer. A field
+  // that no exporter looks at, or a number without a record, leaves the layer as it is.
+  void Set(FbxLayer& layer, const std::string& field, int32_t number) {
+    if (field == "LayerElementNormal") {
+      Get(normals_, field, number, "NormalsIndex", layer.normals);
+    } else if (field == "LayerElementColor") {
+      Get(colors_, field, number, "ColorIndex", layer.vertexColors);
+    } else if (field == "LayerElementMaterial") {
+      Get(materials_, field, number, nullptr, layer.materials);
+    } else {
+      const auto channel = std::find(kUVElementNames.begin(), kUVElementNames.end(), field);
+      if (channel == kUVElementNames.end()) return;
+      const auto index = static_cast<size_t>(channel - kUVElementNames.begin());
+      Get(uvs_[index], field, number, "UVIndex", layer.uvs[index]);
+    }
+  }
+
+ private:
+  template <typename Element>
+  using Elements = std::map<int32_t, std::shared_ptr<Element>>;
+
+  template <typename Element>
+  void Get(Elements<Element>& elements, const std::string& field, int32_t number,
+           const char* indexField, std::shared_ptr<Element>& out) {
+    std::shared_ptr<Element>& element = elements[number];
+    if (element == nullptr) {
+      if (!io_.FieldReadBegin(field, number)) return;
+      element = std::make_shared<Element>();
+      if (io_.FieldReadBlockBegin()) {
+        Read(*element, indexField);
+        io_.FieldReadBlockEnd();
+      }
+    }
+    out = element;
+  }
+
+  template <typename Element>
+  void Read(Element& element, const char* indexField) {
+    const int32_t version = io_.FieldReadI("Version", 0);
+    if (version >= kVersionWithName) element.name = StripPrefix(io_.FieldReadC("Name"));
+    element.mappingMode = MappingModeFromName(io_.FieldReadC("MappingInformationType"));
+    element.referenceMode = ReferenceModeFromName(io_.FieldReadC("ReferenceInformationType"));
+    ReadData(io_, element, version);
+    if (indexField != nullptr && element.referenceMode != FbxLayerElement::eDirect) {
+      io_.FieldReadArray(indexField, element.index);
+    }
+  }
+
+  FbxIO& io_;
+  Elements<FbxLayerElementNormal> normals_;
+  Elements<FbxLayerElementVertexColor> colors_;
+  Elements<FbxLayerElementMaterial> materials_;
+  std::array<Elements<FbxLayerElementUV>, FbxLayer::kUVChannels> uvs_;
+};
+
+// What a layer says: the fields of its elements and their numbers.
+using LayerEntries = std::vector<std::pair<std::string, int32_t>>;
+
+// The layers of the mesh by their numbers.
+std::map<int32_t, LayerEntries> ReadLayerEntries(FbxIO& io) {
+  std::map<int32_t, LayerEntries> layers;
+  const int32_t count = io.FieldGetInstanceCount("Layer");
+  for (int32_t i = 0; i < count; ++i) {
+    io.FieldReadBegin("Layer", i);
+    const int32_t number = io.FieldReadI();
+    if (number < 0 || !io.FieldReadBlockBegin()) continue;
+    LayerEntries& entries = layers[number];
+    const int32_t elements = io.FieldGetInstanceCount("LayerElement");
+    for (int32_t k = 0; k < elements; ++k) {
+      io.FieldReadBegin("LayerElement", k);
+      if (!io.FieldReadBlockBegin()) continue;
+      std::string type(io.FieldReadC("Type"));
+      entries.emplace_back(std::move(type), io.FieldReadI("TypedIndex"));
+      io.FieldReadBlockEnd();
+    }
+    io.FieldReadBlockEnd();
+  }
+  return layers;
+}
+
+// Layers stand in the order of their numbers; gaps aren't filled, as a number may be anything.
+void ReadLayerElements(FbxIO& io, FbxMesh& mesh) {
+  LayerElementReader reader(io);
+  for (const auto& [number, entries] : ReadLayerEntries(io)) {
+    FbxLayer& layer = *mesh.GetLayer(mesh.CreateLayer());
+    for (const auto& [field, index] : entries) reader.Set(layer, field, index);
+  }
+}
+
+}  // namespace
+
+void ReadMesh(FbxIO& io, FbxMesh& mesh) {
+  ReadProperties(io, mesh);
+  mesh.SetControlPoints(ReadVectors(io, "Vertices", 0.0));
+  std::vector<int> polygons;
+  io.FieldReadArray("PolygonVertexIndex", polygons);
+  mesh.SetPolygonsFromFile(std::move(polygons));
+  ReadLayerElements(io, mesh);
+}

@@ -1,0 +1,184 @@
+#include "fbx/reader/read_properties.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "fbx/core/fbx_object.h"
+#include "fbx/io/fbx_io.h"
+
+namespace {
+
+constexpr uint32_t kLetterFlags = FbxPropertyFlags::eAnimatable | FbxPropertyFlags::eAnimated |
+                                  FbxPropertyFlags::eUserDefined | FbxPropertyFlags::eHidden |
+                                  FbxPropertyFlags::eLockedAll | FbxPropertyFlags::eMutedAll;
+
+// The four member bits behind `letter`: a digit, or all of them. 0 without the letter.
+uint32_t MemberBits(std::string_view letters, char letter) {
+  const size_t at = letters.find(letter);
+  if (at == std::string_view::npos) return 0;
+  const char digit = at + 1 < letters.size() ? letters[at + 1] : '\0';
+  if (digit >= '1' && digit <= '9') return static_cast<uint32_t>(digit - '0');
+  if (digit >= 'a' && digit <= 'e') return static_cast<uint32_t>(digit - 'a' + 10);
+  return 15;
+}
+
+uint32_t FlagsFromLetters(std::string_view letters) {
+  const auto flag = [letters](char letter, uint32_t bit) {
+    return letters.find(letter) == std::string_view::npos ? 0 : bit;
+  };
+  return flag('A', FbxPropertyFlags::eAnimatable) | flag('+', FbxPropertyFlags::eAnimated) |
+         flag('U', FbxPropertyFlags::eUserDefined) | flag('H', FbxPropertyFlags::eHidden) |
+         MemberBits(letters, 'L') << 7 | MemberBits(letters, 'M') << 11;
+}
+
+FbxDataType ResolveType(std::string_view type, std::string_view subType) {
+  const FbxDataType resolved = subType.empty() ? FbxDataType() : GetDataTypeFromName(subType);
+  return resolved.IsValid() ? resolved : GetDataTypeFromName(type);
+}
+
+FbxProperty FindOrCreate(FbxObject& object, const std::string& name, FbxDataType type) {
+  const FbxProperty root = object.RootProperty();
+  FbxProperty property = root.FindHierarchical(name);
+  if (property.IsValid()) return property;
+  const size_t last = name.rfind(*FbxProperty::sHierarchicalSeparator);
+  if (last == std::string::npos) {
+    property = FbxProperty::Create(&object, type, name);
+  } else {
+    const FbxProperty parent = root.FindHierarchical(std::string_view(name).substr(0, last));
+    if (!parent.IsValid()) return {};
+    property = FbxProperty::Create(parent, type, std::string_view(name).substr(last + 1));
+  }
+  property.ModifyFlag(FbxPropertyFlags::eImported, true);
+  return property;
+}
+
+template <typename Vector>
+Vector ReadVector(FbxIO& io) {
+  Vector vector{};
+  io.FieldReadDn(vector.data(), static_cast<int>(vector.size()));
+  return vector;
+}
+
+std::string ReadBlob(FbxIO& io) {
+  const int32_t size = io.FieldReadI();
+  std::string bytes;
+  while (io.FieldReadGetRemain() > 0 && static_cast<int64_t>(bytes.size()) < size) {
+    bytes += io.FieldReadR();
+  }
+  return bytes;
+}
+
+FbxDistance ReadDistance(FbxIO& io) {
+  FbxDistance distance;
+  distance.value = io.FieldReadF();
+  distance.unit = io.FieldReadC();
+  return distance;
+}
+
+FbxPropertyValue ReadValue(FbxIO& io, EFbxType type) {
+  switch (type) {
+    case eFbxChar:
+      return int64_t{io.FieldReadByte()};
+    case eFbxUChar:
+      return uint64_t{io.FieldReadUByte()};
+    case eFbxShort:
+      return int64_t{io.FieldReadShort()};
+    case eFbxUShort:
+      return uint64_t{io.FieldReadUShort()};
+    case eFbxUInt:
+      return uint64_t{io.FieldReadUI()};
+    case eFbxLongLong:
+      return io.FieldReadLL();
+    case eFbxULongLong:
+      return io.FieldReadULL();
+    case eFbxHalfFloat:
+    case eFbxFloat:
+      return static_cast<double>(io.FieldReadF());
+    case eFbxBool:
+      return int64_t{io.FieldReadI() != 0 ? 1 : 0};
+    case eFbxInt:
+    case eFbxEnum:
+      return int64_t{io.FieldReadI()};
+    case eFbxDouble:
+      return io.FieldReadD();
+    case eFbxDouble2:
+      return ReadVector<FbxDouble2>(io);
+    case eFbxDouble3:
+      return ReadVector<FbxDouble3>(io);
+    case eFbxDouble4:
+      return ReadVector<FbxDouble4>(io);
+    case eFbxDouble4x4:
+      return std::make_shared<const FbxDouble4x4>(ReadVector<FbxDouble4x4>(io));
+    case eFbxString:
+    case eFbxDateTime:
+      return std::string(io.FieldReadC());
+    case eFbxTime:
+      return io.FieldReadT();
+    case eFbxBlob:
+      return ReadBlob(io);
+    case eFbxDistance:
+      return std::make_shared<const FbxDistance>(ReadDistance(io));
+    case eFbxUndefined:
+    case eFbxReference:
+      break;
+  }
+  return {};
+}
+
+// The limits of a user's number, or the items of a user's enum, which stand behind the value.
+void ReadExtras(FbxIO& io, FbxProperty& property, EFbxType type) {
+  if (io.FieldReadGetRemain() <= 0) return;
+  if (type == eFbxEnum) {
+    const std::string items(io.FieldReadC());
+    for (size_t start = 0; start < items.size();) {
+      const size_t end = std::min(items.find('~', start), items.size());
+      property.AddEnumValue(std::string_view(items).substr(start, end - start));
+      start = end + 1;
+    }
+    return;
+  }
+  double limit = 0.0;
+  const auto read = [&] { return ConvertPropertyValue(ReadValue(io, type), &limit, eFbxDouble); };
+  const bool isScalar = (type >= eFbxChar && type <= eFbxDouble) || type == eFbxTime;
+  if (!isScalar) return;
+  if (read()) property.SetMinLimit(limit);
+  if (io.FieldReadGetRemain() > 0 && read()) property.SetMaxLimit(limit);
+}
+
+void ReadProperty(FbxIO& io, FbxObject& object) {
+  // Copies: a view of a long text is good only until the record's next one.
+  const std::string name(io.FieldReadC());
+  const std::string typeName(io.FieldReadC());
+  const std::string subTypeName(io.FieldReadC());
+  const std::string letters(io.FieldReadC());
+
+  const FbxDataType type = ResolveType(typeName, subTypeName);
+  if (!type.IsValid()) return;
+  FbxProperty property = FindOrCreate(object, name, type);
+  if (!property.IsValid()) return;
+
+  const uint32_t flags = FlagsFromLetters(letters);
+  const uint32_t changed = (property.GetFlags() ^ flags) & kLetterFlags;
+  if (changed != 0) property.ModifyFlags(changed, flags);
+
+  if (!type.HasValue()) return;
+  const FbxPropertyValue value = ReadValue(io, type.GetType());
+  property.SetValue(CoercePropertyValue(value, property.GetPropertyDataType().GetType()));
+  if ((flags & FbxPropertyFlags::eUserDefined) != 0) ReadExtras(io, property, type.GetType());
+}
+
+}  // namespace
+
+void ReadProperties(FbxIO& io, FbxObject& object) {
+  if (!io.FieldReadBegin("Properties70")) return;
+  if (io.FieldReadBlockBegin()) {
+    const int32_t count = io.FieldGetInstanceCount("P");
+    for (int32_t i = 0; i < count; ++i) {
+      if (io.FieldReadBegin("P", i)) ReadProperty(io, object);
+    }
+    io.FieldReadBlockEnd();
+  }
+  io.FieldReadEnd();
+}

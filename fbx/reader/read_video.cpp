@@ -1,0 +1,44 @@
+#include "fbx/reader/read_video.h"
+
+#include <utility>
+
+#include "fbx/io/fbx_io.h"
+#include "fbx/reader/media_folder.h"
+#include "fbx/reader/read_properties.h"
+#include "fbx/scene/fbx_material.h"
+
+namespace {
+
+// The pieces of the embedded file one after the other: text files hold it in several values.
+void ExtractContent(FbxIO& io, FbxVideo& video, const FbxMediaFolder& media) {
+  if (!io.FieldReadBegin("Content")) return;
+  const auto next = [&io]() -> std::string_view {
+    while (io.FieldReadGetRemain() > 0) {
+      const std::string_view bytes = io.FieldReadR();
+      if (!bytes.empty()) return bytes;
+    }
+    return {};
+  };
+  std::string_view first = next();
+  if (first.empty()) return;
+  std::string_view name = video.GetFileName();
+  if (PlainFileName(name).empty()) name = video.GetRelativeFileName();
+  const FbxMediaFolder::Written written = media.Write(
+      name, [&] { return first.empty() ? next() : std::exchange(first, std::string_view()); });
+  if (written.absolute.empty()) return;
+  video.SetFileName(written.absolute);
+  video.SetRelativeFileName(written.relative);
+}
+
+}  // namespace
+
+void ReadVideo(FbxIO& io, FbxVideo& video, const FbxMediaFolder& media) {
+  ReadProperties(io, video);
+  video.useMipMap = io.FieldReadI("UseMipMap") != 0;
+  video.SetFileName(io.FieldReadC("Filename"));
+  video.SetRelativeFileName(io.FieldReadC("RelativeFilename"));
+  if (!media.IsEnabled()) return;
+  ExtractContent(io, video, media);
+  const std::string found = media.Find(video.GetFileName(), video.GetRelativeFileName());
+  if (!found.empty()) video.SetFileName(found);
+}
