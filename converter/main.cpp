@@ -11,6 +11,7 @@
 #include "converter/driver/help.h"
 #include "converter/driver/log.h"
 #include "converter/driver/records.h"
+#include "converter/scene/fbx_wrapper.h"
 
 namespace {
 
@@ -47,6 +48,10 @@ int main(int argc, char** argv) {
   ProtectStandardStreams();
   try {
     return Run(argc, argv);
+  } catch (const FbxInitException&) {
+    return EndAbnormally("a scene can't be opened; the last line of the output says why");
+  } catch (const FbxImportException&) {
+    return EndAbnormally("a scene can't be read; the last line of the output says why");
   } catch (const std::exception& exception) {
     return EndAbnormally(exception.what());
   }

@@ -1,10 +1,42 @@
 #include "converter/driver/command_set.h"
 
 #include <cstdio>
+#include <exception>
 
 #include "converter/driver/cal3d_to_text.h"
+#include "converter/driver/export_commands.h"
 #include "converter/driver/help.h"
+#include "converter/driver/list_commands.h"
 #include "converter/driver/log.h"
+#include "converter/driver/records.h"
+#include "converter/scene/fbx_wrapper.h"
+
+namespace {
+
+// Whether a listing shows the type.
+bool Lists(const ConversionArguments& args, ObjectType type) {
+  return args.type == LIST_ALL_OBJECT || (args.type & type) != 0;
+}
+
+void List(FbxWrapper* wrapper, const ConversionArguments& args) {
+  if (Lists(args, NODE_OBJECT)) ListNodes(wrapper, args);
+}
+
+// The steps run in a fixed order that callers know from the records. Returns the exit status.
+int Export(ConversionArguments& args) {
+  if ((args.type & NODE_OBJECT) != 0) ExportSkeletons(args);
+  return 0;
+}
+
+// A command that needs a scene; it is loaded whatever the mode is.
+int RunOnScene(ConversionArguments& args) {
+  FbxWrapper* const wrapper = FbxWrapper::getInstance(args);
+  if (args.mode == EXPORT_MODE) return Export(args);
+  if (args.mode == LIST_MODE) List(wrapper, args);
+  return 0;
+}
+
+}  // namespace
 
 int processCommandSet(ConversionArguments args) {
   LOG_INFO("processCommandSet: " + args.toString());
@@ -15,5 +47,12 @@ int processCommandSet(ConversionArguments args) {
   }
   if (args.verbosity != 0) std::fputs(args.toString().c_str(), stdout);
   if (args.mode == CAL3D_2_TEXT_MODE) return Cal3d2Text(args) ? 1 : 0;
-  return 0;
+  try {
+    return RunOnScene(args);
+  } catch (const std::exception& exception) {
+    AddError(std::string("exception occurred: [") + exception.what() + "]\n");
+    LOG_INFO("processCommandSet: " + args.toString());
+    AddError(args.toString());
+    return 0;
+  }
 }

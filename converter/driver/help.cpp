@@ -5,7 +5,7 @@
 
 #include "converter/driver/usage.h"
 #include "converter/driver/usage_screen.h"
-#include "fbx/core/fbx_manager.h"
+#include "converter/scene/fbx_wrapper.h"
 
 namespace {
 
@@ -48,13 +48,11 @@ void Print(const std::string& text) { std::fputs(text.c_str(), stdout); }
 
 }  // namespace
 
-std::string VersionText() {
-  return std::string(kVersion) + " FBX lib version " + FbxManager::GetVersion();
-}
+std::string VersionText() { return std::string(kVersion) + " FBX lib version " + GetFBXVersion(); }
 
 void PrintVersions() {
   Print(std::string("veltrum version ") + kVersion + "\n");
-  Print(std::string("\nFBX lib version ") + FbxManager::GetVersion() + "\n");
+  Print(std::string("\nFBX lib version ") + GetFBXVersion() + "\n");
 }
 
 void PrintUsage(int width) {

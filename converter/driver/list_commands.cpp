@@ -1,0 +1,114 @@
+#include "converter/driver/list_commands.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "converter/driver/records.h"
+#include "converter/scene/node_paths.h"
+#include "converter/scene/scene_queries.h"
+#include "converter/skeleton/skeleton_roots.h"
+#include "fbx/math/fbx_matrix.h"
+#include "fbx/scene/fbx_node.h"
+
+namespace {
+
+constexpr char kNoSkeleton[] = "No Skeleton";
+
+// By attribute type number.
+constexpr std::array<const char*, 22> _nodeTypeStrings{"eUnknown",
+                                                       "eNull",
+                                                       "eMarker",
+                                                       "eSkeleton",
+                                                       "eMesh",
+                                                       "eNurbs",
+                                                       "ePatch",
+                                                       "eCamera",
+                                                       "eCameraStereo",
+                                                       "eCameraSwitcher",
+                                                       "eLight",
+                                                       "eOpticalReference",
+                                                       "eOpticalMarker",
+                                                       "eNurbsCurve",
+                                                       "eTrimNurbsSurface",
+                                                       "eBoundary",
+                                                       "eNurbsSurface",
+                                                       "eShape",
+                                                       "eLODGroup",
+                                                       "eSubDiv",
+                                                       "eCachedEffect",
+                                                       "eLine"};
+
+const char* NodeTypeString(const FbxNode* node) {
+  const auto type = static_cast<size_t>(GetAttributeType(node));
+  return type < _nodeTypeStrings.size() ? _nodeTypeStrings[type] : _nodeTypeStrings[0];
+}
+
+void ListSkeletons(FbxWrapper* wrapper, const std::vector<NodeSpan>& skeletons,
+                   const ConversionArguments& args) {
+  std::map<std::string, int> nameCounts;
+  for (const NodeSpan skeleton : skeletons) {
+    const FbxNode* root = skeleton.front();
+    const bool sceneRoot = BuildRootNodeName(root, nullptr) == kRootNodeName;
+    ++nameCounts[sceneRoot ? kNoSkeleton : root->Name()];
+  }
+  const MeshesBySkeleton meshesBySkeleton = wrapper->BuildMeshesOnSkeletonsList(args);
+  for (const NodeSpan skeleton : skeletons) {
+    const std::string path = BuildRootNodeName(skeleton.front(), nullptr);
+    std::string friendly = skeleton.front()->Name();
+    if (nameCounts[friendly] >= 2) friendly = path;
+    const auto meshes = meshesBySkeleton.find(path);
+    if (path == kRootNodeName) {
+      if (meshes == meshesBySkeleton.end()) continue;
+      friendly = kNoSkeleton;
+    }
+    std::vector<std::string> meshNames;
+    if (meshes != meshesBySkeleton.end()) {
+      for (const MeshHolder_* holder : meshes->second) meshNames.push_back(holder->name);
+    }
+    std::sort(meshNames.begin(), meshNames.end());
+    AddOutput("NODE", path, false);
+    AddOutput("MESHCOUNT", static_cast<int64_t>(meshNames.size()), false);
+    AddOutput("FRIENDLYSKELNAME", friendly, false);
+    for (const std::string& name : meshNames) AddOutput("MESHNAME", name, false);
+    AddOutput("BONECOUNT", static_cast<int64_t>(skeleton.size()), true);
+  }
+}
+
+void ListNodesOfSkeleton(NodeSpan skeleton, const ConversionArguments& args) {
+  const FbxNode* root = skeleton.front();
+  const std::map<std::string, int> boneIds = BuildBoneNameMap(skeleton);
+  for (const FbxNode* node : skeleton) {
+    const std::string name = BuildRootNodeName(node, root);
+    std::string label = "NODE";
+    if (args.verbosity > 0) {
+      // The map is by full path, so only the skeleton at the scene's root shows numbers.
+      const auto id = boneIds.find(name);
+      const int number = id == boneIds.end() ? 0 : id->second;
+      label.append(" ").append(std::to_string(number)).append(":").append(NodeTypeString(node));
+    }
+    AddOutput(label, name, true);
+    if (args.verbosity >= 3) dumpMatrixInfo(node->EvaluateGlobalTransform());
+  }
+}
+
+}  // namespace
+
+void ListNodes(FbxWrapper* wrapper, const ConversionArguments& args) {
+  const std::vector<NodeSpan>& skeletons = wrapper->BuildSkeletonList(args.treatAsRoom);
+  if (skeletons.empty()) {
+    AddError("Fbx file contains no skeleton hierarchies");
+    return;
+  }
+  if (args.skeletonRootPath.empty()) {
+    ListSkeletons(wrapper, skeletons, args);
+    return;
+  }
+  const auto skeleton =
+      std::find_if(skeletons.begin(), skeletons.end(), [&args](const NodeSpan nodes) {
+        return BuildRootNodeName(nodes.front(), nullptr) == args.skeletonRootPath;
+      });
+  if (skeleton != skeletons.end()) ListNodesOfSkeleton(*skeleton, args);
+}

@@ -1,0 +1,154 @@
+// What commands on a scene report and write, seen from outside.
+#include <filesystem>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/fbx_builder.h"
+#include "tests/support/run_program.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+using Words = std::vector<std::string>;
+
+const std::string kVersionLine = "VERSION: 012 FBX lib version 1.0.0\n";
+
+class Commands : public testing::Test {
+ protected:
+  int64_t AddNode(const std::string& name, const std::string& type, int64_t parent) {
+    const int64_t node = scene_.AddModel(name, type);
+    scene_.Connect(node, parent);
+    if (type == "LimbNode") scene_.Connect(scene_.AddNodeAttribute(name, type), node);
+    if (type == "Mesh") {
+      scene_.Connect(scene_.AddMesh(name, {0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, -3}), node);
+    }
+    return node;
+  }
+  void Save(const std::string& name) { dir_.Write(name, scene_.Write()); }
+
+  // The output behind the version record; `arguments` follow the "-2".
+  std::string Run(Words arguments) {
+    arguments.insert(arguments.begin(), "-2");
+    run_ = RunVeltrum(arguments, dir_.Path());
+    EXPECT_THAT(run_.out, StartsWith(kVersionLine));
+    return run_.out.substr(std::min(kVersionLine.size(), run_.out.size()));
+  }
+
+  TempDir dir_;
+  SceneBuilder scene_;
+  RunResult run_;
+};
+
+TEST_F(Commands, ListSkeletonsWithTheirMeshes) {
+  const int64_t group = AddNode("group", "Null", SceneBuilder::kRoot);
+  AddNode("Spine", "LimbNode", AddNode("Hips", "LimbNode", group));
+  AddNode("zz", "Mesh", SceneBuilder::kRoot);
+  AddNode("Body", "Mesh", SceneBuilder::kRoot);
+  AddNode("Hair", "Mesh", AddNode("Tail", "LimbNode", SceneBuilder::kRoot));
+  Save("a.fbx");
+  const std::string others =
+      "NODE: RootNode/Tail MESHCOUNT: 1 FRIENDLYSKELNAME: Tail MESHNAME: Hair BONECOUNT: 2\n"
+      "NODE: RootNode MESHCOUNT: 2 FRIENDLYSKELNAME: No Skeleton MESHNAME: Body MESHNAME: zz "
+      "BONECOUNT: 4\n";
+  EXPECT_EQ(
+      Run({"a.fbx", "list", "skel"}),
+      "NODE: RootNode/group/Hips MESHCOUNT: 0 FRIENDLYSKELNAME: Hips BONECOUNT: 2\n" + others);
+  EXPECT_EQ(run_.status, 0);
+  // Of two skeletons with one name the paths are shown.
+  AddNode("Hips", "LimbNode", SceneBuilder::kRoot);
+  Save("b.fbx");
+  EXPECT_EQ(Run({"b.fbx", "list", "node"}),
+            "NODE: RootNode/group/Hips MESHCOUNT: 0 FRIENDLYSKELNAME: RootNode/group/Hips "
+            "BONECOUNT: 2\n"
+            "NODE: RootNode/Tail MESHCOUNT: 1 FRIENDLYSKELNAME: Tail MESHNAME: Hair BONECOUNT: 2\n"
+            "NODE: RootNode/Hips MESHCOUNT: 0 FRIENDLYSKELNAME: RootNode/Hips BONECOUNT: 1\n" +
+                others.substr(others.find('\n') + 1));
+}
+
+TEST_F(Commands, ListTheNodesOfOneSkeleton) {
+  const int64_t hips = AddNode("Hips", "LimbNode", SceneBuilder::kRoot);
+  AddNode("Spine", "LimbNode", hips);
+  AddNode("bare", "Null", hips);
+  AddNode("Body", "Mesh", SceneBuilder::kRoot);
+  Save("a.fbx");
+  EXPECT_EQ(Run({"-rRootNode/Hips", "a.fbx", "list", "node"}),
+            "NODE: Hips\nNODE: Hips/Spine\nNODE: Hips/bare\n");
+  // The numbers are by full path, so a skeleton below the scene's root shows none.
+  EXPECT_THAT(Run({"-v", "-rRootNode/Hips", "a.fbx", "list", "node"}),
+              EndsWith("\nNODE 0:eSkeleton: Hips\nNODE 0:eSkeleton: Hips/Spine\n"
+                       "NODE 0:eNull: Hips/bare\n"));
+  EXPECT_THAT(Run({"-v", "-rRootNode", "a.fbx", "list", "node"}),
+              EndsWith("\nNODE 0:eNull: RootNode\nNODE 1:eMesh: RootNode/Body\n"));
+  EXPECT_THAT(Run({"-vvv", "-rRootNode/Hips", "a.fbx", "list", "node"}),
+              HasSubstr("\nNODE 0:eSkeleton: Hips\n\tT:"));
+  // A path without a skeleton shows no nodes, and no error.
+  EXPECT_EQ(Run({"-rRootNode/Hips/Spine", "a.fbx", "list", "node"}), "");
+}
+
+TEST_F(Commands, ScenesWithoutSkeletons) {
+  Save("empty.fbx");
+  EXPECT_THAT(Run({"empty.fbx", "list"}),
+              StartsWith("ERROR: Fbx file contains no skeleton hierarchies\n"));
+  EXPECT_EQ(run_.status, 0);
+  AddNode("Body", "Mesh", SceneBuilder::kRoot);
+  Save("mesh.fbx");
+  EXPECT_EQ(Run({"mesh.fbx", "list", "skel"}),
+            "NODE: RootNode MESHCOUNT: 1 FRIENDLYSKELNAME: No Skeleton MESHNAME: Body "
+            "BONECOUNT: 2\n");
+}
+
+TEST_F(Commands, ExportSkeletons) {
+  AddNode("Left Hip", "LimbNode", SceneBuilder::kRoot);
+  Save("a.fbx");
+  std::filesystem::create_directory(dir_.File("out"));
+  const std::string root = "--root=RootNode/Left Hip";
+  EXPECT_EQ(Run({root, "a.fbx", "export", "skel", "Left Hip", "x/y"}),
+            "SKELETON: Left Hip FILENAME: Left%20Hip.xsf\nSKELETON: x/y FILENAME: x%2Fy.xsf\n");
+  EXPECT_EQ(ReadFile(dir_.File("Left%20Hip.xsf")), ReadFile(dir_.File("x%2Fy.xsf")));
+  EXPECT_EQ(Run({"-e", "-dout", root, "a.fbx", "export", "skel", "Left Hip"}),
+            "SKELETON: Left%20Hip FILENAME: out/Left%20Hip.xsf\n");
+  EXPECT_TRUE(FileExists(dir_.File("out/Left%20Hip.xsf")));
+  // No names, no skeletons.
+  EXPECT_EQ(Run({root, "a.fbx", "export", "skel"}), "");
+  EXPECT_EQ(Run({"-rNone", "a.fbx", "export", "skel", "My Hip"}),
+            "ERROR: Failed to create file My%20Hip.xsf for ANIMATION My Hip\n");
+  EXPECT_EQ(Run({"-dno/such", root, "a.fbx", "export", "skel", "b"}),
+            "ERROR: Failed to create file no/such/b.xsf for ANIMATION b\n");
+  EXPECT_EQ(run_.status, 0);
+}
+
+TEST_F(Commands, ASceneThatCannotBeLoadedEndsTheRun) {
+  AddNode("Hips", "LimbNode", SceneBuilder::kRoot);
+  Save("good.fbx");
+  dir_.Write("bad.fbx", "no scene at all");
+  std::filesystem::create_directory(dir_.File("dir.fbx"));
+  const std::string good = "NODE: RootNode/Hips MESHCOUNT: 0 FRIENDLYSKELNAME: Hips BONECOUNT: 1\n";
+  for (const std::string bad : {"bad.fbx", "dir.fbx"}) {
+    SCOPED_TRACE(bad);
+    EXPECT_THAT(Run({"good.fbx", "list", "skel", "-", bad, "list", "-", "good.fbx", "list"}),
+                StartsWith(good + "Error calling FbxImporter.Initialize on file " + bad + ": "));
+    EXPECT_EQ(run_.out.find('\n', kVersionLine.size() + good.size()), run_.out.size() - 1);
+    EXPECT_EQ(run_.err, "veltrum: a scene can't be opened; the last line of the output says why\n");
+    EXPECT_EQ(run_.status, 2);
+  }
+  // A file that isn't there does not: the scenes around it are read.
+  const std::string out =
+      Run({"good.fbx", "list", "skel", "-", "none.fbx", "list", "-", "good.fbx", "list", "skel"});
+  EXPECT_THAT(out, StartsWith(good + "ERROR: exception occurred: [[none.fbx] does not exist]\n\n"));
+  EXPECT_THAT(out, EndsWith("\n\n" + good));
+  EXPECT_EQ(run_.status, 0);
+}
+
+// A mode that means nothing still loads its scene.
+TEST_F(Commands, NoModeNoRecords) {
+  Save("a.fbx");
+  EXPECT_EQ(Run({"a.fbx", "look", "mesh"}), "ERROR: Must specify a mode - gotlook\n");
+  EXPECT_EQ(run_.status, 0);
+}
+
+}  // namespace
