@@ -1,0 +1,249 @@
+// The first stage: control points in the output space, and the weights that bind them to bones.
+#include <algorithm>
+#include <cstdio>
+#include <unordered_map>
+
+#include "converter/driver/records.h"
+#include "converter/mesh/export_mesh.h"
+#include "converter/mesh/mesh_diagnostics.h"
+#include "converter/scene/fbx_wrapper.h"
+#include "converter/scene/node_paths.h"
+#include "converter/skeleton/node_matrices.h"
+#include "converter/space/axis_mod.h"
+#include "fbx/scene/fbx_deformer.h"
+#include "fbx/scene/fbx_node.h"
+
+namespace {
+
+// A bone of the command's skeleton: its place in the order of paths, and its number.
+struct Bone {
+  int rank = -1;  // -1: not in the skeleton
+  int id = 0;
+};
+
+// One weight that a cluster gives a control point.
+struct StoredWeight {
+  int rank;
+  int boneId;
+  float weight;
+};
+
+// Finds bones by node. A path is built and looked up once, however many clusters share the bone.
+class BoneFinder {
+ public:
+  explicit BoneFinder(const ExportMesh::BoneMap& bones) {
+    int rank = 0;
+    for (const auto& [path, id] : bones) byPath_.emplace(path, Bone{rank++, id});
+  }
+
+  const Bone& Find(const FbxNode* node) {
+    const auto [at, isNew] = byNode_.try_emplace(node);
+    if (isNew) {
+      const auto found = byPath_.find(BuildRootNodeName(node, nullptr));
+      if (found != byPath_.end()) at->second = found->second;
+    }
+    return at->second;
+  }
+
+ private:
+  std::unordered_map<std::string, Bone> byPath_;
+  std::unordered_map<const FbxNode*, Bone> byNode_;
+};
+
+// Calls `visit(cluster)` for the clusters of all skins of the mesh, in order.
+template <typename Visit>
+void VisitClusters(const FbxMesh& mesh, Visit&& visit) {
+  const int skins = mesh.GetSrcObjectCount<FbxSkin>();
+  for (int s = 0; s < skins; ++s) {
+    const auto* skin = mesh.GetSrcObject<FbxSkin>(s);
+    const int clusters = skin->GetClusterCount();
+    for (int c = 0; c < clusters; ++c) visit(*skin->GetCluster(c));
+  }
+}
+
+// Calls `visit(point, weight)` for the cluster's entries that count: of a point that is there, with
+// a weight other than 0.
+template <typename Visit>
+void VisitWeights(const FbxCluster& cluster, size_t pointCount, Visit&& visit) {
+  const size_t count = std::min(cluster.indices.size(), cluster.weights.size());
+  for (size_t k = 0; k < count; ++k) {
+    const int index = cluster.indices[k];
+    if (index < 0 || static_cast<size_t>(index) >= pointCount || cluster.weights[k] == 0.0)
+      continue;
+    visit(static_cast<size_t>(index), cluster.weights[k]);
+  }
+}
+
+// Sorts a point's weights by bone path and keeps the last of each bone. Returns the new end.
+StoredWeight* SortAndUnite(StoredWeight* first, StoredWeight* last) {
+  const auto byRank = [](const StoredWeight& a, const StoredWeight& b) { return a.rank < b.rank; };
+  if (!std::is_sorted(first, last, byRank)) {
+    // An insertion sort for the usual few, since stable_sort allocates.
+    constexpr ptrdiff_t kFew = 32;
+    if (last - first > kFew) {
+      std::stable_sort(first, last, byRank);
+    } else {
+      for (StoredWeight* at = first + 1; at < last; ++at) {
+        std::rotate(std::upper_bound(first, at, *at, byRank), at, at + 1);
+      }
+    }
+  }
+  StoredWeight* end = first;
+  for (StoredWeight* at = first; at != last; ++at) {
+    if (end != first && end[-1].rank == at->rank) --end;
+    *end++ = *at;
+  }
+  return end;
+}
+
+// Scales the weights of a point to the sum 1, unless the sum is 0.
+void NormalizeWeights(BoneWeight* weights, size_t count) {
+  float sum = 0.0F;
+  for (size_t i = 0; i < count; ++i) sum += weights[i].weight;
+  if (sum == 0.0F) return;
+  const float scale = 1.0F / sum;
+  if (scale == 1.0F) return;
+  for (size_t i = 0; i < count; ++i) weights[i].weight *= scale;
+}
+
+}  // namespace
+
+FbxVector4 ExportMesh::ToOutputSpace(const GroupMesh& mesh, const FbxVector4& point) const {
+  FbxVector4 result = mesh.meshInit.MultT(point);
+  for (size_t i = 0; i < 3; ++i) result[i] *= static_cast<double>(args_.scaleFactor);
+  AxisModOnVector(args_, result);
+  return result;
+}
+
+bool ExportMesh::FillInControlPoints(GroupMesh& mesh, const BoneMap& bones,
+                                     MeshGroup& group) const {
+  const FbxNode* node = FbxWrapper::getInstance(args_)->GetNodeByPath(mesh.holder->path);
+  if (node == nullptr || GetAttributeType(node) != FbxNodeAttribute::eMesh) return false;
+  return FillInControlPointsForMesh(mesh, node, bones, group);
+}
+
+bool ExportMesh::FillInControlPointsForMesh(GroupMesh& mesh, const FbxNode* node,
+                                            const BoneMap& bones, MeshGroup& group) const {
+  const std::string path = BuildRootNodeName(node, nullptr);
+  if (path != mesh.holder->path || mesh.mesh == nullptr) return false;
+  mesh.meshInit = node->EvaluateGlobalTransform() * GetGeometry(node);
+  const std::vector<FbxVector4>& points = mesh.mesh->ControlPoints();
+
+  if (args_.verbosity >= 1) {
+    std::printf("\nexporting %zu control points for %s %s", points.size(), path.c_str(),
+                mesh.holder->name.c_str());
+    dumpTransformTree(node);
+  }
+  if (args_.verbosity >= 2) PrintMeshMatrices(*mesh.holder, mesh.meshInit);
+  if (points.empty()) return false;
+
+  mesh.controlPointCount = static_cast<uint32_t>(points.size());
+  group.controlPoints.reserve(group.controlPoints.size() + points.size());
+  const auto meshIndex = static_cast<uint32_t>(&mesh - group.meshes.data());
+  for (const FbxVector4& point : points) {
+    group.controlPoints.push_back({ToOutputSpace(mesh, point), 0, 0, meshIndex});
+  }
+
+  if (args_.verbosity >= 3) {
+    std::printf("\nraw points:");
+    dumpControlPoints(points, FbxAMatrix());
+    dumpControlPoints(points, mesh.meshInit);
+    FbxAMatrix unscaled = mesh.meshInit;
+    unscaled.SetS({1.0, 1.0, 1.0});
+    std::printf("\nglobal position no scale:");
+    dumpControlPoints(points, unscaled);
+    std::vector<FbxVector4> positions;
+    for (size_t i = 0; i < points.size(); ++i) {
+      positions.push_back(group.controlPoints[mesh.firstControlPoint + i].position);
+      PrintPoint("", points[i], "=>");
+      PrintPoint("", positions.back(), "\t");
+    }
+    std::printf("\nscaled points:");
+    dumpControlPoints(positions, FbxAMatrix());
+  }
+  if (args_.verbosity >= 1) std::printf("\n");
+
+  if (mesh.mesh->GetShapeCount() > 0) FillInControlPointsForMorph(mesh);
+  if (mesh.mesh->GetSrcObjectCount<FbxSkin>() > 0 &&
+      FillInControlPointsForSkinnedBones(mesh, bones, group)) {
+    return true;
+  }
+  WeightMeshToParentNode(mesh, bones, group);
+  return true;
+}
+
+bool ExportMesh::FillInControlPointsForSkinnedBones(const GroupMesh& mesh, const BoneMap& bones,
+                                                    MeshGroup& group) const {
+  const size_t pointCount = mesh.controlPointCount;
+  const std::string beginOfError =
+      "Mesh " + mesh.holder->name + " (" + mesh.holder->path + ") is skinned to bone [";
+  BoneFinder finder(bones);
+  int linkMode = -1;
+  // Counts first, so that the weights of all points fill one array.
+  std::vector<uint32_t> ends(pointCount + 1, 0);
+  VisitClusters(*mesh.mesh, [&](const FbxCluster& cluster) {
+    linkMode = cluster.GetLinkMode();
+    const FbxNode* link = cluster.GetLink();
+    if (link == nullptr) return;
+    const bool isBone = finder.Find(link).rank >= 0;
+    std::string error;
+    VisitWeights(cluster, pointCount, [&](size_t point, double) {
+      if (isBone) {
+        ++ends[point + 1];
+        return;
+      }
+      if (error.empty()) {
+        error = beginOfError + BuildRootNodeName(link, nullptr) +
+                "] which is not in the specified skeleton hierarchy";
+      }
+      AddError(error);
+    });
+  });
+  for (size_t i = 0; i < pointCount; ++i) ends[i + 1] += ends[i];
+  if (ends[pointCount] == 0) return false;
+
+  std::vector<StoredWeight> stored(ends[pointCount]);
+  VisitClusters(*mesh.mesh, [&](const FbxCluster& cluster) {
+    const FbxNode* link = cluster.GetLink();
+    if (link == nullptr) return;
+    const Bone bone = finder.Find(link);
+    if (bone.rank < 0) return;
+    VisitWeights(cluster, pointCount, [&](size_t point, double weight) {
+      stored[ends[point]++] = {bone.rank, bone.id, static_cast<float>(weight)};
+    });
+  });
+
+  // Each end has moved to where its point's weights end.
+  group.weights.reserve(group.weights.size() + stored.size());
+  StoredWeight* first = stored.data();
+  for (size_t i = 0; i < pointCount; ++i) {
+    StoredWeight* last = stored.data() + ends[i];
+    const StoredWeight* end = SortAndUnite(first, last);
+    ControlPoint& point = group.controlPoints[mesh.firstControlPoint + i];
+    point.firstWeight = static_cast<uint32_t>(group.weights.size());
+    point.weightCount = static_cast<uint32_t>(end - first);
+    for (const StoredWeight* at = first; at != end; ++at) {
+      group.weights.push_back({at->boneId, at->weight});
+    }
+    if (linkMode == FbxCluster::eNormalize) {
+      NormalizeWeights(group.weights.data() + point.firstWeight, point.weightCount);
+    }
+    first = last;
+  }
+  if (linkMode != FbxCluster::eNormalize) AddWarning("Unsupported cluster mode");
+  return true;
+}
+
+bool ExportMesh::WeightMeshToParentNode(const GroupMesh& mesh, const BoneMap& bones,
+                                        MeshGroup& group) {
+  const auto bone = bones.find(mesh.holder->path);
+  if (bone == bones.end()) return false;
+  const auto weight = static_cast<uint32_t>(group.weights.size());
+  group.weights.push_back({bone->second, 1.0F});
+  for (size_t i = 0; i < mesh.controlPointCount; ++i) {
+    ControlPoint& point = group.controlPoints[mesh.firstControlPoint + i];
+    point.firstWeight = weight;
+    point.weightCount = 1;
+  }
+  return true;
+}

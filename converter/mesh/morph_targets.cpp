@@ -1,0 +1,173 @@
+// The stage of morph targets: blend shapes become offsets of the vertices of a submesh.
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <map>
+#include <string_view>
+
+#include <boost/make_shared.hpp>
+
+#include "cal3d/model/core_submesh.h"
+#include "converter/driver/records.h"
+#include "converter/mesh/export_mesh.h"
+#include "converter/mesh/mesh_diagnostics.h"
+#include "fbx/scene/fbx_deformer.h"
+
+namespace {
+
+constexpr double kNormalTolerance = 1e-6;
+
+CalVector4 Narrow(const FbxVector4& v) {
+  return {static_cast<float>(v[0]), static_cast<float>(v[1]), static_cast<float>(v[2]),
+          static_cast<float>(v[3])};
+}
+
+// Whether the morphed normal is the vertex's own.
+bool IsSameNormal(const FbxVector4& delta) {
+  return std::abs(delta[0]) < kNormalTolerance && std::abs(delta[1]) < kNormalTolerance &&
+         std::abs(delta[2]) < kNormalTolerance;
+}
+
+// The morphs of a group by name, and which of them each mesh has.
+struct MorphNames {
+  explicit MorphNames(const MeshGroup& group) : ofMesh(group.meshes.size()) {
+    std::map<std::string_view, size_t> numbers;
+    for (const GroupMesh& mesh : group.meshes) {
+      for (const MorphChannel& channel : mesh.morphs) numbers.emplace(channel.name, 0);
+    }
+    for (auto& [name, number] : numbers) {
+      number = names.size();
+      names.push_back(name);
+    }
+    for (size_t m = 0; m < group.meshes.size(); ++m) {
+      for (const MorphChannel& channel : group.meshes[m].morphs) {
+        ofMesh[m].push_back(numbers.find(channel.name)->second);
+      }
+    }
+  }
+
+  std::vector<std::string_view> names;
+  std::vector<std::vector<size_t>> ofMesh;  // ascending, parallel to the mesh's channels
+};
+
+// What a channel makes of the vertex at work.
+struct MorphState {
+  bool hasNormal = false;
+  FbxVector4 normal;  // in world orientation
+};
+
+void PrintOffset(uint32_t vertex, const FbxVector4& morphed, const FbxVector4& position,
+                 const FbxVector4& delta, const FbxVector4& normal, const FbxVector4& normalDelta) {
+  std::printf("\n%u\t", vertex);
+  PrintPoint(" morph pos:", morphed, "\t");
+  PrintPoint(" vert pos:", position, "\t");
+  PrintPoint(" delta:", delta, "\t");
+  PrintPoint(" norm:", normal, "\t");
+  PrintPoint(" deltaNorm:", normalDelta, "\t");
+}
+
+}  // namespace
+
+void ExportMesh::FillInControlPointsForMorph(GroupMesh& mesh) const {
+  const std::vector<FbxVector4>& base = mesh.mesh->ControlPoints();
+  const int blendShapes = mesh.mesh->GetSrcObjectCount<FbxBlendShape>();
+  if (blendShapes != 0 && args_.verbosity != 0) {
+    std::printf("exporting %d morph blend deformer:", blendShapes);
+  }
+  for (const MorphSource& source : mesh.morphSources) {
+    if (args_.verbosity != 0) std::printf("%s ", source.name.c_str());
+    if (args_.verbosity >= 2) std::printf("\nposition: ");
+    if (source.hasMoreTargets) PrintIgnoredTargets(source);
+    ShapePoints points(*source.shape);
+    if (points.Count() != base.size()) {
+      AddWarning("Irregular morph target point count");
+      continue;
+    }
+    MorphChannel& channel = FindMorphChannel(mesh.morphs, source.name);
+    channel.hasPoints = true;
+    channel.points = std::move(points);
+    if (args_.verbosity != 0) DumpMorphPoints(mesh, channel);
+  }
+}
+
+void ExportMesh::DumpMorphPoints(const GroupMesh& mesh, const MorphChannel& channel) const {
+  std::vector<FbxVector4> raw;
+  std::vector<FbxVector4> scaled;
+  for (size_t i = 0; i < channel.points.Count(); ++i) {
+    raw.push_back(channel.points.At(static_cast<int>(i)));
+    scaled.push_back(ToOutputSpace(mesh, raw.back()));
+  }
+  std::printf("\nexporting %zu morph control points for %s\n", raw.size(), channel.name.c_str());
+  if (args_.verbosity >= 2) {
+    std::printf("\nraw points:");
+    dumpControlPoints(raw, FbxAMatrix());
+    std::printf("\nglobal position:");
+    dumpControlPoints(raw, mesh.meshInit);
+    FbxAMatrix unscaled = mesh.meshInit;
+    unscaled.SetS({1.0, 1.0, 1.0});
+    std::printf("\nglobal position no scale:");
+    dumpControlPoints(raw, unscaled);
+  }
+  std::printf("\nscaled morph points:");
+  dumpControlPoints(scaled, FbxAMatrix());
+}
+
+void ExportMesh::AddMorphs(const MeshGroup& group, const std::vector<uint32_t>& vertices,
+                           CalCoreSubmesh& submesh) const {
+  const MorphNames names(group);
+  if (names.names.empty()) return;
+  std::vector<bool> isKnown(names.names.size(), false);
+  std::vector<cal3d::SSEArray<VertexOffset>> offsets(names.names.size());
+  std::vector<MorphState> states;
+
+  for (uint32_t i = 0; i < vertices.size(); ++i) {
+    const uint32_t corner = vertices[i];
+    const ControlPoint& point = group.PointOf(corner);
+    const GroupMesh& mesh = group.meshes[point.mesh];
+    const std::vector<size_t>& numbers = names.ofMesh[point.mesh];
+    const MeshCorner place = group.CornerOf(mesh, corner);
+    bool hasMorphs = false;
+    states.assign(mesh.morphs.size(), {});
+    for (size_t m = 0; m < mesh.morphs.size(); ++m) {
+      MorphState& state = states[m];
+      state.hasNormal = mesh.morphs[m].NormalAt(place, state.normal);
+      if (state.hasNormal) state.normal = mesh.TurnNormal(state.normal);
+      if (!state.hasNormal && !mesh.morphs[m].hasPoints) continue;
+      hasMorphs = true;
+      isKnown[numbers[m]] = true;
+    }
+    if (!hasMorphs) continue;
+
+    // All morphs met so far, those of other meshes included.
+    const FbxVector4 vertexNormal(group.corners[corner].normal);
+    const FbxVector4& raw = mesh.mesh->ControlPoints()[static_cast<size_t>(place.controlPoint)];
+    size_t own = 0;
+    for (size_t number = 0; number < names.names.size(); ++number) {
+      const bool isOwn = own < numbers.size() && numbers[own] == number;
+      const size_t m = isOwn ? own++ : 0;
+      if (!isKnown[number]) continue;
+      FbxVector4 morphed = point.position;
+      if (isOwn && mesh.morphs[m].hasPoints) {
+        // A point that stays needs no transform: the same numbers give the same result.
+        const FbxVector4& target = mesh.morphs[m].points.At(place.controlPoint);
+        if (!(target == raw)) morphed = ToOutputSpace(mesh, target);
+      }
+      const FbxVector4 normal =
+          isOwn && states[m].hasNormal ? states[m].normal : FbxVector4(0.0, 0.0, 0.0, 0.0);
+      const FbxVector4 delta = morphed - point.position;
+      const FbxVector4 normalDelta = normal - vertexNormal;
+      if (IsSameNormal(normalDelta) && delta.IsZero(4)) continue;
+      if (args_.verbosity >= 3) {
+        PrintOffset(i, morphed, point.position, delta, normal, normalDelta);
+      }
+      offsets[number].push_back({static_cast<int32_t>(i), Narrow(delta), Narrow(normal)});
+    }
+  }
+
+  for (size_t number = 0; number < names.names.size(); ++number) {
+    if (offsets[number].empty()) continue;
+    const cal3d::SSEArray<VertexOffset> taken = std::move(offsets[number]);
+    submesh.addMorphTarget(boost::make_shared<CalCoreMorphTarget>(
+        std::string(names.names[number]), static_cast<int32_t>(vertices.size()), taken));
+  }
+}

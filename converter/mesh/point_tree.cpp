@@ -1,0 +1,77 @@
+#include "converter/mesh/point_tree.h"
+
+#include <algorithm>
+#include <numeric>
+
+PointTree::PointTree(const std::vector<FbxVector4>& points)
+    : points_(points), order_(points.size()), leaves_(points.size()), isOn_(points.size(), 0) {
+  std::iota(order_.begin(), order_.end(), 0U);
+  nodes_.reserve(points.size() / 2 + 1);
+  nodes_.push_back({{}, {}, 0, static_cast<uint32_t>(points.size()), 0, 0, 0});
+  // Children are appended behind, so that this walks the tree level by level.
+  for (uint32_t node = 0; node < nodes_.size(); ++node) Build(node);
+  for (size_t axis = 0; axis < 3; ++axis) {
+    isFlat_ = isFlat_ || nodes_[0].min[axis] == nodes_[0].max[axis];
+  }
+}
+
+void PointTree::Build(uint32_t node) {
+  const uint32_t first = nodes_[node].first;
+  const uint32_t count = nodes_[node].count;
+  const auto begin = order_.begin() + first;
+  FbxDouble3 min = points_[*begin].Xyz();
+  FbxDouble3 max = min;
+  for (auto at = begin; at != begin + count; ++at) {
+    for (size_t axis = 0; axis < 3; ++axis) {
+      min[axis] = std::min(min[axis], points_[*at][axis]);
+      max[axis] = std::max(max[axis], points_[*at][axis]);
+    }
+  }
+  nodes_[node].min = min;
+  nodes_[node].max = max;
+  if (count <= kLeafSize) {
+    for (auto at = begin; at != begin + count; ++at) leaves_[*at] = node;
+    return;
+  }
+  size_t longest = 0;
+  for (size_t axis = 1; axis < 3; ++axis) {
+    if (max[axis] - min[axis] > max[longest] - min[longest]) longest = axis;
+  }
+  const uint32_t half = count / 2;
+  std::nth_element(begin, begin + half, begin + count, [&](uint32_t a, uint32_t b) {
+    return points_[a][longest] < points_[b][longest];
+  });
+  nodes_[node].children = static_cast<uint32_t>(nodes_.size());
+  nodes_.push_back({{}, {}, first, half, 0, node, 0});
+  nodes_.push_back({{}, {}, first + half, count - half, 0, node, 0});
+}
+
+void PointTree::Switch(uint32_t point, bool on) {
+  if ((isOn_[point] != 0) == on) return;
+  isOn_[point] = on ? 1 : 0;
+  for (uint32_t node = leaves_[point];; node = nodes_[node].parent) {
+    nodes_[node].onCount += on ? 1U : ~0U;
+    if (node == 0) return;
+  }
+}
+
+int32_t PointTree::FindInside(const EarTriangle& triangle, uint32_t previous, uint32_t corner,
+                              uint32_t next) const {
+  stack_.assign(1, 0U);
+  while (!stack_.empty()) {
+    const Node& node = nodes_[stack_.back()];
+    stack_.pop_back();
+    if (node.onCount == 0 || triangle.IsClearOf(node.min, node.max, isFlat_)) continue;
+    if (node.children != 0) {
+      stack_.push_back(node.children + 1);
+      stack_.push_back(node.children);
+      continue;
+    }
+    for (uint32_t i = node.first; i < node.first + node.count; ++i) {
+      const uint32_t point = order_[i];
+      if (isOn_[point] == 0 || point == previous || point == corner || point == next) continue;
+      if (triangle.Contains(points_[point])) return static_cast<int32_t>(point);
+    }
+  }
+  return -1;
+}

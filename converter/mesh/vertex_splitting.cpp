@@ -1,0 +1,260 @@
+#include "converter/mesh/vertex_splitting.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+
+#include "converter/driver/records.h"
+
+namespace {
+
+// Vertices of one control point that a search passes one by one.
+constexpr uint32_t kShortList = 32;
+
+constexpr FbxColor kWhite{1.0, 1.0, 1.0, 1.0};
+constexpr FbxVector2 kNoUV;
+
+int Sign(double a, double b) { return a > b ? 1 : a < b ? -1 : 0; }
+
+// Orders values that differ. NaNs stand by their bits, so that one is the same only as itself.
+int CompareBits(double a, double b) {
+  if (a == b) return 0;
+  if (const int sign = Sign(a, b); sign != 0) return sign;
+  const auto bitsOfA = std::bit_cast<uint64_t>(a);
+  const auto bitsOfB = std::bit_cast<uint64_t>(b);
+  return bitsOfA > bitsOfB ? 1 : bitsOfA < bitsOfB ? -1 : 0;
+}
+
+class Hash {
+ public:
+  void Add(double value) { Add(std::bit_cast<uint64_t>(value + 0.0)); }  // -0 is the same as 0
+  void Add(uint64_t bits) {
+    value_ = (value_ ^ bits) * 0x9E3779B97F4A7C15U;
+    value_ ^= value_ >> 32U;
+  }
+  uint64_t Value() const { return value_; }
+
+ private:
+  uint64_t value_ = 0;
+};
+
+bool HasNaN(const PolygonVertexAttributes& attributes, const FbxColor& color) {
+  return std::isnan(attributes.normal[0]) || std::isnan(attributes.normal[1]) ||
+         std::isnan(attributes.normal[2]) || std::isnan(color.mRed) || std::isnan(color.mGreen) ||
+         std::isnan(color.mBlue) || std::isnan(color.mAlpha);
+}
+
+// Of everything that is compared exactly.
+uint64_t HashOf(const MeshGroup& group, uint32_t corner) {
+  const GroupMesh& mesh = group.MeshOf(corner);
+  const MeshCorner place = group.CornerOf(mesh, corner);
+  const PolygonVertexAttributes& attributes = group.corners[corner];
+  Hash hash;
+  for (const double component : attributes.normal) hash.Add(component);
+  const FbxColor& color = getColor(mesh, place);
+  for (const double component : {color.mRed, color.mBlue, color.mGreen, color.mAlpha}) {
+    hash.Add(component);
+  }
+  for (const FbxLayerElementUV* element : mesh.uvs) {
+    const FbxVector2& uv = getUV(*element, place);
+    hash.Add(uv[0]);
+    hash.Add(uv[1]);
+  }
+  hash.Add(static_cast<uint64_t>(attributes.materialIndex));
+  return hash.Value();
+}
+
+}  // namespace
+
+const FbxColor& getColor(const GroupMesh& mesh, const MeshCorner& corner) {
+  if (mesh.colors == nullptr) return kWhite;
+  const FbxColor* color =
+      LayerElementLookup(mesh.colors, MappedIndex(mesh.colors->mappingMode, corner));
+  return color == nullptr ? kWhite : *color;
+}
+
+const FbxVector2& getUV(const FbxLayerElementUV& element, const MeshCorner& corner) {
+  const FbxVector2* uv = CornerEntry(element, corner);
+  return uv == nullptr ? kNoUV : *uv;
+}
+
+int ComparePolygonVertexPair::Compare(uint32_t a, uint32_t b) const {
+  const PolygonVertexAttributes& first = group_.corners[a];
+  const PolygonVertexAttributes& second = group_.corners[b];
+  if (first.controlPoint != second.controlPoint) {
+    return first.controlPoint > second.controlPoint ? 1 : -1;
+  }
+  for (size_t i = 0; i < 3; ++i) {
+    if (first.normal[i] != second.normal[i]) return Sign(first.normal[i], second.normal[i]);
+  }
+  const GroupMesh& mesh = group_.MeshOf(a);
+  const MeshCorner placeOfA = group_.CornerOf(mesh, a);
+  const MeshCorner placeOfB = group_.CornerOf(mesh, b);
+  if (mesh.colors != nullptr) {
+    const FbxColor& colorOfA = getColor(mesh, placeOfA);
+    const FbxColor& colorOfB = getColor(mesh, placeOfB);
+    for (double FbxColor::*component :
+         {&FbxColor::mRed, &FbxColor::mBlue, &FbxColor::mGreen, &FbxColor::mAlpha}) {
+      if (colorOfA.*component != colorOfB.*component) {
+        return Sign(colorOfA.*component, colorOfB.*component);
+      }
+    }
+  }
+  for (const FbxLayerElementUV* element : mesh.uvs) {
+    const FbxVector2& uvOfA = getUV(*element, placeOfA);
+    const FbxVector2& uvOfB = getUV(*element, placeOfB);
+    if (&uvOfA == &uvOfB) continue;
+    for (size_t i = 0; i < 2; ++i) {
+      if (const int order = CompareBits(uvOfA[i], uvOfB[i]); order != 0) return order;
+    }
+  }
+  if (const int order = CompareMorphNormals(mesh, placeOfA, placeOfB); order != 0) return order;
+  if (first.materialIndex != second.materialIndex) {
+    return first.materialIndex > second.materialIndex ? 1 : -1;
+  }
+  return 0;
+}
+
+int ComparePolygonVertexPair::CompareMorphNormals(const GroupMesh& mesh, const MeshCorner& a,
+                                                  const MeshCorner& b) const {
+  for (const MorphChannel& morph : mesh.morphs) {
+    if (morph.normals.empty()) continue;
+    FbxVector4 normalOfA;
+    FbxVector4 normalOfB;
+    const bool aHasNormal = morph.NormalAt(a, normalOfA);
+    const bool bHasNormal = morph.NormalAt(b, normalOfB);
+    if (aHasNormal != bHasNormal) return aHasNormal ? 1 : -1;
+    if (!aHasNormal || normalOfA == normalOfB) continue;
+    normalOfA = mesh.TurnNormal(normalOfA);
+    normalOfB = mesh.TurnNormal(normalOfB);
+    if (IsNearZero(normalOfA - normalOfB)) continue;
+    for (size_t i = 0; i < 3; ++i) {
+      if (const int order = CompareBits(normalOfA[i], normalOfB[i]); order != 0) return order;
+    }
+  }
+  return 0;
+}
+
+VertexSplitter::VertexSplitter(MeshGroup& group, int verbosity)
+    : group_(group),
+      verbosity_(verbosity),
+      compare_(group),
+      heads_(group.controlPoints.size(), kNone) {}
+
+std::vector<uint32_t> VertexSplitter::BuildControlPointNormalGroupMap(
+    const std::vector<Triangle>& triangles) {
+  vertices_.clear();
+  for (const Triangle& triangle : triangles) {
+    for (const uint32_t corner : triangle) {
+      int32_t& index = group_.corners[corner].vertexIndex;
+      // A corner of several triangles has the same attributes in each.
+      if (index == -1) index = static_cast<int32_t>(FindOrAdd(corner));
+    }
+  }
+  std::vector<uint32_t> vertices = NumberVertices();
+  CheckCorners(triangles, vertices);
+  for (const int32_t point : used_) heads_[static_cast<size_t>(point)] = kNone;
+  used_.clear();
+  longLists_.clear();
+  return vertices;
+}
+
+uint32_t VertexSplitter::FindOrAdd(uint32_t corner) {
+  const int32_t point = group_.corners[corner].controlPoint;
+  uint32_t& head = heads_[static_cast<size_t>(point)];
+  if (head == kNone) {
+    used_.push_back(point);
+    head = Append(corner, kNone);
+    return head;
+  }
+  uint32_t at = head;
+  for (uint32_t passed = 1;; ++passed) {
+    if (compare_.IsSame(corner, vertices_[at].corner)) return at;
+    if (passed == kShortList) return FindOrAddInLongList(corner, at);
+    if (vertices_[at].next == kNone) return Append(corner, at);
+    at = vertices_[at].next;
+  }
+}
+
+uint32_t VertexSplitter::FindOrAddInLongList(uint32_t corner, uint32_t last) {
+  const PolygonVertexAttributes& attributes = group_.corners[corner];
+  const auto [entry, isNew] = longLists_.try_emplace(attributes.controlPoint);
+  LongList& list = entry->second;
+  if (isNew) {
+    list.first = kNone;
+    list.last = last;
+  }
+  const GroupMesh& mesh = group_.MeshOf(corner);
+  const bool hasNaN = HasNaN(attributes, getColor(mesh, group_.CornerOf(mesh, corner)));
+  std::vector<uint32_t>* sameHash = nullptr;
+  if (hasNaN || list.hasNaN) {
+    for (uint32_t at = list.first; at != kNone; at = vertices_[at].next) {
+      if (compare_.IsSame(corner, vertices_[at].corner)) return at;
+    }
+  } else {
+    sameHash = &list.byHash[HashOf(group_, corner)];
+    for (const uint32_t at : *sameHash) {
+      if (compare_.IsSame(corner, vertices_[at].corner)) return at;
+    }
+  }
+  list.hasNaN = list.hasNaN || hasNaN;
+  list.last = Append(corner, list.last);
+  if (list.first == kNone) list.first = list.last;
+  if (sameHash != nullptr) sameHash->push_back(list.last);
+  return list.last;
+}
+
+uint32_t VertexSplitter::Append(uint32_t corner, uint32_t previous) {
+  const auto added = static_cast<uint32_t>(vertices_.size());
+  vertices_.push_back({corner, kNone, 0});
+  if (previous != kNone) vertices_[previous].next = added;
+  return added;
+}
+
+std::vector<uint32_t> VertexSplitter::NumberVertices() {
+  if (used_.size() > heads_.size() / 16) {
+    // Most points are in use: looking at all of them is quicker than sorting.
+    used_.clear();
+    for (size_t i = 0; i < heads_.size(); ++i) {
+      if (heads_[i] != kNone) used_.push_back(static_cast<int32_t>(i));
+    }
+  } else {
+    std::sort(used_.begin(), used_.end());
+  }
+  std::vector<uint32_t> vertices;
+  vertices.reserve(vertices_.size());
+  for (const int32_t point : used_) {
+    for (uint32_t at = heads_[static_cast<size_t>(point)]; at != kNone; at = vertices_[at].next) {
+      if (verbosity_ != 0 && group_.corners[vertices_[at].corner].controlPoint != point) {
+        AddWarning("control point mismatch");
+      }
+      if (verbosity_ != 0 &&
+          group_.corners[vertices_[at].corner].vertexIndex != static_cast<int32_t>(at)) {
+        AddWarning("vertex attribute mismatch");
+      }
+      vertices_[at].number = static_cast<uint32_t>(vertices.size());
+      vertices.push_back(vertices_[at].corner);
+    }
+  }
+  return vertices;
+}
+
+void VertexSplitter::CheckCorners(const std::vector<Triangle>& triangles,
+                                  const std::vector<uint32_t>& vertices) const {
+  for (const Triangle& triangle : triangles) {
+    for (const uint32_t corner : triangle) {
+      const int32_t index = group_.corners[corner].vertexIndex;
+      if (index == -1) {
+        AddWarning("uninitialized vertex");
+        continue;
+      }
+      const Vertex& vertex = vertices_[static_cast<size_t>(index)];
+      if (vertex.corner != corner && !compare_.IsSame(corner, vertex.corner)) {
+        AddWarning("Polygon Vertex Pair mismatch");
+      }
+      if (vertices[vertex.number] != vertex.corner) {
+        AddWarning("Vertex Index and Vertex Attribute Index mismatch (offset table incorrect)");
+      }
+    }
+  }
+}

@@ -1,0 +1,85 @@
+// A Cal3D vertex has one normal, one colour and one texture coordinate, a control point of the
+// scene as many as it has corners. So each control point is split into as many vertices as its
+// corners have distinct attributes, material slots and morph normals among them.
+#pragma once
+
+#include <cstdint>
+#include <unordered_map>
+#include <vector>
+
+#include "converter/mesh/mesh_group.h"
+
+// The order of corners, from high to low: by control point, normal, colour (red, blue, green,
+// alpha), texture coordinates, morph normals, material slot. Comparisons are exact, but for morph
+// normals, which may be 1e-6 apart, and a NaN in a normal or a colour ends the comparison as equal.
+class ComparePolygonVertexPair {
+ public:
+  explicit ComparePolygonVertexPair(const MeshGroup& group) : group_(group) {}
+
+  // Whether corner `a` stands before corner `b`.
+  bool operator()(uint32_t a, uint32_t b) const { return Compare(a, b) > 0; }
+  // Whether the corners make one vertex.
+  bool IsSame(uint32_t a, uint32_t b) const { return Compare(a, b) == 0; }
+
+ private:
+  // Above 0 if `a` stands before `b`, below 0 if it stands behind, 0 if they are one vertex.
+  int Compare(uint32_t a, uint32_t b) const;
+  int CompareMorphNormals(const GroupMesh& mesh, const MeshCorner& a, const MeshCorner& b) const;
+
+  const MeshGroup& group_;
+};
+
+// The attributes of a corner as they lie in the scene: white, or (0, 0), where it has none.
+const FbxColor& getColor(const GroupMesh& mesh, const MeshCorner& corner);
+// In the order of the mesh's UV elements.
+const FbxVector2& getUV(const FbxLayerElementUV& element, const MeshCorner& corner);
+
+// Splits control points, one submesh after the other. What it needs for each control point is kept
+// from submesh to submesh, so that many small submeshes of a large group cost what they hold.
+class VertexSplitter {
+ public:
+  VertexSplitter(MeshGroup& group, int verbosity);
+
+  // Splits the control points of the triangles, whose corners must belong to no earlier submesh.
+  // Returns for each vertex the corner that was the first to have its attributes. Vertices stand by
+  // control point and on each in the order in which the triangles reach them.
+  std::vector<uint32_t> BuildControlPointNormalGroupMap(const std::vector<Triangle>& triangles);
+  // The vertex of a corner of those triangles.
+  uint32_t VertexOf(uint32_t corner) const {
+    return vertices_[static_cast<size_t>(group_.corners[corner].vertexIndex)].number;
+  }
+
+ private:
+  static constexpr uint32_t kNone = 0xFFFFFFFF;
+
+  // A vertex in the list of its control point. Corners refer to it by its place in vertices_, which
+  // is the order of appearance over all control points.
+  struct Vertex {
+    uint32_t corner;
+    uint32_t next;
+    uint32_t number;  // in the submesh
+  };
+  // The vertices of a control point that has so many that a search from the front would take too
+  // long, from the place on where searching gives up.
+  struct LongList {
+    uint32_t first = 0;
+    uint32_t last = 0;
+    bool hasNaN = false;  // which is the same as many, and so can't be found by hash
+    std::unordered_map<uint64_t, std::vector<uint32_t>> byHash;
+  };
+
+  uint32_t FindOrAdd(uint32_t corner);
+  uint32_t FindOrAddInLongList(uint32_t corner, uint32_t last);
+  uint32_t Append(uint32_t corner, uint32_t previous);
+  std::vector<uint32_t> NumberVertices();
+  void CheckCorners(const std::vector<Triangle>& triangles,
+                    const std::vector<uint32_t>& vertices) const;
+
+  MeshGroup& group_;
+  int verbosity_;
+  ComparePolygonVertexPair compare_;
+  std::vector<uint32_t> heads_;  // by control point, into vertices_
+  std::vector<int32_t> used_;    // control points with a list
+  std::vector<Vertex> vertices_;
+  std::unordered_map<int32_t, LongList> longLists_;
+};
