@@ -1,0 +1,102 @@
+// Finds the animations of the loaded scene, lists them and writes them to files. An exporter is
+// made for one command.
+//
+// Animations are written by visitors of the channels below a node (ExportAnimationsFromList). The
+// operations from Export and ExportMorphAnim down are a second, older route, stack by stack: it
+// takes curves with fewer keys, knows no axis conversion, counts time by the command's frame rate
+// and makes a track for each layer. Tools were built on what either route writes, so they stay
+// apart.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "converter/animation/animation_cache.h"
+#include "converter/animation/animation_info.h"
+#include "converter/driver/conversion_arguments.h"
+
+class FbxAMatrix;
+class FbxAnimLayer;
+class FbxAnimStack;
+class FbxCluster;
+class FbxNode;
+class FbxWrapper;
+class SceneChannels;
+struct CalCoreAnimation;
+struct CalCoreMorphAnimation;
+
+// Turns a save of the older route into a dry run that answers whether there is anything to write:
+// one value for each of its two exports, to the other of which it means a save.
+enum zevoMagicStops {
+  kNoMagicStop = 0,
+  kStopBeforeAnimation = 1,
+  kStopBeforeMorphAnimation = 2,
+};
+
+class ExportAnimation {
+ public:
+  // `args` must stay alive as long as the exporter. Logs the command when a log is open.
+  explicit ExportAnimation(ConversionArguments& args);
+
+  // Fills the two maps with the animations of the command's scene, named and in the order of the
+  // listing. A scene without a skeleton has none, and leaves the maps as they are.
+  void BuildAnimLists(AnimationMap& skeletal, AnimationMap& morph);
+  // Prints the records of the animations of the command's root, or of all. The result is empty.
+  std::vector<sAnim> List();
+  // Writes those of the animations of the command's root that `names` selects by their file names,
+  // with a record for each file and an ERROR record for each that could not be written.
+  void ExportAnimationsFromList(const AnimationMap& animations,
+                                const std::vector<std::string>& names);
+
+  // The stack applied to the tree below the node: what it moves, then what it morphs.
+  std::vector<AnimationInfoHolder> GetAnimatedNodes(FbxNode* node, FbxAnimStack* stack);
+
+  bool IsAnimationOnSkeleton(FbxAnimStack* stack, FbxNode* node,
+                             const std::map<std::string, int>& boneNames);
+  bool IsAnimationOnNode(FbxAnimStack* stack, FbxAnimLayer* layer, FbxNode* node,
+                         const std::map<std::string, int>& boneNames);
+  // The nodes of the tree that some layer of the stack morphs.
+  std::shared_ptr<std::vector<FbxNode*>> GetMorphNodes(FbxNode* node, FbxAnimStack* stack);
+  void GetMorphInLayer(FbxAnimLayer* layer, FbxNode* node, std::vector<FbxNode*>& nodes);
+  // The channels of the first node of the tree that the layer, or a layer of the stack, morphs.
+  std::vector<std::string> GetMorphChannelName(FbxAnimStack* stack, FbxAnimLayer* layer,
+                                               FbxNode* node);
+  std::vector<std::string> GetMorphChannelName(FbxNode* node, FbxAnimStack* stack);
+
+  // Writes the stacks of the command's object name to its output file. In the dry run, whether any
+  // track has keyframes.
+  bool Export(ConversionArguments& args, zevoMagicStops magicStops);
+  // False if the command names no skeleton.
+  bool AddAnimation(ConversionArguments& args, CalCoreAnimation& animation);
+
+  // Writes the morph tracks of the stacks that the command selects to its output file. In the dry
+  // run, whether there are any tracks.
+  bool ExportMorphAnim(ConversionArguments& args, zevoMagicStops magicStops);
+  // With version 1 the stack that the command names is taken. With version 2 the stacks that it
+  // doesn't name are, so that no names at all take every stack.
+  bool AddMorphAnimation(ConversionArguments& args, CalCoreMorphAnimation& animation);
+
+  // Whether the stack morphs any mesh of the scene; prints which one.
+  bool CheckTracksForMorphAnimation(FbxWrapper* wrapper, FbxAnimStack* stack);
+
+  // Prints the transforms of every bone in the scene and in `animation` side by side, for 120 steps
+  // in time. False if the command names no skeleton.
+  bool Compare(ConversionArguments& args, const CalCoreAnimation& animation);
+
+ private:
+  using HoldersByRoot = std::map<std::string, std::vector<AnimationInfoHolder>>;
+
+  // Drops duplicates and sorts what is left into the maps.
+  void Analyze(HoldersByRoot& byRoot, AnimationMap& skeletal, AnimationMap& morph);
+  // These add what the layer animates below the node.
+  void GetAnimationsInLayer(FbxAnimStack* stack, FbxAnimLayer* layer, FbxNode* node,
+                            AnimationInfoHolder& skeletal, AnimationInfoHolder& morph);
+  void GetSkelAnimationInLayer(FbxAnimStack* stack, FbxAnimLayer* layer, FbxNode* node,
+                               AnimationInfoHolder& holder);
+  void GetMorphAnimationInLayer(FbxAnimStack* stack, FbxAnimLayer* layer, FbxNode* node,
+                                AnimationInfoHolder& holder);
+
+  ConversionArguments& args_;
+};
