@@ -152,9 +152,7 @@ std::vector<FbxNode*> TopLevelNodes(const FbxScene& scene) {
 }
 
 // Below nodes whose scaling has become negative, the nodes that don't inherit it must mirror
-// themselves. Those that inherit it between the rotations (type 0) can't, since a mirrored parent
-// has no rotation to go by; taking it as a whole (type 1) is the same but for shear. Returns the
-// nodes with negated scaling, `tops` among them.
+// themselves. Returns the nodes with negated scaling, `tops` among them.
 std::vector<FbxNode*> MirrorDescendants(const std::vector<FbxNode*>& tops) {
   std::vector<FbxNode*> mirrored = tops;
   struct Pending {
@@ -169,15 +167,11 @@ std::vector<FbxNode*> MirrorDescendants(const std::vector<FbxNode*>& tops) {
   while (!pending.empty()) {
     const auto [node, parentMirrored] = pending.back();
     pending.pop_back();
-    FbxProperty inheritType = node->Property(&Index::inheritType);
-    const EFbxInheritType type = ToInheritType(inheritType.Get<int>());
+    const EFbxInheritType type = ToInheritType(node->Property(&Index::inheritType).Get<int>());
     const bool mirror = parentMirrored && type == eInheritRrs;
     if (mirror) {
       ConvertNode(*node, {{}, {}, -1.0});
       mirrored.push_back(node);
-    } else if (type == eInheritRrSs) {
-      inheritType.Set(static_cast<int>(eInheritRSrs));
-      node->UpdatePivotsAndLimitsFromProperties();
     }
     addChildren(*node, mirror);
   }
@@ -268,5 +262,5 @@ void FbxAxisSystem::ConvertScene(FbxScene* scene) const {
   ConvertPoses(*scene, change.axes);
   ConvertClusters(*scene, change.axes);
   scene->GetGlobalSettings().SetAxisSystem(*this);
-  scene->GetAnimationEvaluator().Reset();
+  scene->GetAnimationEvaluator().ConvertFileAxes(change.axes);
 }

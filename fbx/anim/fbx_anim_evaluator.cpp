@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cmath>
 
 #include "fbx/anim/fbx_anim_curve.h"
 #include "fbx/anim/fbx_anim_stack.h"
@@ -78,37 +77,6 @@ void ScaleRows(FbxAMatrix& matrix, const FbxVector4& scaling) {
   matrix = FbxAMatrix(rows);
 }
 
-// A pure rotation by the angles of a global matrix. A matrix with shear has no rotation of its own:
-// its rows are made orthogonal, the X row first, since angles read off skewed rows would depend on
-// the axes of the world, and turning the whole scene would change more than its orientation.
-FbxAMatrix PureRotation(const FbxAMatrix& global) {
-  constexpr double kShear = 1e-9;
-  std::array<FbxVector4, 3> rows;
-  for (size_t i = 0; i < 3; ++i) {
-    const int row = static_cast<int>(i);
-    rows[i] = {global.Get(row, 0), global.Get(row, 1), global.Get(row, 2), 0.0};
-    rows[i].Normalize();
-  }
-  FbxAMatrix rotation = global;
-  if (std::abs(rows[0].DotProduct(rows[1])) > kShear ||
-      std::abs(rows[0].DotProduct(rows[2])) > kShear ||
-      std::abs(rows[1].DotProduct(rows[2])) > kShear) {
-    FbxMatrix orthogonal;
-    for (size_t i = 0; i < 3; ++i) {
-      for (size_t j = 0; j < i; ++j) rows[i] -= rows[j] * rows[j].DotProduct(rows[i]);
-      rows[i].Normalize();
-      for (size_t j = 0; j < 3; ++j) {
-        orthogonal.At(static_cast<int>(i), static_cast<int>(j)) = rows[i][j];
-      }
-    }
-    rotation = FbxAMatrix(orthogonal);
-  }
-  const FbxVector4 angles = rotation.GetR();
-  rotation.SetIdentity();
-  rotation.SetR(angles);
-  return rotation;
-}
-
 }  // namespace
 
 FbxAnimEvaluator::FbxAnimEvaluator(const FbxScene* scene) : scene_(scene) { Reset(); }
@@ -136,6 +104,11 @@ const FbxNodeEvalState& FbxAnimEvaluator::GetNodeEvalStateWithLocal(const FbxNod
     state.hasLocal = true;
   }
   return state;
+}
+
+void FbxAnimEvaluator::ConvertFileAxes(const FbxAMatrix& conversion) {
+  fromFileAxes_ = conversion * fromFileAxes_;
+  Reset();
 }
 
 void FbxAnimEvaluator::GoTo(FbxTime time) {
@@ -269,6 +242,14 @@ void FbxAnimEvaluator::ComputeTRSLocal(const FbxNode& node, FbxNodeEvalState& st
   state.translation = transform.translationLimits.Apply(results[0]);
   state.rotation = transform.ApplyRotationLimits(results[1]);
   state.scaling = transform.scalingLimits.Apply(results[2]);
+}
+
+// Angles read off a matrix with shear depend on the axes of the world, so they are read in the axes
+// of the file: converting the scene to other axes then turns it and changes nothing else.
+FbxAMatrix FbxAnimEvaluator::PureRotation(const FbxAMatrix& global) const {
+  FbxAMatrix rotation;
+  rotation.SetR((fromFileAxes_.Inverse() * global).GetR());
+  return fromFileAxes_ * rotation;
 }
 
 // Rotation, scaling with shear, and translation are carried on separately: GRM, GSM, GT. The node's

@@ -91,6 +91,8 @@ class FbxAnimEvaluator {
                                                     bool forceEval = false);
   // Forgets what was computed, and which curves drive which node.
   void Reset();
+  // Tells that the scene's global transforms are from now on `conversion` times what they were.
+  void ConvertFileAxes(const FbxAMatrix& conversion);
 
  private:
   void GoTo(FbxTime time);
@@ -99,12 +101,15 @@ class FbxAnimEvaluator {
   void FindDriversOfLayer(const FbxAnimLayer& layer, size_t index);
   FbxNodeEvalState& StateOf(const FbxNode& node) const;
   FbxNodeEvalState& Compute(const FbxNode& node);
+  // A rotation by the angles of a global matrix.
+  FbxAMatrix PureRotation(const FbxAMatrix& global) const;
   void ComputeTRSLocal(const FbxNode& node, FbxNodeEvalState& state);
   void ComputeGlobalTransform(const FbxNode& node, FbxNodeEvalState& state,
                               FbxNodeEvalState* parent);
 
   const FbxScene* scene_;
   FbxAnimEvalState state_;
+  FbxAMatrix fromFileAxes_;  // from the axes of the file to the scene's
   uint64_t driversGeneration_ = 0;
   std::vector<const FbxNode*> chain_;  // the way up to a computed ancestor
 };

@@ -26,12 +26,28 @@ constexpr std::array<AxisOrder, 7> kAxisTable = {{{{0, 1, 2}, false},
 
 size_t At(size_t row, size_t col) { return row * 4 + col; }
 
+struct SinCos {
+  double sin;
+  double cos;
+};
+
+// Exact for whole quarter turns, of which exported scenes are full: the plain functions leave 6e-17
+// where a 0 belongs, and every coordinate behind it carries the trace.
+SinCos SinCosOfDegrees(double degrees) {
+  if (std::fmod(degrees, 90.0) == 0.0) {
+    static constexpr std::array<SinCos, 4> kQuarters = {{{0, 1}, {1, 0}, {0, -1}, {-1, 0}}};
+    const int quarter = static_cast<int>(std::fmod(degrees, 360.0) / 90.0);
+    return kQuarters[static_cast<size_t>((quarter + 4) % 4)];
+  }
+  return {std::sin(degrees * kRadians), std::cos(degrees * kRadians)};
+}
+
 void WriteRotation(FbxDouble4x4& m, const FbxVector4& degrees, const AxisOrder& order) {
   const auto [i, j, k] = order.axes;
-  const double sense = order.odd ? -kRadians : kRadians;
-  const double sx = std::sin(degrees[i] * sense), cx = std::cos(degrees[i] * sense);
-  const double sy = std::sin(degrees[j] * sense), cy = std::cos(degrees[j] * sense);
-  const double sz = std::sin(degrees[k] * sense), cz = std::cos(degrees[k] * sense);
+  const double sense = order.odd ? -1.0 : 1.0;
+  const auto [sx, cx] = SinCosOfDegrees(degrees[i] * sense);
+  const auto [sy, cy] = SinCosOfDegrees(degrees[j] * sense);
+  const auto [sz, cz] = SinCosOfDegrees(degrees[k] * sense);
   m[At(i, i)] = cy * cz;
   m[At(i, j)] = cy * sz;
   m[At(i, k)] = -sy;

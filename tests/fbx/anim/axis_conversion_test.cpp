@@ -152,8 +152,7 @@ TEST(AxisConversion, HandednessIsCarriedByTheSignOfTheScaling) {
        {FbxAxisSystem::DirectX, FbxAxisSystem({0, 1}, {2, 1}, {1, 1})}) {
     AnimScene a;
     a.scene->GetGlobalSettings().SetAxisSystem(source);
-    // Scaling that differs by axis would make shear, which only an unmirrored parent passes on.
-    BuildZoo(a, {2, 2, 2});
+    BuildZoo(a, {2, 3, 4});
     FbxNode* top = a.scene->GetRootNode()->GetChild(0);
     FbxAnimStack* stack = a.scene->GetCurrentAnimationStack();
     for (const char* axis : {"X", "Y", "Z"}) {
