@@ -18,14 +18,16 @@ bool Lists(const ConversionArguments& args, ObjectType type) {
   return args.type == LIST_ALL_OBJECT || (args.type & type) != 0;
 }
 
-void List(FbxWrapper* wrapper, const ConversionArguments& args) {
+void List(FbxWrapper* wrapper, ConversionArguments& args) {
   if (Lists(args, NODE_OBJECT)) ListNodes(wrapper, args);
+  if (Lists(args, MESH_OBJECT)) ListMeshes(args);
 }
 
 // The steps run in a fixed order that callers know from the records. Returns the exit status.
 int Export(ConversionArguments& args) {
   if ((args.type & NODE_OBJECT) != 0) ExportSkeletons(args);
-  return 0;
+  const bool meshesFailed = (args.type & MESH_OBJECT) != 0 && !ExportMeshes(args);
+  return meshesFailed ? 1 : 0;
 }
 
 // A command that needs a scene; it is loaded whatever the mode is.

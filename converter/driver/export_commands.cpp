@@ -1,11 +1,14 @@
 #include "converter/driver/export_commands.h"
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
 #include "converter/driver/log.h"
 #include "converter/driver/names.h"
 #include "converter/driver/records.h"
+#include "converter/material/media_folder.h"
+#include "converter/mesh/export_mesh.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/skeleton/export_skeleton.h"
 #include "converter/skeleton/skeleton_roots.h"
@@ -29,6 +32,31 @@ void ExportSkeletonNamed(const std::string& name, ConversionArguments args) {
   }
 }
 
+void ReportMeshFailure(const ConversionArguments& args) {
+  if (args.commandVersion == 1) {
+    std::printf("could not create file %s from %s with root %s and mesh %s\n",
+                args.outputFilename.c_str(), args.inputFilename.c_str(),
+                args.skeletonRootPath.c_str(), args.exportObjectName.c_str());
+    return;
+  }
+  AddOutput("WARNING", "could not create file for meshes from ", false);
+  AddOutput(args.inputFilename, false);
+  AddOutput(" with root ", false);
+  AddOutput(args.skeletonRootPath, false);
+  const std::vector<std::string>& names = args.exportObjectNames;
+  if (names.empty()) {
+    AddOutput("for ALL OBJECTS", true);
+    return;
+  }
+  AddOutput(" and mesh names", false);
+  for (size_t i = 0; i < names.size(); ++i) {
+    AddOutput(" '", false);
+    AddOutput(names[i], false);
+    AddOutput(2 * i < names.size() ? "' " : "', ", false);
+  }
+  AddOutput("", true);
+}
+
 }  // namespace
 
 void ExportSkeletons(ConversionArguments& args) {
@@ -44,4 +72,14 @@ void ExportSkeletons(ConversionArguments& args) {
 bool ExportSkeleton(ConversionArguments& args) {
   FbxNode* const root = GetSkeletonRoot(FbxWrapper::getInstance(args), args);
   return root != nullptr && ExportCal3DSkeleton(root, args.outputFilename, args);
+}
+
+bool ExportMeshes(ConversionArguments& args) {
+  ExportMesh exporter(args);
+  const bool exported = exporter.Export(false);
+  if (!exported) ReportMeshFailure(args);
+  for (const std::string& texture : gatherTextureListFromDirectory(args.inputFilename)) {
+    MoveFileFromSDKTextureDirectoryToZEVOTextureDirectory(args.inputFilename, texture, args);
+  }
+  return exported;
 }

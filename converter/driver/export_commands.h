@@ -8,3 +8,6 @@
 void ExportSkeletons(ConversionArguments& args);
 // The skeleton that `args` names, to its output file. True if the file was written.
 bool ExportSkeleton(ConversionArguments& args);
+
+// False, after a report on standard output, if the root was missing or a file wasn't written.
+bool ExportMeshes(ConversionArguments& args);

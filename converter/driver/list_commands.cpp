@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "converter/driver/records.h"
+#include "converter/mesh/export_mesh.h"
 #include "converter/scene/node_paths.h"
 #include "converter/scene/scene_queries.h"
 #include "converter/skeleton/skeleton_roots.h"
@@ -111,4 +112,27 @@ void ListNodes(FbxWrapper* wrapper, const ConversionArguments& args) {
         return BuildRootNodeName(nodes.front(), nullptr) == args.skeletonRootPath;
       });
   if (skeleton != skeletons.end()) ListNodesOfSkeleton(*skeleton, args);
+}
+
+void ListMeshes(ConversionArguments& args) {
+  ExportMesh exporter(args);
+  if (!args.showLabels) {
+    exporter.WalkListReturnListPrint(true, nullptr);
+    return;
+  }
+  std::vector<sMesh> rows;
+  exporter.WalkListReturnListPrint(false, &rows);
+  std::stable_sort(rows.begin(), rows.end(), compareMeshReturnValues_());
+  if (rows.empty()) AddWarning("Fbx file contains no meshes");
+  for (const sMesh& row : rows) {
+    // The name of the row is encoded already; callers expect it twice encoded.
+    AddOutput("MESH", encodeName(args.encodeNames, row.name), row.materials.empty());
+    const bool showMorphs = args.verbosity != 0 && row.mesh != nullptr;
+    if (!row.materials.empty()) AddOutput("MATERIALS", row.materials, !showMorphs);
+    if (!showMorphs) continue;
+    for (const std::string& morph : getMorphTargetsOnMesh(row.mesh)) {
+      AddOutput("MORPH", morph, false);
+    }
+    AddOutput("", true);
+  }
 }

@@ -8,3 +8,6 @@
 // The scene's skeletons with their meshes or, with a skeleton's path in `args`, that skeleton's
 // nodes.
 void ListNodes(FbxWrapper* wrapper, const ConversionArguments& args);
+
+// The meshes with their materials and, in a verbose command, their morph targets.
+void ListMeshes(ConversionArguments& args);

@@ -25,7 +25,7 @@ class Commands : public testing::Test {
     scene_.Connect(node, parent);
     if (type == "LimbNode") scene_.Connect(scene_.AddNodeAttribute(name, type), node);
     if (type == "Mesh") {
-      scene_.Connect(scene_.AddMesh(name, {0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, -3}), node);
+      scene_.Connect(scene_.AddMesh(name, {0, 0, 0, 100, 0, 0, 0, 100, 0}, {0, 1, -3}), node);
     }
     return node;
   }
@@ -120,6 +120,52 @@ TEST_F(Commands, ExportSkeletons) {
   EXPECT_EQ(Run({"-dno/such", root, "a.fbx", "export", "skel", "b"}),
             "ERROR: Failed to create file no/such/b.xsf for ANIMATION b\n");
   EXPECT_EQ(run_.status, 0);
+}
+
+TEST_F(Commands, ListMeshes) {
+  Save("empty.fbx");
+  EXPECT_EQ(Run({"empty.fbx", "list", "mesh"}), "WARNING: Fbx file contains no meshes\n");
+  EXPECT_EQ(Run({"-n", "empty.fbx", "list", "mesh"}), "");
+  AddNode("Body", "Mesh", SceneBuilder::kRoot);
+  AddNode("A b", "Mesh", SceneBuilder::kRoot);
+  AddNode("Body", "Mesh", SceneBuilder::kRoot);
+  Save("a.fbx");
+  EXPECT_EQ(Run({"a.fbx", "list", "mesh"}),
+            "MESH: A b MATERIALS: 0 \nMESH: Body MATERIALS: 0 \nMESH: Body_1 MATERIALS: 0 \n");
+  EXPECT_EQ(Run({"-n", "a.fbx", "list", "mesh"}), "A b\nBody\nBody_1\n");
+  // A labelled name is encoded twice.
+  EXPECT_THAT(Run({"-e", "a.fbx", "list", "mesh"}), StartsWith("MESH: A%2520b MATERIALS: 0 \n"));
+  EXPECT_EQ(Run({"-ne", "a.fbx", "list", "mesh"}), "A%20b\nBody\nBody_1\n");
+  // A verbose listing ends its lines behind the morph targets.
+  EXPECT_THAT(Run({"-v", "a.fbx", "list", "mesh"}), EndsWith("\nMESH: Body_1 MATERIALS: 0  \n"));
+  EXPECT_THAT(Run({"-v", SamplesDirectory() + "/avatar.fbx", "list", "mesh"}),
+              EndsWith("\nMESH: Body MATERIALS: 0 1  MORPH: smile MORPH: blink \n"));
+}
+
+TEST_F(Commands, ExportMeshes) {
+  AddNode("My Body", "Mesh", SceneBuilder::kRoot);
+  Save("a.fbx");
+  EXPECT_EQ(Run({"-rRootNode", "a.fbx", "export", "mesh"}),
+            "MESH: My Body MATERIAL: 0  FILENAME: My%20Body.xmf\n");
+  EXPECT_EQ(run_.status, 0);
+  EXPECT_TRUE(FileExists(dir_.File("My%20Body.xmf")));
+  const std::string noRoot = "ERROR: Skeleton Root Node [Hips] not found in FBX\n\n";
+  EXPECT_EQ(Run({"-rHips", "a.fbx", "export", "mesh"}),
+            noRoot +
+                "WARNING: could not create file for meshes from  a.fbx  with root  Hips "
+                "for ALL OBJECTS\n");
+  EXPECT_EQ(run_.status, 1);
+  // From the middle of the list on, the closing quotes have a comma.
+  EXPECT_EQ(Run({"-rHips", "a.fbx", "export", "mesh", "a", "b", "c"}),
+            noRoot +
+                "WARNING: could not create file for meshes from  a.fbx  with root  Hips "
+                " and mesh names  ' a '   ' b '   ' c ',  \n");
+  EXPECT_EQ(run_.status, 1);
+  // The last command decides; a help screen decides nothing.
+  Run({"-rHips", "a.fbx", "export", "mesh", "-", "a.fbx", "list", "mesh"});
+  EXPECT_EQ(run_.status, 0);
+  Run({"-rHips", "a.fbx", "export", "mesh", "-", "-h"});
+  EXPECT_EQ(run_.status, 1);
 }
 
 TEST_F(Commands, ASceneThatCannotBeLoadedEndsTheRun) {
