@@ -8,11 +8,13 @@ namespace {
 constexpr std::string_view kAlphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-constexpr std::array<int8_t, 256> kDigits = [] {
-  std::array<int8_t, 256> digits = {};
-  digits.fill(-1);
+constexpr uint8_t kNoDigit = 64;
+
+constexpr std::array<uint8_t, 256> kDigits = [] {
+  std::array<uint8_t, 256> digits = {};
+  digits.fill(kNoDigit);
   for (size_t i = 0; i < kAlphabet.size(); ++i) {
-    digits[static_cast<unsigned char>(kAlphabet[i])] = static_cast<int8_t>(i);
+    digits[static_cast<unsigned char>(kAlphabet[i])] = static_cast<uint8_t>(i);
   }
   return digits;
 }();
@@ -26,9 +28,9 @@ std::string DecodeBase64(std::string_view text) {
   int bits = 0;
   for (const char character : text) {
     if (character == '=') break;
-    const int digit = kDigits[static_cast<unsigned char>(character)];
-    if (digit < 0) continue;
-    group = group << 6 | static_cast<uint32_t>(digit);
+    const uint8_t digit = kDigits[static_cast<unsigned char>(character)];
+    if (digit == kNoDigit) continue;
+    group = group << 6 | digit;
     bits += 6;
     if (bits >= 8) {
       bits -= 8;

@@ -128,8 +128,8 @@ bool FbxIO::BinaryReadHeader() {
   const std::string_view bytes = source_->View(0, kBinaryHeaderSize);
   if (bytes.size() < kBinaryHeaderSize) return false;
   const std::string_view magic = bytes.substr(0, 21);
-  if (magic != std::string_view("Kaydara FBX Binary  ", 21) &&
-      magic != std::string_view("Autodesk FBX Binary ", 21)) {
+  if (magic != std::string_view("Kaydara FBX Binary  \0", 21) &&
+      magic != std::string_view("Autodesk FBX Binary \0", 21)) {
     return false;
   }
   const bool isBigEndian = bytes[22] != 0;
