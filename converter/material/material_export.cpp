@@ -1,0 +1,70 @@
+#include "converter/material/material_export.h"
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "cal3d/io/saver.h"
+#include "converter/driver/log.h"
+#include "converter/driver/names.h"
+#include "converter/driver/records.h"
+#include "converter/material/material_text.h"
+#include "converter/material/media_folder.h"
+#include "converter/material/texture_type.h"
+#include "converter/mesh/export_mesh.h"
+
+namespace {
+
+MaterialMasterMap MaterialsOfCommand(ConversionArguments& args) {
+  std::string skeletonName;
+  return BuildMaterialMasterMap(ExportMesh(args).ListMeshesForSkeleton(skeletonName));
+}
+
+// The supported channels in key order; the others are warned of.
+CalCoreMaterial MakeMaterial(const MaterialMap& map) {
+  CalCoreMaterial material;
+  for (const auto& [key, value] : map) {
+    if (key == _MATERIAL) continue;
+    if (isSupportedTextureType(key)) {
+      material.maps.push_back({getFileNameFromPath(value), getCal3dTextureType(key)});
+    } else {
+      AddTextureWarning(key, value);
+    }
+  }
+  return material;
+}
+
+}  // namespace
+
+void ExportMaterials(ConversionArguments& args) {
+  LOG_INFO(args.toString());
+  for (const auto& [map, id] : MaterialsOfCommand(args)) {
+    if (map.empty()) continue;
+    const CalCoreMaterial material = MakeMaterial(map);
+    if (material.maps.empty()) continue;
+    const std::string& name = MaterialName(map);
+    const std::string file =
+        prependPathToFileName(args.directoryForOutputFiles, urlencode(name) + ".xrf");
+    if (!CalSaver::saveCoreMaterial(file, &material)) continue;
+    AddOutput(_MATERIAL, std::to_string(id) + ' ' + name, false);
+    AddOutput("FILENAME", file, false);
+    AddOutput(MaterialMapToString(map, false), true);
+  }
+}
+
+void PrintTextureList(ConversionArguments& args) {
+  const std::vector<std::string> files = ListFilesInDirectory(GetMediaFolder(args.inputFilename));
+  for (auto file = files.rbegin(); file != files.rend(); ++file) {
+    std::printf("%s: %s\n", _TEXTURE, encodeName(args.encodeNames, *file).c_str());
+  }
+  std::printf("\n");
+
+  const MaterialMasterMap master = MaterialsOfCommand(args);
+  for (const std::string& text : MaterialMasterMapToStrings(master)) {
+    AddOutput(_MATERIAL, text, true);
+  }
+  std::string name;
+  for (const std::string& text : MaterialMasterMapToTextureStrings(master, name)) {
+    AddOutput(_TEXTURE, text, true);
+  }
+}
