@@ -9,6 +9,7 @@
 #include "converter/driver/list_commands.h"
 #include "converter/driver/log.h"
 #include "converter/driver/records.h"
+#include "converter/material/material_export.h"
 #include "converter/scene/fbx_wrapper.h"
 
 namespace {
@@ -21,12 +22,14 @@ bool Lists(const ConversionArguments& args, ObjectType type) {
 void List(FbxWrapper* wrapper, ConversionArguments& args) {
   if (Lists(args, NODE_OBJECT)) ListNodes(wrapper, args);
   if (Lists(args, MESH_OBJECT)) ListMeshes(args);
+  if (Lists(args, TEXTURE_OBJECT)) PrintTextureList(args);
 }
 
 // The steps run in a fixed order that callers know from the records. Returns the exit status.
 int Export(ConversionArguments& args) {
   if ((args.type & NODE_OBJECT) != 0) ExportSkeletons(args);
   const bool meshesFailed = (args.type & MESH_OBJECT) != 0 && !ExportMeshes(args);
+  if ((args.type & TEXTURE_OBJECT) != 0) ExportMaterials(args);
   return meshesFailed ? 1 : 0;
 }
 
