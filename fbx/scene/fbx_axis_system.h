@@ -50,10 +50,9 @@ class FbxAxisSystem {
   // Takes the scene from its own system to this one: afterwards every node's global transform, with
   // and without animation, and every bind pose matrix is the conversion matrix times what it was.
   // Top-level nodes carry the change, everything below keeps its local data, and vertices aren't
-  // touched. From a system of the other handedness top-level nodes get a negative scaling, which
-  // inherit types below are adapted to; it is exact where scalings above a node of type 0 are
-  // uniform. A top-level node with animated rotation and a rotation space for limits only loses
-  // those limits. Without effect when either system isn't valid.
+  // touched. From a system of the other handedness top-level nodes get a negative scaling, and so
+  // do nodes below that don't inherit it. A top-level node with animated rotation and a rotation
+  // space for limits only loses those limits. Without effect when either system isn't valid.
   void ConvertScene(FbxScene* scene) const;
 
  private:
