@@ -1,0 +1,130 @@
+// Where control points come out, and which bones hold them.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/converter/mesh/mesh_scene.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+const std::vector<double> kPoints{0, 0, 0, 200, 0, 0, 0, 200, 0};
+const std::vector<std::vector<int32_t>> kTriangle{{0, 1, 2}};
+const std::string kWritten = "MESH: m MATERIAL: 0  FILENAME: m.xmf\n";
+
+TEST(ControlPoints, TransformThenScaleThenAxes) {
+  MeshScene scene;
+  const int64_t parent =
+      scene.AddNode("parent", "Null", SceneBuilder::kRoot, {P("Lcl Translation", {0, 0, 1000})});
+  scene.AddMesh("m", kPoints, kTriangle, {}, parent,
+                {P("Lcl Scaling", {2, 3, 1}),
+                 P("GeometricTranslation", "Vector3D", "Vector", "", {10.0, 0.0, 0.0})});
+  scene.args.scaleFactor = 0.5F;
+  scene.args.upAxis = "y";
+  scene.args.frontAxis = "z";
+  EXPECT_EQ(scene.Export(), kWritten);
+  // x is (10 + 200) * 2 * 0.5; the third axis takes y, the second the negated z.
+  const CalCoreMesh mesh = scene.Load("m");
+  EXPECT_THAT(PositionOf(*mesh.submeshes[0], 1), ElementsAre(210, -500, 0));
+  EXPECT_THAT(PositionOf(*mesh.submeshes[0], 2), ElementsAre(10, -500, 300));
+}
+
+class Weights : public testing::Test {
+ protected:
+  Weights() {
+    scene_.args.skeletonRootPath = "RootNode/Hips";
+    scene_.AddMesh("m", kPoints, kTriangle);
+    skin_ = scene_.AddSkin();
+  }
+  std::string Of(size_t vertex) {
+    const CalCoreMesh mesh = scene_.Load("m");
+    return InfluencesOf(*mesh.submeshes[0], vertex);
+  }
+
+  MeshScene scene_;
+  int64_t hips_ = scene_.AddNode("Hips", "LimbNode");
+  int64_t zed_ = scene_.AddNode("Zed", "LimbNode", hips_);
+  int64_t arm_ = scene_.AddNode("Arm", "LimbNode", hips_);
+  int64_t skin_ = 0;
+};
+
+TEST_F(Weights, InTheOrderOfPathsAndNormalized) {
+  scene_.AddCluster(skin_, zed_, {0, 1}, {0.3, 0.25});
+  scene_.AddCluster(skin_, arm_, {1, 0, 0}, {0.25, 0.5, 0.1});
+  scene_.AddCluster(skin_, hips_, {0, 5, -3}, {0.0, 1.0, 1.0});
+  EXPECT_EQ(scene_.Export(), kWritten);
+  // The second entry of Arm for point 0 replaces the first; Hips has only a zero for it.
+  EXPECT_EQ(Of(0), "2:0.25 1:0.75");
+  EXPECT_EQ(Of(1), "2:0.5 1:0.5");
+  EXPECT_EQ(Of(2), "0:1") << "a point without weights hangs on the first bone";
+}
+
+TEST_F(Weights, TheLastClusterDecidesHowTheyCount) {
+  scene_.AddCluster(skin_, arm_, {0}, {0.25});
+  scene_.AddCluster(skin_, 0, {}, {}, "Additive");
+  EXPECT_EQ(scene_.Export(), "WARNING: Unsupported cluster mode\n" + kWritten);
+  EXPECT_EQ(Of(0), "2:0.25");
+}
+
+TEST_F(Weights, ALaterSkinReplacesWeights) {
+  scene_.AddCluster(skin_, arm_, {0, 1}, {1.0, 0.5}, "Total1");
+  scene_.AddCluster(scene_.AddSkin(), arm_, {0}, {0.5});
+  EXPECT_EQ(scene_.Export(), kWritten);
+  EXPECT_EQ(Of(0), "2:1") << "0.5 and no more, then normalized";
+  EXPECT_EQ(Of(1), "2:1");
+}
+
+TEST_F(Weights, BonesOutsideTheSkeletonAreErrors) {
+  const int64_t other = scene_.AddNode("Other", "LimbNode");
+  scene_.AddCluster(skin_, other, {0, 1, 2}, {0.5, 0.0, 0.5});
+  const std::string error =
+      "ERROR: Mesh m (RootNode/m) is skinned to bone [RootNode/Other] which is not in the "
+      "specified skeleton hierarchy\n";
+  EXPECT_EQ(scene_.Export(), error + error + kWritten);
+  EXPECT_EQ(Of(0), "0:1");
+}
+
+TEST(WeightsWithoutSkin, AMeshInTheSkeletonFollowsItsNode) {
+  MeshScene scene;
+  const int64_t hips = scene.AddNode("Hips", "LimbNode");
+  scene.AddNode("Arm", "LimbNode", hips);
+  scene.AddMesh("m", kPoints, kTriangle, {}, hips);
+  // A skin that holds nothing in the skeleton leaves it at that.
+  scene.AddCluster(scene.AddSkin(), 0, {0}, {1.0}, "Additive");
+  scene.args.skeletonRootPath = "RootNode/Hips";
+  EXPECT_EQ(scene.Export(), kWritten);
+  const CalCoreMesh mesh = scene.Load("m");
+  for (size_t i = 0; i < 3; ++i) EXPECT_EQ(InfluencesOf(*mesh.submeshes[0], i), "2:1");
+}
+
+TEST(ControlPoints, OfSiblingsOfOneNameTheFirstIsFound) {
+  MeshScene scene;
+  scene.AddNode("m");
+  scene.AddMesh("m", kPoints, kTriangle);
+  EXPECT_EQ(scene.Export(),
+            "WARNING: Mesh m (RootNode/m) has 1 polygons with control points that do not exist, "
+            "which are left out\nWARNING: m has no geometry\n");
+  EXPECT_TRUE(scene.succeeded);
+  EXPECT_FALSE(scene.HasFile("m"));
+}
+
+TEST(ControlPoints, DiagnosticsShowEachStep) {
+  MeshScene scene;
+  scene.AddMesh("m", kPoints, kTriangle);
+  scene.args.verbosity = 3;
+  scene.args.scaleFactor = 2.0F;
+  const std::string out = scene.Export();
+  for (const char* text :
+       {"\nexporting 3 control points for RootNode/m m", "\nglobal position:\tT:", "\npose:\tT:",
+        "\nraw points:\n\t[0.00, 0.00, 0.00]\n\t[200.00, 0.00, 0.00]",
+        "[200.00, 0.00, 0.00]=>[400.00, 0.00, 0.00]\t", "\nscaled points:\n\t[0.00, 0.00, 0.00]",
+        "WARNING: ExportMesh::Export m\n",
+        "\nnormals:\nDEBUG: ExportMesh::FillInPolygonVertexIndexes m : #polys= 1\n",
+        "\n mesh min:0.000000,0.000000,0.000000 max:400.000000,400.000000,0.000000\n"}) {
+    EXPECT_THAT(out, HasSubstr(text));
+  }
+}
+
+}  // namespace

@@ -1,0 +1,242 @@
+// The attributes of polygon corners under every mapping, and how control points split by them.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/converter/mesh/mesh_scene.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+const std::vector<double> kQuad{0, 0, 0, 200, 0, 0, 200, 200, 0, 0, 200, 0};
+// Two triangles with the points 0 and 2 in common.
+const std::vector<std::vector<int32_t>> kTwo{{0, 1, 2}, {0, 2, 3}};
+const std::vector<double> kXYZ{1, 0, 0, 0, 1, 0, 0, 0, 1};
+
+// Exports the two triangles with these elements and gives the one submesh.
+boost::shared_ptr<CalCoreSubmesh> Export(FbxRecords elements) {
+  MeshScene scene;
+  scene.AddMesh("m", kQuad, kTwo, std::move(elements));
+  EXPECT_EQ(scene.Export(), "MESH: m MATERIAL: 0  FILENAME: m.xmf\n");
+  const CalCoreMesh mesh = scene.Load("m");
+  return mesh.submeshes.empty() ? boost::shared_ptr<CalCoreSubmesh>() : mesh.submeshes[0];
+}
+
+// The axis of each vertex's normal, "0" where there is none.
+std::string NormalsOf(const CalCoreSubmesh& submesh) {
+  std::string axes;
+  for (size_t i = 0; i < submesh.vertices().size(); ++i) {
+    const std::vector<float> normal = NormalOf(submesh, i);
+    axes += normal[0] != 0 ? "x" : normal[1] != 0 ? "y" : normal[2] != 0 ? "z" : "0";
+  }
+  return axes;
+}
+
+TEST(CornerNormals, UnderEveryMapping) {
+  const struct {
+    const char* what;
+    FbxRecords elements;
+    const char* axes;
+  } cases[] = {
+      {"none", {}, "0000"},
+      {"by point", {Normals("ByVertice", "Direct", {1, 0, 0, 0, 1, 0, 0, 0, 1, 1, 0, 0})}, "xyzx"},
+      {"by point, indexed", {Normals("ByVertice", "IndexToDirect", kXYZ, {2, 1, 1, 0})}, "zyyx"},
+      {"by corner",
+       {Normals("ByPolygonVertex", "IndexToDirect", kXYZ, {0, 0, 0, 1, 0, 2})},
+       "xyxxz"},
+      {"by polygon", {Normals("ByPolygon", "Direct", kXYZ)}, "xyxxyy"},
+      {"all same", {Normals("AllSame", "Direct", kXYZ)}, "xxxx"},
+      {"index out of range", {Normals("ByVertice", "IndexToDirect", kXYZ, {2, 1, -1, 9})}, "zy00"},
+      {"too short", {Normals("ByVertice", "Direct", kXYZ)}, "xyz0"},
+      {"plain index", {Normals("ByVertice", "Index", kXYZ, {1, 1, 1, 1})}, "yyyy"},
+      {"by edge, then one for all",
+       {Normals("ByEdge", "Direct", kXYZ), Normals("AllSame", "IndexToDirect", kXYZ, {2})},
+       "zzzz"},
+      {"of two elements the first",
+       {Normals("AllSame", "Direct", {0, 1, 0}), Normals("AllSame", "Direct", kXYZ)},
+       "yyyy"},
+      {"lengths don't count", {Normals("ByPolygon", "Direct", {2, 0, 0, 7, 0, 0})}, "xxxx"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    const auto submesh = Export(c.elements);
+    ASSERT_TRUE(submesh);
+    EXPECT_EQ(NormalsOf(*submesh), c.axes);
+  }
+}
+
+TEST(CornerNormals, TurnWithTheNodeButNotWithTheAxes) {
+  MeshScene scene;
+  scene.AddMesh("m", kQuad, kTwo, {Normals("AllSame", "Direct", {1, 0, 0})}, SceneBuilder::kRoot,
+                {P("Lcl Rotation", {0, 0, 90}), P("Lcl Scaling", {1, 5, 1})});
+  scene.args.upAxis = "y";
+  scene.args.frontAxis = "z";
+  scene.Export();
+  const CalCoreMesh mesh = scene.Load("m");
+  const std::vector<float> normal = NormalOf(*mesh.submeshes[0], 0);
+  EXPECT_NEAR(normal[0], 0, 1e-7);
+  EXPECT_NEAR(normal[1], 1, 1e-7);
+}
+
+TEST(CornerColors, UnderEveryMapping) {
+  const std::vector<double> rgb{1, 0, 0, 1, 0, 1, 0, 1, 0, 0, 1, 0.5};
+  constexpr uint32_t kRed = 0xFFFF0000;
+  constexpr uint32_t kGreen = 0xFF00FF00;
+  constexpr uint32_t kBlue = 0xFF0000FF;
+  constexpr uint32_t kWhite = 0xFFFFFFFF;
+  const struct {
+    const char* what;
+    FbxRecords elements;
+    std::vector<uint32_t> words;
+  } cases[] = {
+      {"none", {}, {kWhite, kWhite, kWhite, kWhite}},
+      {"by point", {Colors("ByVertice", "Direct", rgb)}, {kRed, kGreen, kBlue, kWhite}},
+      {"by corner",
+       {Colors("ByPolygonVertex", "IndexToDirect", rgb, {0, 1, 2, 0, 2, 1})},
+       {kRed, kGreen, kBlue, kGreen}},
+      {"by polygon",
+       {Colors("ByPolygon", "Direct", rgb)},
+       {kRed, kGreen, kRed, kRed, kGreen, kGreen}},
+      {"all same", {Colors("AllSame", "IndexToDirect", rgb, {2})}, {kBlue, kBlue, kBlue, kBlue}},
+      {"plain index is not known",
+       {Colors("ByVertice", "Index", rgb, {1, 1, 1, 1})},
+       {kWhite, kWhite, kWhite, kWhite}},
+      {"fractions are cut",
+       {Colors("AllSame", "Direct", {0.5, 0.999, 0.1, 0.3})},
+       std::vector<uint32_t>(4, 0xFF7FFE19)},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    const auto submesh = Export(c.elements);
+    ASSERT_TRUE(submesh);
+    // By polygon the two corners of a shared point differ, so the points 0 and 2 split.
+    std::vector<uint32_t> words = c.words;
+    EXPECT_EQ(submesh->vertexColors(), words);
+  }
+}
+
+TEST(CornerColors, AlphaSplitsButIsNotWritten) {
+  const auto submesh = Export({Colors("ByPolygon", "Direct", {1, 1, 1, 1, 1, 1, 1, 0.5})});
+  EXPECT_EQ(submesh->vertexColors(), std::vector<uint32_t>(6, 0xFFFFFFFF));
+}
+
+TEST(CornerUVs, FirstSetIsWrittenAllAreCompared) {
+  const FbxRecord first =
+      UVs("a", "ByPolygonVertex", "IndexToDirect", {0, 0.25, 1, 0.75}, {0, 1, 1, 0, 1, -1});
+  const auto submesh = Export({first});
+  ASSERT_EQ(submesh->vertices().size(), 4U);
+  const auto& uvs = submesh->textureCoordinates();
+  EXPECT_EQ(uvs[0].v, 0.75F) << "turned upside down";
+  EXPECT_EQ(uvs[1].u, 1.0F);
+  EXPECT_EQ(uvs[3].v, 1.0F) << "a corner without a coordinate has (0, 0)";
+
+  const FbxRecord second = UVs("b", "ByPolygon", "Direct", {0, 0, 1, 1});
+  EXPECT_EQ(Export({first, second})->vertices().size(), 6U);
+  // A set is read by its name, which finds the first.
+  EXPECT_EQ(Export({first, UVs("a", "ByPolygon", "Direct", {0, 0, 1, 1})})->vertices().size(), 4U);
+  // One entry for all is no mapping of UVs.
+  EXPECT_EQ(Export({UVs("a", "AllSame", "Direct", {1, 1})})->textureCoordinates()[0].u, 0.0F);
+}
+
+TEST(Splitting, ACubeWithHardEdges) {
+  MeshScene scene;
+  std::vector<double> points;
+  for (int i = 0; i < 8; ++i) {
+    for (int axis = 0; axis < 3; ++axis) points.push_back((i >> axis & 1) * 200);
+  }
+  scene.AddMesh(
+      "m", points,
+      {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 1, 5, 4}, {2, 6, 7, 3}, {0, 4, 6, 2}, {1, 3, 7, 5}},
+      {Normals("ByPolygon", "Direct", {0, 0, -1, 0, 0, 1, 0, -1, 0, 0, 1, 0, -1, 0, 0, 1, 0, 0})});
+  scene.Export();
+  const CalCoreMesh mesh = scene.Load("m");
+  const CalCoreSubmesh& submesh = *mesh.submeshes[0];
+  ASSERT_EQ(submesh.vertices().size(), 24U);
+  // By control point, and on each in the order of the polygons.
+  EXPECT_THAT(NormalOf(submesh, 0), ElementsAre(0, 0, -1));
+  EXPECT_THAT(NormalOf(submesh, 1), ElementsAre(0, -1, 0));
+  EXPECT_THAT(NormalOf(submesh, 2), ElementsAre(-1, 0, 0));
+  EXPECT_THAT(PositionOf(submesh, 3), ElementsAre(200, 0, 0));
+  EXPECT_EQ(FacesOf(submesh)[0], (std::vector<int>{0, 6, 9}));
+  EXPECT_EQ(FacesOf(submesh)[1], (std::vector<int>{0, 9, 3}));
+}
+
+TEST(Splitting, OnePointWithAThousandNormals) {
+  // A disc whose corners at the hub all differ, every one of them twice.
+  MeshScene scene;
+  constexpr int kCount = 1000;
+  std::vector<double> points{0, 0, 0};
+  std::vector<std::vector<int32_t>> polygons;
+  std::vector<double> normals;
+  for (int i = 0; i < kCount; ++i) {
+    points.insert(points.end(), {200.0 + i, 10.0 * i, 0});
+    points.insert(points.end(), {210.0 + i, 10.0 * i, 0});
+    for (int twice = 0; twice < 2; ++twice) {
+      polygons.push_back({2 * i + 1, 2 * i + 2, 0});
+      normals.insert(normals.end(), {1.0, i * 0.01, 1.0});
+    }
+  }
+  scene.AddMesh("m", points, polygons, {Normals("ByPolygon", "Direct", normals)});
+  scene.Export();
+  const CalCoreMesh mesh = scene.Load("m");
+  const CalCoreSubmesh& submesh = *mesh.submeshes[0];
+  ASSERT_EQ(submesh.vertices().size(), 3U * kCount);
+  for (size_t i = 0; i < kCount; ++i) {
+    EXPECT_EQ(FacesOf(submesh)[2 * i], FacesOf(submesh)[2 * i + 1]);
+    EXPECT_EQ(FacesOf(submesh)[2 * i][2], static_cast<int>(i));
+  }
+}
+
+TEST(MaterialSlots, PolygonsGoByMaterial) {
+  MeshScene scene;
+  const std::vector<std::vector<int32_t>> polygons{
+      {0, 1, 2}, {0, 2, 3}, {1, 2, 3}, {0, 1, 3}, {3, 2, 1}};
+  const int64_t node = scene.AddMesh("m", kQuad, polygons, {Materials({1, 0, 7, -2})});
+  scene.AddMaterial("a[5]", node);
+  scene.AddMaterial("b[2]", node);
+  EXPECT_EQ(scene.Export(), "MESH: m MATERIAL: 2,5  FILENAME: m.xmf\n");
+  const CalCoreMesh mesh = scene.Load("m");
+  ASSERT_EQ(mesh.submeshes.size(), 2U);
+  EXPECT_EQ(mesh.submeshes[0]->coreMaterialThreadId, 2);
+  EXPECT_EQ(mesh.submeshes[0]->faces().size(), 1U);
+  // Slots out of range are slot 0, and a polygon behind the end has its predecessor's.
+  EXPECT_EQ(mesh.submeshes[1]->faces().size(), 4U);
+}
+
+TEST(MaterialSlots, OfTwoSlotsWithOneIdAPlainExportKeepsTheLater) {
+  for (const bool grouped : {false, true}) {
+    MeshScene scene;
+    const int64_t group = scene.AddNode("group");
+    const int64_t node = scene.AddMesh("m", kQuad, kTwo, {Materials({0, 1})}, group);
+    scene.AddMaterial("same", node);
+    scene.AddMaterial("same", node);
+    scene.args.groupMeshes = grouped;
+    scene.Export();
+    const CalCoreMesh mesh = scene.Load(grouped ? "group-m" : "m");
+    ASSERT_EQ(mesh.submeshes.size(), 1U);
+    const CalCoreSubmesh& submesh = *mesh.submeshes[0];
+    EXPECT_EQ(submesh.faces().size(), grouped ? 2U : 1U);
+    // The later slot stands first, and the slot tells corners of one point apart.
+    EXPECT_EQ(submesh.vertices().size(), grouped ? 6U : 3U);
+    if (grouped) EXPECT_EQ(FacesOf(submesh)[0], (std::vector<int>{0, 3, 5}));
+  }
+}
+
+TEST(HostileMeshes, PolygonsWithMissingPointsAreLeftOut) {
+  MeshScene scene;
+  scene.AddMesh(
+      "m", kQuad, {{0, 1, 2}, {0, 1, 4}, {2147483646, 0, 1}, {0, 2, 3}, {1}, {2, 3}},
+      {Normals("ByPolygonVertex", "Direct", std::vector<double>(45, 1.0)),
+       Normals("ByPolygonVertex", "IndexToDirect", {}, {}),
+       UVs("", "ByPolygonVertex", "IndexToDirect", {NAN, 1}, {0, 0, 5, -7}),
+       Colors("ByVertice", "IndexToDirect", {NAN, 1, 1, 1e300}, {0, 0, 0, -9}), Materials({})});
+  scene.AddCluster(scene.AddSkin(), scene.AddNode("bone", "LimbNode"), {9, -1}, {1, NAN});
+  EXPECT_EQ(scene.Export(),
+            "WARNING: Mesh m (RootNode/m) has 2 polygons with control points that do not exist, "
+            "which are left out\nMESH: m MATERIAL: 0  FILENAME: m.xmf\n");
+  const CalCoreMesh mesh = scene.Load("m");
+  EXPECT_EQ(mesh.submeshes[0]->faces().size(), 2U);
+}
+
+}  // namespace

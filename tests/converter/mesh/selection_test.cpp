@@ -1,0 +1,127 @@
+// Which meshes a command means, how they are grouped into files, and what a listing shows.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "converter/mesh/export_mesh.h"
+#include "tests/converter/mesh/mesh_scene.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+const std::vector<double> kPoints{0, 0, 0, 200, 0, 0, 0, 200, 0};
+const std::vector<std::vector<int32_t>> kTriangle{{0, 1, 2}};
+
+TEST(MeshSelection, ByNames) {
+  MeshHolder_ holder;
+  holder.name = "Body_1";
+  ConversionArguments args;
+  args.commandVersion = 2;
+  EXPECT_TRUE(isMeshNameMatch(args, &holder)) << "no names select all";
+  args.exportObjectNames = {"Head", "body_1"};
+  EXPECT_FALSE(isMeshNameMatch(args, &holder));
+  args.exportObjectNames.push_back("Body_1");
+  EXPECT_TRUE(isMeshNameMatch(args, &holder));
+  args.commandVersion = 1;
+  EXPECT_FALSE(isMeshNameMatch(args, &holder));
+  args.exportObjectName = "Body_1";
+  EXPECT_TRUE(isMeshNameMatch(args, &holder));
+  args.commandVersion = 3;
+  EXPECT_FALSE(isMeshNameMatch(args, &holder));
+}
+
+TEST(MeshSelection, EachMeshItsFileInTheOrderOfNames) {
+  MeshScene scene;
+  scene.AddMesh("b b", kPoints, kTriangle);
+  const int64_t branch = scene.AddNode("branch");
+  scene.AddMesh("a", kPoints, kTriangle);
+  scene.AddMesh("a", kPoints, kTriangle, {}, branch);
+  EXPECT_EQ(scene.Export(),
+            "MESH: a MATERIAL: 0  FILENAME: a.xmf\n"
+            "MESH: a_1 MATERIAL: 0  FILENAME: a_1.xmf\n"
+            "MESH: b b MATERIAL: 0  FILENAME: b%20b.xmf\n");
+  EXPECT_TRUE(scene.succeeded);
+  scene.args.exportObjectNames = {"b b", "nothing"};
+  scene.args.encodeNames = true;
+  EXPECT_EQ(scene.Export(), "MESH: b%20b MATERIAL: 0  FILENAME: b%20b.xmf\n");
+  scene.args.exportObjectNames = {"nothing"};
+  EXPECT_EQ(scene.Export(), "");
+  EXPECT_TRUE(scene.succeeded);
+}
+
+TEST(MeshSelection, TheRootMustBeANode) {
+  MeshScene scene;
+  scene.AddMesh("a", kPoints, kTriangle);
+  scene.args.skeletonRootPath = "RootNode/x";
+  EXPECT_EQ(scene.Export(), "ERROR: Skeleton Root Node [RootNode/x] not found in FBX\n\n");
+  EXPECT_FALSE(scene.succeeded);
+  EXPECT_FALSE(scene.HasFile("a"));
+  scene.args.skeletonRootPath = "";
+  EXPECT_EQ(scene.Export(), "ERROR: Skeleton Root Node [] not found in FBX\n\n");
+}
+
+TEST(MeshSelection, AFileThatCantBeWrittenEndsTheExport) {
+  MeshScene scene;
+  scene.AddMesh("a", kPoints, kTriangle);
+  scene.AddMesh("b", kPoints, kTriangle);
+  scene.List(false);
+  scene.args.directoryForOutputFiles += "missing/";
+  EXPECT_EQ(scene.Export(), "");
+  EXPECT_FALSE(scene.succeeded);
+}
+
+TEST(MeshSelection, GroupsByName) {
+  MeshScene scene;
+  const int64_t group = scene.AddNode("MyGroup");
+  const int64_t first = scene.AddMesh("two", kPoints, kTriangle, {}, group);
+  scene.AddMaterial("skin", first);
+  const int64_t inner = scene.AddNode("component inside", "Null", group);
+  const int64_t second = scene.AddMesh("one", kPoints, kTriangle, {}, inner);
+  scene.AddMaterial("skin", second);
+  scene.AddMesh("alone", kPoints, kTriangle);
+  scene.args.groupMeshes = true;
+  // The group's name, and its first descendant's; one submesh of both meshes, in walk order.
+  EXPECT_EQ(scene.Export(), "MESH: MyGroup-two MATERIAL: 0  FILENAME: MyGroup-two.xmf\n");
+  const CalCoreMesh mesh = scene.Load("MyGroup-two");
+  ASSERT_EQ(mesh.submeshes.size(), 1U);
+  EXPECT_EQ(mesh.submeshes[0]->vertices().size(), 6U);
+  EXPECT_EQ(FacesOf(*mesh.submeshes[0]), (std::vector<std::vector<int>>{{0, 1, 2}, {3, 4, 5}}));
+}
+
+TEST(MeshSelection, ManyMeshesAreGroupedByDepth) {
+  for (const int count : {100, 101}) {
+    MeshScene scene;
+    const int64_t group = scene.AddNode("group");
+    const int64_t top = scene.AddNode("top", "Null", group);
+    for (int i = 0; i < count; ++i) {
+      scene.AddMesh("m" + std::to_string(i), kPoints, kTriangle, {}, top);
+    }
+    scene.args.groupMeshes = true;
+    const std::string name = count == 100 ? "group-top" : "top-m0";
+    EXPECT_EQ(scene.Export(), "MESH: " + name + " MATERIAL: 0  FILENAME: " + name + ".xmf\n");
+  }
+}
+
+TEST(MeshListing, AllMeshesOrThoseOfTheSkeleton) {
+  MeshScene scene;
+  const int64_t hips = scene.AddNode("Hips", "LimbNode");
+  const int64_t on = scene.AddMesh("on skin", kPoints, kTriangle, {}, hips);
+  scene.AddMaterial("a", on);
+  scene.AddMaterial("b[7]", on);
+  scene.AddMesh("off", kPoints, kTriangle);
+  scene.args.skeletonRootPath = "";
+  EXPECT_EQ(scene.List(false), "off,,9 \non skin,,8 7 \n")
+      << "'unused', without a material, is numbered last of those without a slot";
+  scene.args.skeletonRootPath = "RootNode/Hips";
+  scene.args.encodeNames = true;
+  EXPECT_EQ(scene.List(true), "on%20skin\non%20skin,RootNode/Hips,8 7 \n");
+  scene.args.skeletonRootPath = "RootNode";
+  EXPECT_EQ(scene.List(true), "off\noff,RootNode,0 \n");
+  std::string name;
+  EXPECT_EQ(ExportMesh(scene.args).BoneCountInSkeletonForListing(name), 2);
+  scene.args.verbosity = 1;
+  EXPECT_THAT(scene.List(true), HasSubstr("off is RootNode/off 0x"));
+}
+
+}  // namespace
