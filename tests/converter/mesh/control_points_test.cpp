@@ -8,7 +8,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Not;
 
 const std::vector<double> kPoints{0, 0, 0, 200, 0, 0, 0, 200, 0};
 const std::vector<std::vector<int32_t>> kTriangle{{0, 1, 2}};

@@ -7,7 +7,6 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 
 const std::vector<double> kQuad{0, 0, 0, 200, 0, 0, 200, 200, 0, 0, 200, 0};
 // Two triangles with the points 0 and 2 in common.
@@ -219,7 +218,9 @@ TEST(MaterialSlots, OfTwoSlotsWithOneIdAPlainExportKeepsTheLater) {
     EXPECT_EQ(submesh.faces().size(), grouped ? 2U : 1U);
     // The later slot stands first, and the slot tells corners of one point apart.
     EXPECT_EQ(submesh.vertices().size(), grouped ? 6U : 3U);
-    if (grouped) EXPECT_EQ(FacesOf(submesh)[0], (std::vector<int>{0, 3, 5}));
+    if (grouped) {
+      EXPECT_EQ(FacesOf(submesh)[0], (std::vector<int>{0, 3, 5}));
+    }
   }
 }
 
