@@ -39,8 +39,7 @@ class RealModels : public testing::Test {
     ASSERT_FALSE(models_.empty()) << "no scene in " << folder;
   }
 
-  // A run that ends by itself, with status 0, or with 1 and a record that tells why; and that has
-  // written every file that it says it wrote.
+  // A run that ends by itself, with status 0, or with 1 and a record that tells why.
   static RunResult Run(std::vector<std::string> arguments, const TempDir& dir) {
     arguments.insert(arguments.begin(), "-2");
     RunResult run = RunVeltrum(arguments, dir.Path());
@@ -49,19 +48,18 @@ class RealModels : public testing::Test {
                 (run.status == 1 && run.out.find("WARNING: could not create") != std::string::npos))
         << "status " << run.status << "\n"
         << run.out << run.err;
-    for (const std::string& file : Values(run.out, "FILENAME")) {
-      const std::string path = dir.File(file);
-      EXPECT_TRUE(FileExists(path) && std::filesystem::file_size(path) > 0) << file;
-    }
     return run;
   }
 
-  // As above, for an export that has no reason to fail: without an error it leaves a file.
+  // An export: every file that it says it wrote is there, and without an error there is one.
   static void Export(const std::vector<std::string>& arguments, const TempDir& dir) {
     const RunResult run = Run(arguments, dir);
-    EXPECT_TRUE(!Values(run.out, "FILENAME").empty() ||
-                run.out.find("ERROR: ") != std::string::npos)
-        << run.out;
+    const std::vector<std::string> files = Values(run.out, "FILENAME");
+    for (const std::string& file : files) {
+      const std::string path = dir.File(file);
+      EXPECT_TRUE(FileExists(path) && std::filesystem::file_size(path) > 0) << file;
+    }
+    EXPECT_TRUE(!files.empty() || run.out.find("ERROR: ") != std::string::npos) << run.out;
   }
 
   std::vector<std::filesystem::path> models_;
@@ -87,12 +85,11 @@ TEST_F(RealModels, ListAndExport) {
     }
 
     // With -e the names of animations hold no blanks.
-    const RunResult animations = Run({"-e", "scene.fbx", "list", "anim"}, dir);
-    for (const std::string& root : Values(list.out, "NODE")) {
-      std::vector<std::string> command{"-e", "--root=" + root, "scene.fbx", "export", "anim"};
-      for (const std::string& name : Values(animations.out, "ANIM")) command.push_back(name);
-      Run(command, dir);
-    }
+    const std::string root = "--root=RootNode";
+    const RunResult animations = Run({"-e", root, "scene.fbx", "list", "anim"}, dir);
+    std::vector<std::string> command{"-e", root, "scene.fbx", "export", "anim"};
+    for (const std::string& name : Values(animations.out, "ANIM")) command.push_back(name);
+    if (command.size() > 5) Export(command, dir);
   }
 }
 
