@@ -9,8 +9,9 @@
 #include <string_view>
 #include <vector>
 
+#include "converter/scene/node_visitors.h"
+
 class FbxAnimStack;
-class FbxNode;
 class SceneChannels;
 
 // Texts of the time modes and protocols for listings; "UNKNOWN" for a number without one. Tools
@@ -23,11 +24,15 @@ struct sAnim {
   // Reads the stack, the node's path and the global time settings.
   void Init(const FbxNode* node, const FbxAnimStack* stack);
 
-  std::string rootName;
+  // The path of the root node, which is also how it is displayed. Made when asked for: in a chain
+  // of skeleton roots, each with its animations, the paths would be most of the memory.
+  std::string rootName() const;
+  std::string displayName() const { return rootName(); }
+
+  const FbxNode* rootNode = nullptr;
   std::string stackName;
   std::string timeMode;
   std::string timeProtocol;
-  std::string displayName;
   int64_t startFrame = 0;
   int64_t endFrame = 0;
   int64_t durationFrames = 0;
@@ -59,9 +64,9 @@ struct AnimationInfoHolder {
   bool isMorph = false;
   FbxAnimStack* animStack = nullptr;       // null until a node is found
   std::vector<std::string> morphChannels;  // of a morph, each name once
-  std::vector<FbxNode*> nodes;             // in walk order; once for each layer that moves it
-  std::string fileName;                    // unique in its list; set once all are known
-  FbxNode* rootNode = nullptr;             // where the search started
+  std::vector<NodeSpan> nodes;  // the animated ones, for each layer a run in walk order; none empty
+  std::string fileName;         // unique in its list; set once all are known
+  FbxNode* rootNode = nullptr;  // where the search started
   std::set<std::string, animNameSorter> animNames;  // of all stacks that hold this animation
   sAnim info;
 };

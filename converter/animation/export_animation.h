@@ -88,6 +88,8 @@ class ExportAnimation {
  private:
   using HoldersByRoot = std::map<std::string, std::vector<AnimationInfoHolder>>;
 
+  SceneChannels& Channels();
+  HoldersByRoot FindByRoot(FbxWrapper& wrapper, const std::vector<FbxAnimStack*>& stacks);
   // Drops duplicates and sorts what is left into the maps.
   void Analyze(HoldersByRoot& byRoot, AnimationMap& skeletal, AnimationMap& morph);
   // These add what the layer animates below the node.

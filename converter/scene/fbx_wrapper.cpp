@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <stdexcept>
 
+#include "converter/animation/scene_channels.h"
 #include "converter/driver/names.h"
 #include "converter/scene/node_paths.h"
 #include "fbx/anim/fbx_anim_stack.h"
@@ -174,6 +175,11 @@ std::vector<FbxAnimStack*> FbxWrapper::GetAnimList() const {
     stacks.push_back(scene_->GetSrcObject<FbxAnimStack>(i));
   }
   return stacks;
+}
+
+SceneChannels& FbxWrapper::Channels() {
+  if (channels_ == nullptr) channels_ = std::make_unique<SceneChannels>(Order());
+  return *channels_;
 }
 
 MeshesBySkeleton FbxWrapper::BuildMeshesOnSkeletonsList(const ConversionArguments& args) {

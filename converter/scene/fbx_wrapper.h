@@ -19,6 +19,7 @@ class FbxAnimStack;
 class FbxCluster;
 class FbxManager;
 class FbxScene;
+class SceneChannels;
 
 // A scene that can't be loaded ends the program, after its message was printed. Neither is a
 // standard exception, so that the handler for failing commands lets them pass.
@@ -74,6 +75,8 @@ class FbxWrapper {
   // The meshes found so far, without looking for any.
   std::vector<MeshHolder_*> makeMeshList();
   std::vector<FbxAnimStack*> GetAnimList() const;
+  // What each layer of the scene animates, found when a layer is first asked for.
+  SceneChannels& Channels();
 
   // From skeleton path to the meshes on it, in the order of their names. A mesh can be on several
   // skeletons; the scene's root takes what no other skeleton took. Also sets the skeleton root of
@@ -96,6 +99,7 @@ class FbxWrapper {
   uint64_t loadNumber_ = 0;
 
   std::unique_ptr<NodeOrder> order_;
+  std::unique_ptr<SceneChannels> channels_;
   std::vector<FbxNode*> rootSkeleton_;  // behind the span of the scene root's skeleton
   std::vector<NodeSpan> skeletons_;
   std::map<std::string, int> meshNameCounts_;

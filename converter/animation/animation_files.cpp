@@ -1,0 +1,79 @@
+// Writes animations of a list to files, by the visitors.
+#include <cstdio>
+#include <unordered_set>
+
+#include "cal3d/io/saver.h"
+#include "converter/animation/export_animation.h"
+#include "converter/animation/key_framers.h"
+#include "converter/driver/names.h"
+#include "converter/driver/records.h"
+#include "converter/mesh/export_mesh.h"
+#include "converter/scene/fbx_wrapper.h"
+#include "converter/scene/node_paths.h"
+#include "fbx/scene/fbx_node.h"
+
+namespace {
+
+using BoneIds = AnimationCurveVisitorAnimKeyFramer::BoneIds;
+
+void PrintBones(const std::vector<NodeSpan>& skeletons, const std::string& rootPath,
+                const BoneIds& boneIds) {
+  for (const NodeSpan& skeleton : skeletons) {
+    if (BuildRootNodeName(skeleton.front(), nullptr) != rootPath) continue;
+    for (size_t i = 0; i < skeleton.size(); ++i) {
+      const auto id = boneIds.find(BuildRootNodeName(skeleton[i], nullptr));
+      std::printf("%s %zu %d\n", skeleton[i]->GetName(), i, id == boneIds.end() ? 0 : id->second);
+    }
+    return;
+  }
+}
+
+// These write nothing and return false for an animation without tracks.
+bool SaveSkeletal(const ConversionArguments& args, SceneChannels& channels,
+                  const AnimationInfoHolder& holder, const BoneIds& boneIds,
+                  const std::string& path) {
+  AnimationCurveVisitorAnimKeyFramer visitor(boneIds, holder.animStack);
+  DisplayAnimation(channels, holder.animStack, holder.rootNode, visitor);
+  const CalCoreAnimation animation = visitor.GetAnimation(args);
+  return !animation.tracks.empty() && CalSaver::saveCoreAnimation(path, &animation);
+}
+
+bool SaveMorph(SceneChannels& channels, const AnimationInfoHolder& holder,
+               const std::string& path) {
+  AnimationCurveVisitorMorphKeyFramer visitor;
+  DisplayAnimation(channels, holder.animStack, holder.rootNode, visitor);
+  const CalCoreMorphAnimation& animation = visitor.coreMorphAnimation;
+  return !animation.tracks.empty() && CalSaver::saveCoreMorphAnimation(path, &animation);
+}
+
+}  // namespace
+
+void ExportAnimation::ExportAnimationsFromList(const AnimationMap& animations,
+                                               const std::vector<std::string>& names) {
+  ConversionArguments args = args_;
+  args.verbosity = 3;
+  std::string skeletonName;
+  const BoneIds boneIds = ExportMesh(args).BoneNameMapForSkeleton(skeletonName);
+  FbxWrapper* const wrapper = FbxWrapper::getInstance(args);
+  if (args_.verbosity >= 2) {
+    PrintBones(wrapper->BuildSkeletonList(args.treatAsRoom), args.skeletonRootPath, boneIds);
+  }
+  const auto list = animations.find(args.skeletonRootPath);
+  if (list == animations.end()) return;
+  const std::unordered_set<std::string> selected(names.begin(), names.end());
+  for (const AnimationInfoHolder& holder : list->second) {
+    if (!selected.contains(holder.fileName)) continue;
+    const std::string path =
+        prependPathToFileName(args_.directoryForOutputFiles,
+                              urlencode(holder.fileName) + (holder.isMorph ? ".xpf" : ".xaf"));
+    const bool saved = holder.isMorph
+                           ? SaveMorph(wrapper->Channels(), holder, path)
+                           : SaveSkeletal(args_, wrapper->Channels(), holder, boneIds, path);
+    if (saved) {
+      AddOutput(holder.isMorph ? "MORPHANIMS" : "ANIMATION", holder.fileName, false);
+      AddOutput("FILENAME", path, true);
+    } else {
+      AddError("Failed to create file " + path + " for ANIMATION " + holder.fileName);
+    }
+  }
+}

@@ -1,0 +1,16 @@
+#include "converter/animation/automation_file.h"
+
+#include "converter/driver/log.h"
+#include "converter/driver/names.h"
+#include "converter/driver/records.h"
+
+void exportASingleAutomationFile(const std::string& name, ConversionArguments& args,
+                                 zevoMagicStops stops) {
+  LOG_INFO(args.toString());
+  if (args.outputFilename.empty()) {
+    args.outputFilename =
+        prependPathToFileName(args.directoryForOutputFiles, urlencode(name) + ".xaf");
+  }
+  args.exportObjectName = name;
+  ExportAnimation(args).Export(args, stops);
+}

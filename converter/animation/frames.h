@@ -1,0 +1,24 @@
+// Numbers of frames: truncated toward zero, and total on whatever times a file holds.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "fbx/core/fbx_time.h"
+
+// A value beyond the type's range stops at its ends; NaN gives 0.
+template <typename Integer>
+Integer Truncated(double value) {
+  using Limits = std::numeric_limits<Integer>;
+  if (std::isnan(value)) return 0;
+  if (value >= static_cast<double>(Limits::max())) return Limits::max();
+  if (value <= static_cast<double>(Limits::min())) return Limits::min();
+  return static_cast<Integer>(value);
+}
+
+// The frame of a time in the default mode, as animation texts and tracks count it.
+inline int64_t FrameOf(FbxTime time) { return Truncated<int64_t>(time.GetFrameCountPrecise()); }
+inline int32_t TrackFrameOf(FbxTime time) {
+  return Truncated<int32_t>(time.GetFrameCountPrecise());
+}
