@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <exception>
 
+#include "converter/animation/export_animation.h"
 #include "converter/driver/cal3d_to_text.h"
 #include "converter/driver/export_commands.h"
 #include "converter/driver/help.h"
@@ -22,11 +23,15 @@ bool Lists(const ConversionArguments& args, ObjectType type) {
 void List(FbxWrapper* wrapper, ConversionArguments& args) {
   if (Lists(args, NODE_OBJECT)) ListNodes(wrapper, args);
   if (Lists(args, MESH_OBJECT)) ListMeshes(args);
+  // One listing for both kinds, which looks at the type itself.
+  if (Lists(args, ANIM_OBJECT) || Lists(args, MORPHANIM_OBJECT)) ExportAnimation(args).List();
   if (Lists(args, TEXTURE_OBJECT)) PrintTextureList(args);
 }
 
 // The steps run in a fixed order that callers know from the records. Returns the exit status.
 int Export(ConversionArguments& args) {
+  if ((args.type & ANIM_OBJECT) != 0) ExportAnimations(args);
+  if ((args.type & MORPHANIM_OBJECT) != 0) ExportMorphAnimations(args);
   if ((args.type & NODE_OBJECT) != 0) ExportSkeletons(args);
   const bool meshesFailed = (args.type & MESH_OBJECT) != 0 && !ExportMeshes(args);
   if ((args.type & TEXTURE_OBJECT) != 0) ExportMaterials(args);

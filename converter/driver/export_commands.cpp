@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "converter/animation/animation_cache.h"
+#include "converter/animation/export_animation.h"
 #include "converter/driver/log.h"
 #include "converter/driver/names.h"
 #include "converter/driver/records.h"
@@ -57,7 +59,24 @@ void ReportMeshFailure(const ConversionArguments& args) {
   AddOutput("", true);
 }
 
+void ExportAnimationsFrom(AnimationMap AnimationCache::*animations, ConversionArguments& args) {
+  ExportAnimation exporter(args);
+  _currentAnimationCache.Update(args);
+  const std::vector<std::string> names = args.commandVersion == 1
+                                             ? std::vector<std::string>{args.exportObjectName}
+                                             : args.exportObjectNames;
+  exporter.ExportAnimationsFromList(_currentAnimationCache.*animations, names);
+}
+
 }  // namespace
+
+void ExportAnimations(ConversionArguments& args) {
+  ExportAnimationsFrom(&AnimationCache::skeletalAnimations, args);
+}
+
+void ExportMorphAnimations(ConversionArguments& args) {
+  ExportAnimationsFrom(&AnimationCache::morphAnimations, args);
+}
 
 void ExportSkeletons(ConversionArguments& args) {
   // Sets the skeleton roots of the meshes, for whoever asks after this.

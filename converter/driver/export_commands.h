@@ -4,6 +4,10 @@
 
 #include "converter/driver/conversion_arguments.h"
 
+// One file for each animation of the command's root that the names in `args` select; all that is
+// left of the scene's analysis for later commands is in the animation cache.
+void ExportAnimations(ConversionArguments& args);
+void ExportMorphAnimations(ConversionArguments& args);
 // One skeleton file for each name in `args`, in the output directory. No names, no files.
 void ExportSkeletons(ConversionArguments& args);
 // The skeleton that `args` names, to its output file. True if the file was written.
