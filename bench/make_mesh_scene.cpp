@@ -1,0 +1,154 @@
+// Writes a scene of skinned meshes, as large as asked for: each mesh a wavy sheet with four weights
+// a point, a normal for each corner, indexed texture coordinates with a seam, and three materials.
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+
+#include "tests/support/fbx_builder.h"
+
+namespace {
+
+constexpr int kBones = 60;
+constexpr int kColumns = 125;  // quads across a sheet
+
+const std::vector<double> kIdentity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+
+struct Sheet {
+  int mesh;
+  int rows;
+
+  int PointCount() const { return (kColumns + 1) * (rows + 1); }
+  int PointAt(int row, int column) const { return row * (kColumns + 1) + column; }
+  double Phase(int row, int column) const { return row * 0.07 + column * 0.11 + mesh; }
+};
+
+FbxRecord Layer() {
+  FbxRecord layer("Layer", {0});
+  for (const char* type : {"LayerElementNormal", "LayerElementUV", "LayerElementMaterial"}) {
+    layer.Add({"LayerElement", {}, {{"Type", {type}}, {"TypedIndex", {0}}}});
+  }
+  return layer;
+}
+
+FbxRecord Element(const char* type, const char* mapping, const char* reference, FbxRecords data) {
+  FbxRecord element(type, {0},
+                    {{"Version", {102}},
+                     {"Name", {"map"}},
+                     {"MappingInformationType", {mapping}},
+                     {"ReferenceInformationType", {reference}}});
+  for (FbxRecord& record : data) element.Add(std::move(record));
+  return element;
+}
+
+int64_t AddSheet(SceneBuilder& scene, const Sheet& sheet) {
+  std::vector<double> points;
+  std::vector<double> uvs;
+  for (int row = 0; row <= sheet.rows; ++row) {
+    for (int column = 0; column <= kColumns; ++column) {
+      const double phase = sheet.Phase(row, column);
+      points.insert(points.end(), {column * 4.1 + std::sin(phase),
+                                   row * 3.7 + std::cos(phase * 1.3), 30.0 * std::sin(phase)});
+      uvs.insert(uvs.end(),
+                 {column / static_cast<double>(kColumns), row / static_cast<double>(sheet.rows)});
+    }
+  }
+  // The column in the middle is a seam: the quads on its right have coordinates of their own.
+  const int seam = kColumns / 2;
+  for (int row = 0; row <= sheet.rows; ++row) {
+    uvs.insert(uvs.end(), {0.0, row / static_cast<double>(sheet.rows)});
+  }
+
+  std::vector<int32_t> corners;
+  std::vector<int32_t> uvIndex;
+  std::vector<int32_t> materials;
+  std::vector<double> normals;
+  const auto addCorner = [&](int row, int column, bool isRightOfSeam, bool isLast) {
+    const int point = sheet.PointAt(row, column);
+    corners.push_back(isLast ? ~point : point);
+    uvIndex.push_back(isRightOfSeam && column == seam ? sheet.PointCount() + row : point);
+    const double phase = sheet.Phase(row, column);
+    const double x = -std::cos(phase) * 0.6;
+    const double y = -std::cos(phase) * 0.4;
+    const double length = std::sqrt(x * x + y * y + 1.0);
+    normals.insert(normals.end(), {x / length, y / length, 1.0 / length});
+  };
+  for (int row = 0; row < sheet.rows; ++row) {
+    for (int column = 0; column < kColumns; ++column) {
+      const bool isRight = column >= seam;
+      addCorner(row, column, isRight, false);
+      addCorner(row, column + 1, isRight, false);
+      addCorner(row + 1, column + 1, isRight, true);
+      addCorner(row, column, isRight, false);
+      addCorner(row + 1, column + 1, isRight, false);
+      addCorner(row + 1, column, isRight, true);
+      materials.insert(materials.end(), 2, row * 3 / sheet.rows);
+    }
+  }
+  return scene.AddMesh(
+      "sheet", std::move(points), std::move(corners),
+      {Element("LayerElementNormal", "ByPolygonVertex", "Direct", {{"Normals", {normals}}}),
+       Element("LayerElementUV", "ByPolygonVertex", "IndexToDirect",
+               {{"UV", {uvs}}, {"UVIndex", {uvIndex}}}),
+       Element("LayerElementMaterial", "ByPolygon", "IndexToDirect", {{"Materials", {materials}}}),
+       Layer()});
+}
+
+void AddSkin(SceneBuilder& scene, const Sheet& sheet, int64_t geometry,
+             const std::vector<int64_t>& bones) {
+  const int64_t skin = scene.AddSkin();
+  scene.Connect(skin, geometry);
+  std::vector<std::vector<int32_t>> points(bones.size());
+  std::vector<std::vector<double>> weights(bones.size());
+  for (int point = 0; point < sheet.PointCount(); ++point) {
+    const double share = 0.5 + 0.4 * std::sin(point * 0.37);
+    const double parts[] = {share * 0.7, share * 0.3, (1 - share) * 0.6, (1 - share) * 0.4};
+    for (int i = 0; i < 4; ++i) {
+      const auto bone = static_cast<size_t>((point / 250 + i * 7 + sheet.mesh) % kBones);
+      points[bone].push_back(point);
+      weights[bone].push_back(parts[i]);
+    }
+  }
+  for (size_t bone = 0; bone < bones.size(); ++bone) {
+    if (points[bone].empty()) continue;
+    const int64_t cluster = scene.AddCluster("", std::move(points[bone]), std::move(weights[bone]),
+                                             kIdentity, kIdentity);
+    scene.Connect(cluster, skin);
+    scene.Connect(bones[bone], cluster);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 4) {
+    std::fprintf(stderr, "usage: make_mesh_scene FILE TRIANGLES MESHES\n");
+    return 2;
+  }
+  const int meshes = std::max(std::atoi(argv[3]), 1);
+  const int rows = std::max(std::atoi(argv[2]) / meshes / (2 * kColumns), 1);
+  SceneBuilder scene;
+  std::vector<int64_t> bones;
+  for (int i = 0; i < kBones; ++i) {
+    const int64_t bone =
+        scene.AddModel("bone" + std::to_string(i), "LimbNode", {P("Lcl Translation", {0, 10, 0})});
+    scene.Connect(scene.AddNodeAttribute("bone", "LimbNode"), bone);
+    scene.Connect(bone, bones.empty() ? SceneBuilder::kRoot : bones[bones.size() / 2]);
+    bones.push_back(bone);
+  }
+  std::vector<int64_t> materials;
+  for (const char* name : {"skin", "cloth", "metal"}) materials.push_back(scene.AddMaterial(name));
+  for (int mesh = 0; mesh < meshes; ++mesh) {
+    const Sheet sheet{mesh, rows};
+    const int64_t node = scene.AddModel("mesh" + std::to_string(mesh), "Mesh");
+    scene.Connect(node, SceneBuilder::kRoot);
+    const int64_t geometry = AddSheet(scene, sheet);
+    scene.Connect(geometry, node);
+    for (const int64_t material : materials) scene.Connect(material, node);
+    AddSkin(scene, sheet, geometry, bones);
+  }
+  std::ofstream file(argv[1], std::ios::binary);
+  file << scene.Write({.compress = true});
+  return file.flush() ? 0 : 1;
+}
