@@ -6,6 +6,9 @@
 #include <vector>
 
 #include <fcntl.h>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 #include "converter/driver/command_line.h"
 #include "converter/driver/help.h"
@@ -27,6 +30,16 @@ void ProtectStandardStreams() {
   }
 }
 
+// One object's arrays after the other's are made and dropped. By default the C library gives large
+// blocks back to the system each time, and getting their pages anew costs more than filling them.
+void KeepFreedMemory() {
+#ifdef __GLIBC__
+  constexpr int kLargeBlock = 32 << 20;
+  mallopt(M_MMAP_THRESHOLD, kLargeBlock);
+  mallopt(M_TRIM_THRESHOLD, 4 * kLargeBlock);
+#endif
+}
+
 int Run(int argc, const char* const* argv) {
   initLog(argc, argv);
   AddOutput("VERSION", VersionText(), true);
@@ -46,6 +59,7 @@ int EndAbnormally(const char* what) {
 
 int main(int argc, char** argv) {
   ProtectStandardStreams();
+  KeepFreedMemory();
   try {
     return Run(argc, argv);
   } catch (const FbxInitException&) {

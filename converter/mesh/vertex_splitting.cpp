@@ -108,7 +108,9 @@ int ComparePolygonVertexPair::Compare(uint32_t a, uint32_t b) const {
       if (const int order = CompareBits(uvOfA[i], uvOfB[i]); order != 0) return order;
     }
   }
-  if (const int order = CompareMorphNormals(mesh, placeOfA, placeOfB); order != 0) return order;
+  if (!mesh.morphs.empty()) {
+    if (const int order = CompareMorphNormals(mesh, placeOfA, placeOfB); order != 0) return order;
+  }
   if (first.materialIndex != second.materialIndex) {
     return first.materialIndex > second.materialIndex ? 1 : -1;
   }

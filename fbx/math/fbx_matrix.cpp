@@ -181,14 +181,6 @@ FbxAMatrix FbxAMatrix::Inverse() const {
   return inverse;
 }
 
-FbxVector4 FbxAMatrix::MultT(const FbxVector4& point) const {
-  FbxVector4 image;
-  for (size_t i = 0; i < 3; ++i) {
-    image[i] = point[0] * m_[i] + point[1] * m_[4 + i] + point[2] * m_[8 + i] + m_[12 + i];
-  }
-  return image;
-}
-
 FbxAMatrix operator*(const FbxAMatrix& a, const FbxAMatrix& b) {
   FbxAMatrix product;
   for (size_t row = 0; row < 3; ++row) {

@@ -58,7 +58,13 @@ class FbxAMatrix {
   // The inverse; the identity for a matrix that has none.
   FbxAMatrix Inverse() const;
   // The image of a point; its w is 1.
-  FbxVector4 MultT(const FbxVector4& point) const;
+  constexpr FbxVector4 MultT(const FbxVector4& point) const {
+    FbxVector4 image;
+    for (size_t i = 0; i < 3; ++i) {
+      image[i] = point[0] * m_[i] + point[1] * m_[4 + i] + point[2] * m_[8 + i] + m_[12 + i];
+    }
+    return image;
+  }
 
   friend FbxAMatrix operator*(const FbxAMatrix& a, const FbxAMatrix& b);
   FbxAMatrix& operator*=(const FbxAMatrix& b) { return *this = *this * b; }
