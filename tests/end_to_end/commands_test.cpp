@@ -168,6 +168,51 @@ TEST_F(Commands, ExportMeshes) {
   EXPECT_EQ(run_.status, 1);
 }
 
+// The labels that lines begin with, each once for a run of lines.
+Words LineLabels(const std::string& out) {
+  Words labels;
+  size_t end = 0;
+  for (size_t at = 0; at < out.size(); at = end + 1) {
+    end = out.find('\n', at);
+    const std::string label = out.substr(at, std::min(out.find(':', at), end) - at);
+    if (labels.empty() || labels.back() != label) labels.push_back(label);
+  }
+  return labels;
+}
+
+TEST_F(Commands, AllTypesRunInAFixedOrder) {
+  dir_.Write("a.fbx", ReadFile(SamplesDirectory() + "/avatar.fbx"));
+  EXPECT_THAT(LineLabels(Run({"a.fbx", "list"})),
+              testing::ElementsAre("NODE", "MESH", "ANIM", "MORPH", "", "MATERIAL", "TEXTURE"));
+  // A root that is no skeleton's has nothing, but every type is looked at.
+  EXPECT_EQ(Run({"-rRootNode/None", "a.fbx", "list"}), "WARNING: Fbx file contains no meshes\n\n");
+  // Without names no skeleton and no animation is exported.
+  EXPECT_THAT(LineLabels(Run({"-rRootNode/Hips", "a.fbx", "export"})),
+              testing::ElementsAre("MESH", "MATERIAL"));
+  EXPECT_EQ(run_.status, 0);
+}
+
+// The analysis of a scene is kept for the commands that follow, but never beyond the scene.
+TEST_F(Commands, AnimationsOfScenesInTurn) {
+  dir_.Write("a.fbx", ReadFile(SamplesDirectory() + "/avatar.fbx"));
+  dir_.Write("b.fbx", ReadFile(SamplesDirectory() + "/room.fbx"));
+  const std::string list = Run({"b.fbx", "list", "skel"});
+  const Words exportAnim{"-rRootNode/Hips", "a.fbx", "export", "anim", "Wave", "none"};
+  const std::string wave = Run(exportAnim);
+  EXPECT_EQ(wave, "ANIMATION: Wave FILENAME: Wave.xaf\n");
+  const std::string bytes = ReadFile(dir_.File("Wave.xaf"));
+  dir_.Write("all.txt",
+             "-rRootNode/Hips a.fbx export anim Wave -\n"
+             "-rRootNode/Hips a.fbx export morph Wave-smile -\n"
+             "b.fbx list skel -\n"
+             "none.fbx list -\n"
+             "-rRootNode/Hips a.fbx export anim Wave -\n");
+  const std::string out = Run({"-z", "all.txt"});
+  EXPECT_THAT(out, StartsWith(wave + "MORPHANIMS: Wave-smile FILENAME: Wave-smile.xpf\n" + list));
+  EXPECT_THAT(out, EndsWith("\n\n" + wave));
+  EXPECT_EQ(ReadFile(dir_.File("Wave.xaf")), bytes);
+}
+
 TEST_F(Commands, ASceneThatCannotBeLoadedEndsTheRun) {
   AddNode("Hips", "LimbNode", SceneBuilder::kRoot);
   Save("good.fbx");
