@@ -10,6 +10,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -17,15 +18,14 @@
 #include "converter/animation/animation_info.h"
 #include "converter/driver/conversion_arguments.h"
 
-class FbxAMatrix;
 class FbxAnimLayer;
 class FbxAnimStack;
-class FbxCluster;
 class FbxNode;
 class FbxWrapper;
 class SceneChannels;
 struct CalCoreAnimation;
 struct CalCoreMorphAnimation;
+struct NodeChannels;
 
 // Turns a save of the older route into a dry run that answers whether there is anything to write:
 // one value for each of its two exports, to the other of which it means a save.
@@ -53,16 +53,17 @@ class ExportAnimation {
   // The stack applied to the tree below the node: what it moves, then what it morphs.
   std::vector<AnimationInfoHolder> GetAnimatedNodes(FbxNode* node, FbxAnimStack* stack);
 
+  // Whether any layer of the stack, or the layer, has a translation or rotation curve on a node of
+  // the tree whose name is among the bones'; curves of any number of keys count. Prints which one.
   bool IsAnimationOnSkeleton(FbxAnimStack* stack, FbxNode* node,
-                             const std::map<std::string, int>& boneNames);
+                             const std::set<std::string>& boneNames);
   bool IsAnimationOnNode(FbxAnimStack* stack, FbxAnimLayer* layer, FbxNode* node,
-                         const std::map<std::string, int>& boneNames);
+                         const std::set<std::string>& boneNames);
   // The nodes of the tree that some layer of the stack morphs.
   std::shared_ptr<std::vector<FbxNode*>> GetMorphNodes(FbxNode* node, FbxAnimStack* stack);
   void GetMorphInLayer(FbxAnimLayer* layer, FbxNode* node, std::vector<FbxNode*>& nodes);
   // The channels of the first node of the tree that the layer, or a layer of the stack, morphs.
-  std::vector<std::string> GetMorphChannelName(FbxAnimStack* stack, FbxAnimLayer* layer,
-                                               FbxNode* node);
+  std::vector<std::string> GetMorphChannelName(FbxAnimLayer* layer, FbxNode* node);
   std::vector<std::string> GetMorphChannelName(FbxNode* node, FbxAnimStack* stack);
 
   // Writes the stacks of the command's object name to its output file. In the dry run, whether any
@@ -99,6 +100,29 @@ class ExportAnimation {
                                AnimationInfoHolder& holder);
   void GetMorphAnimationInLayer(FbxAnimStack* stack, FbxAnimLayer* layer, FbxNode* node,
                                 AnimationInfoHolder& holder);
+
+  // A track for each layer of the stack and each bone of the scene with keys in it.
+  void AddTracksToAnimation(const ConversionArguments& args, FbxWrapper& wrapper,
+                            FbxAnimStack* stack, CalCoreAnimation& animation,
+                            const std::map<std::string, int>& boneIds);
+  void AddTracksFromLayer(const ConversionArguments& args, FbxNode* node, FbxAnimLayer* layer,
+                          CalCoreAnimation& animation, const std::map<std::string, int>& boneIds);
+  static void AddTracksFromChannels(const ConversionArguments& args, const NodeChannels& channels,
+                                    CalCoreAnimation& animation,
+                                    const std::map<std::string, int>& boneIds);
+
+  // A track for each curve of a blend shape channel in the scene that changes.
+  void AddTracksToMorphAnimation(const ConversionArguments& args, FbxWrapper& wrapper,
+                                 FbxAnimStack* stack, CalCoreMorphAnimation& animation);
+  void AddTracksToMorphAnimationFromLayer(const ConversionArguments& args, FbxNode* node,
+                                          FbxAnimLayer* layer, CalCoreMorphAnimation& animation);
+  static void AddTracksToMorphAnimationFromChannels(const ConversionArguments& args,
+                                                    const NodeChannels& channels,
+                                                    CalCoreMorphAnimation& animation);
+
+  bool CheckTracksForMorphAnimationInLayer(FbxNode* node, FbxAnimStack* stack, FbxAnimLayer* layer);
+  static bool CheckTracksForMorphAnimationInChannels(const NodeChannels& channels,
+                                                     FbxAnimStack* stack);
 
   ConversionArguments& args_;
 };

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "fbx/anim/fbx_anim_stack.h"
 #include "fbx/core/fbx_time.h"
 
 // A value beyond the type's range stops at its ends; NaN gives 0.
@@ -21,4 +22,15 @@ Integer Truncated(double value) {
 inline int64_t FrameOf(FbxTime time) { return Truncated<int64_t>(time.GetFrameCountPrecise()); }
 inline int32_t TrackFrameOf(FbxTime time) {
   return Truncated<int32_t>(time.GetFrameCountPrecise());
+}
+
+// Seconds by the frame rate that the command gives, whatever the time mode is: for the older export
+// route.
+inline float FrameRateSeconds(FbxTime time, float frameRate) {
+  return static_cast<float>(time.GetFrameCountPrecise() / static_cast<double>(frameRate));
+}
+inline float StackSeconds(const FbxAnimStack& stack, float frameRate) {
+  const FbxTimeSpan span = stack.GetLocalTimeSpan();
+  const double frames = span.stop.GetFrameCountPrecise() - span.start.GetFrameCountPrecise();
+  return static_cast<float>(frames / static_cast<double>(frameRate));
 }
