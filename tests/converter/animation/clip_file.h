@@ -1,0 +1,29 @@
+// A clip scene that is written to a file and loaded, for tests of animation code in process.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "converter/animation/scene_channels.h"
+#include "converter/driver/conversion_arguments.h"
+#include "converter/scene/fbx_wrapper.h"
+#include "fbx/anim/fbx_anim_stack.h"
+#include "tests/support/clip_scene.h"
+#include "tests/support/temp_dir.h"
+
+class ClipFile : public testing::Test {
+ protected:
+  // Writes and loads the scene; later changes of `scene_` have no effect.
+  FbxWrapper& Load() {
+    args_.inputFilename = folder_.Write("s.fbx", scene_.builder.Write());
+    args_.outputFilename = folder_.File("out.xaf");
+    args_.skeletonRootPath = "RootNode/Hips";
+    return *FbxWrapper::getInstance(args_);
+  }
+  static FbxAnimStack* Stack(const FbxWrapper& wrapper, size_t index = 0) {
+    return wrapper.GetAnimList().at(index);
+  }
+
+  ClipScene scene_;
+  TempDir folder_;
+  ConversionArguments args_;
+};
