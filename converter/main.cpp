@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -49,9 +50,11 @@ int Run(int argc, const char* const* argv) {
   return parseArguments(arguments.subspan(arguments.empty() ? 0 : 1));
 }
 
-int EndAbnormally(const char* what) {
+int EndAbnormally(std::string what) {
+  // One line, whatever the names in it hold.
+  std::replace(what.begin(), what.end(), '\n', ' ');
   std::fflush(stdout);
-  std::fprintf(stderr, "veltrum: %s\n", what);
+  std::fprintf(stderr, "veltrum: %s\n", what.c_str());
   return kAbnormalEnd;
 }
 

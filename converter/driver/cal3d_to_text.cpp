@@ -5,17 +5,22 @@
 #include <stdexcept>
 #include <string>
 
+#include <boost/filesystem.hpp>
+
 #include "cal3d/io/loader.h"
 #include "cal3d/io/saver.h"
-#include "converter/driver/names.h"
 
 namespace {
 
 std::string ReadWholeFile(const std::string& path) {
   const auto close = [](std::FILE* stream) { std::fclose(stream); };
-  const std::unique_ptr<std::FILE, decltype(close)> file(std::fopen(path.c_str(), "rb"), close);
-  // Opening a directory succeeds, and its length makes no sense.
-  if (!file || isDirectory(path)) throw std::runtime_error("[" + path + "] can't be opened");
+  std::unique_ptr<std::FILE, decltype(close)> file(nullptr, close);
+  // A directory opens too, but has no length; a pipe that nobody writes into would hang us.
+  boost::system::error_code error;
+  if (boost::filesystem::is_regular_file(path, error)) {
+    file.reset(std::fopen(path.c_str(), "rb"));
+  }
+  if (!file) throw std::runtime_error("[" + path + "] can't be opened");
   std::string bytes;
   if (std::fseek(file.get(), 0, SEEK_END) == 0) {
     const long length = std::ftell(file.get());
@@ -29,11 +34,7 @@ std::string ReadWholeFile(const std::string& path) {
   return bytes;
 }
 
-}  // namespace
-
-bool Cal3d2Text(const ConversionArguments& args) {
-  const std::string bytes = ReadWholeFile(args.inputFilename);
-  const CalBufferSource source(bytes.data(), bytes.size());
+bool Convert(const CalBufferSource& source, const ConversionArguments& args) {
   if ((args.type & NODE_OBJECT) != 0) {
     const auto loaded = CalLoader::loadCoreSkeleton(source);
     CalCoreSkeleton skeleton(loaded->coreBones);
@@ -50,4 +51,15 @@ bool Cal3d2Text(const ConversionArguments& args) {
     return CalSaver::saveCoreAnimation(args.outputFilename, &animation);
   }
   return false;
+}
+
+}  // namespace
+
+bool Cal3d2Text(const ConversionArguments& args) {
+  const std::string bytes = ReadWholeFile(args.inputFilename);
+  try {
+    return Convert(CalBufferSource(bytes.data(), bytes.size()), args);
+  } catch (const std::runtime_error& fault) {
+    throw std::runtime_error("[" + args.inputFilename + "] " + fault.what());
+  }
 }

@@ -33,7 +33,8 @@ bool GroupFinderVisitor::VisitNode(FbxNode* node) {
   if (!collector.meshes.empty()) {
     std::string key = node->Name();
     if (!collector.groupName.empty()) key.append("-").append(collector.groupName);
-    groups[key] = std::move(collector.meshes);
+    std::vector<MeshHolder_*>& group = groups[key];
+    group.insert(group.end(), collector.meshes.begin(), collector.meshes.end());
   }
   return true;
 }

@@ -35,7 +35,8 @@ class GroupFinderVisitor : public NodeVisitorBase {
   bool VisitNode(FbxNode* node) override;
   virtual bool isGroup(FbxNode* node) const;
 
-  // From the group's name, with "-" and its first descendant's behind it, to its meshes.
+  // From the group's name, with "-" and its first descendant's behind it, to its meshes. Groups
+  // whose names agree in both make one, so that no mesh is lost.
   std::map<std::string, std::vector<MeshHolder_*>> groups;
 
  private:

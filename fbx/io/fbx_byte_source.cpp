@@ -36,7 +36,8 @@ size_t CopyView(std::string_view bytes, char* out, size_t count) {
 }  // namespace
 
 std::unique_ptr<FbxCachedFile> FbxCachedFile::Open(const char* name) {
-  const int descriptor = open(name, O_RDONLY | O_CLOEXEC);
+  // Without blocking, or a pipe that nobody writes into would hang us here.
+  const int descriptor = open(name, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) return nullptr;
   struct stat information = {};
   if (fstat(descriptor, &information) != 0 || !S_ISREG(information.st_mode)) {

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "tests/support/run_program.h"
 #include "tests/support/temp_dir.h"
@@ -123,11 +124,12 @@ TEST_F(Cal3dToText, InputsThatCannotBeConverted) {
   dir_.Write("in.csf", std::string("CSF\0\x97\x03\0\0\xff\xff\xff\x7f", 12));
   dir_.Write("old.csf", "something else");
   std::filesystem::create_directory(dir_.File("dir.csf"));
-  for (const char* input : {"none.csf", "dir.csf", "in.csf", "old.csf"}) {
+  ASSERT_EQ(mkfifo(dir_.File("pipe.csf").c_str(), 0600), 0);  // nobody writes into it
+  for (const char* input : {"none.csf", "dir.csf", "pipe.csf", "in.csf", "old.csf"}) {
     SCOPED_TRACE(input);
     const RunResult run = Run({"--cal3d2text=old.csf", input, "skel", "-", "x.fbx"});
     EXPECT_EQ(run.status, 2);
-    EXPECT_THAT(run.err, HasSubstr("\nveltrum: "));
+    EXPECT_THAT(run.err, HasSubstr(std::string("\nveltrum: [") + input + "] "));
     EXPECT_THAT(run.out, testing::Not(HasSubstr("ERROR: exception")));
     EXPECT_EQ(ReadFile(dir_.File("old.csf")), "something else");
   }

@@ -193,6 +193,8 @@ TEST_F(CommandLine, ANameTooShortForAnExtensionEndsTheRun) {
     EXPECT_THAT(run_.err, EndsWith("' is too short to hold an extension\n"));
     EXPECT_THAT(run_.out, Not(HasSubstr("does not exist")));  // nothing ran before
   }
+  Run({"a\nb", "list"});
+  EXPECT_EQ(run_.err, "veltrum: input file name 'a b' is too short to hold an extension\n");
 }
 
 TEST_F(CommandLine, CommandFiles) {

@@ -89,6 +89,15 @@ TEST(MeshSelection, GroupsByName) {
   EXPECT_EQ(FacesOf(*mesh.submeshes[0]), (std::vector<std::vector<int>>{{0, 1, 2}, {3, 4, 5}}));
 }
 
+TEST(MeshSelection, GroupsOfOneNameShareAFile) {
+  MeshScene scene;
+  scene.AddMesh("a", kPoints, kTriangle, {}, scene.AddNode("group"));
+  scene.AddMesh("a", kPoints, kTriangle, {}, scene.AddNode("group", "Null", scene.AddNode("top")));
+  scene.args.groupMeshes = true;
+  EXPECT_EQ(scene.Export(), "MESH: group-a MATERIAL: 0  FILENAME: group-a.xmf\n");
+  EXPECT_EQ(scene.Load("group-a").submeshes.at(0)->faces().size(), 2U) << "no mesh is lost";
+}
+
 TEST(MeshSelection, ManyMeshesAreGroupedByDepth) {
   for (const int count : {100, 101}) {
     MeshScene scene;

@@ -1,5 +1,6 @@
 // Which files open, and what their heads and tails say.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "tests/fbx/io/opened_io.h"
 #include "tests/support/temp_dir.h"
@@ -197,6 +198,9 @@ TEST(FbxIOOpen, FilesOnDisk) {
   EXPECT_FALSE(io.ProjectOpen(absent.c_str()));
   EXPECT_EQ(status.GetErrorString(), "Unable to open file " + absent);
   EXPECT_FALSE(io.ProjectOpen(folder.Path().c_str())) << "a folder";
+  const std::string pipe = folder.File("pipe.fbx");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_FALSE(io.ProjectOpen(pipe.c_str())) << "a pipe that nobody writes into";
 
   const std::string empty = folder.Write("empty.fbx", "");
   EXPECT_FALSE(io.ProjectOpen(empty.c_str()));
