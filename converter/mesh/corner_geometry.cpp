@@ -10,6 +10,10 @@ namespace {
 // in the cheap form and in the full one together.
 constexpr double kRounding = 64.0 * std::numeric_limits<double>::epsilon();
 
+// The same for distances from the edges and the plane of a triangle that is no sliver.
+constexpr double kLeastSine = 1e-5;
+constexpr double kSlack = 1e-9;
+
 FbxDouble3 Subtract(const FbxDouble3& a, const FbxDouble3& b) {
   return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
 }
@@ -61,10 +65,12 @@ EarTriangle::EarTriangle(const FbxVector4& previous, const FbxVector4& corner,
     edges_[i] = Normalized(Subtract(corners_[i].Xyz(), corners_[(i + 2) % 3].Xyz()));
   }
   const FbxDouble3 across = Cross(edges_[0], edges_[1]);
-  constexpr double kLeastSine = 1e-5;
   hasPlane_ = LengthBound(across) > kLeastSine;
   normal_ = Normalized(across);
-  for (size_t i = 0; i < 3; ++i) inward_[i] = Cross(normal_, edges_[i]);
+  for (size_t i = 0; i < 3; ++i) {
+    inward_[i] = Cross(normal_, edges_[i]);
+    size_ = std::max(size_, LengthBound(Subtract(corners_[i].Xyz(), corners_[0].Xyz())));
+  }
 }
 
 bool EarTriangle::Contains(const FbxVector4& point) const {
@@ -106,44 +112,66 @@ bool EarTriangle::ContainsExactly(const FbxVector4& point) const {
   return is12Negative == is23Negative && is23Negative == (c3.DotProduct(c1) < 0.0);
 }
 
-bool EarTriangle::IsClearOf(const FbxDouble3& boxMin, const FbxDouble3& boxMax, bool isFlat) const {
-  if (!hasPlane_) return false;
+// The product of the directions across two edges is that of the distances from them, up to the
+// square of the height above the plane. For a point on opposite sides of two edges their product is
+// negative, and those with the third edge have different signs: unless the height, or rounding,
+// outweighs its distance `side` from the third edge, one of them is positive.
+bool EarTriangle::IsClearBesideEdge(double side, double height, double reach,
+                                    double distance) const {
+  return side > 0.0 && side * distance > 2.0 * height * height + kRounding * reach * reach;
+}
+
+EarTriangle::Outlook EarTriangle::Look(const FbxDouble3& boxMin, const FbxDouble3& boxMax,
+                                       bool isFlat, const Outlook& known) const {
+  if (!hasPlane_) return {};
   FbxDouble3 center;
   FbxDouble3 half;
   for (size_t i = 0; i < 3; ++i) {
     center[i] = 0.5 * (boxMin[i] + boxMax[i]);
     half[i] = 0.5 * (boxMax[i] - boxMin[i]);
   }
-  // How far points of the box are from each edge at least, with its side as the sign (0 if they
-  // may lie on it), and how far off the plane at most.
-  std::array<double, 3> sides;
-  double reach = 0.0;
-  for (size_t i = 0; i < 3; ++i) {
-    reach = std::max(reach, LengthBound(Subtract(center, corners_[i].Xyz())) + LengthBound(half));
-  }
   const auto spread = [&half](const FbxDouble3& direction) {
     return std::abs(direction[0]) * half[0] + std::abs(direction[1]) * half[1] +
            std::abs(direction[2]) * half[2];
   };
-  constexpr double kSlack = 1e-9;
-  const double slack = kSlack * reach;
   const FbxDouble3 toCenter = Subtract(center, corners_[0].Xyz());
+  const double reach = LengthBound(toCenter) + LengthBound(half) + size_;
+  const double slack = kSlack * reach;
+  // How far off the plane points of the box are at most.
   const double height = std::abs(Dot(toCenter, normal_)) + spread(normal_) + slack;
-  for (size_t i = 0; i < 3; ++i) {
-    const double distance = Dot(Subtract(center, corners_[i].Xyz()), inward_[i]);
-    const double margin = spread(inward_[i]) + slack;
-    sides[i] = distance > margin ? distance - margin : distance < -margin ? distance + margin : 0.0;
+  // How far they are from an edge at least, with the side as the sign; 0 if they may lie on it.
+  const auto sideOf = [&](size_t edge) {
+    const double distance = Dot(Subtract(center, corners_[edge].Xyz()), inward_[edge]);
+    const double margin = spread(inward_[edge]) + slack;
+    return distance > margin ? distance - margin : distance < -margin ? distance + margin : 0.0;
+  };
+  if (known.openEdge >= 0) {
+    Outlook outlook = known;
+    const double side = std::abs(sideOf(static_cast<size_t>(known.openEdge)));
+    outlook.isClear = IsClearBesideEdge(side, height, reach, known.distance);
+    return outlook;
   }
-  // The product of the directions across two edges is that of the distances from them, up to the
-  // square of the height. Where the three products are certain and not of one sign, no point is
-  // inside. In a flat polygon all directions are along one axis, and two opposite ones are enough.
-  const double least = 2.0 * height * height + kRounding * reach * reach;
-  bool isCertain = true;
-  bool isOpposite = false;
+  const std::array<double, 3> sides{sideOf(0), sideOf(1), sideOf(2)};
   for (size_t i = 0; i < 3; ++i) {
-    const double product = sides[i] * sides[(i + 1) % 3];
-    isCertain = isCertain && std::abs(product) > least;
-    isOpposite = isOpposite || (isFlat ? product < 0.0 : product < -least);
+    const size_t j = (i + 1) % 3;
+    const size_t open = (i + 2) % 3;
+    if (!(sides[i] * sides[j] < 0.0)) continue;
+    // In a flat polygon all directions are along one axis: two opposite ones are enough.
+    if (isFlat) return {.isClear = true};
+    const double distance = std::min(std::abs(sides[i]), std::abs(sides[j]));
+    if (!IsClearBesideEdge(distance, height, reach, distance)) continue;
+    return {IsClearBesideEdge(std::abs(sides[open]), height, reach, distance),
+            static_cast<int>(open), distance};
   }
-  return isOpposite && (isFlat || isCertain);
+  return {};
+}
+
+bool EarTriangle::IsClear(const FbxDouble3& point, const Outlook& known) const {
+  const auto edge = static_cast<size_t>(known.openEdge);
+  const FbxDouble3 offset = Subtract(point, corners_[edge].Xyz());
+  const double reach = LengthBound(offset) + size_;
+  const double slack = kSlack * reach;
+  const double side = std::abs(Dot(offset, inward_[edge])) - slack;
+  const double height = std::abs(Dot(offset, normal_)) + slack;
+  return IsClearBesideEdge(side, height, reach, known.distance);
 }

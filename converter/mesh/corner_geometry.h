@@ -28,16 +28,29 @@ class EarTriangle {
   // are on the same side. For points off the plane that says more than its name.
   bool Contains(const FbxVector4& point) const;
 
-  // True only if no point of the box can be inside. With `isFlat` the box and the triangle lie in
-  // one plane across an axis, exactly.
-  bool IsClearOf(const FbxDouble3& boxMin, const FbxDouble3& boxMax, bool isFlat) const;
+  // What is known of the points of a box: that none of them can be inside; or that all of them lie
+  // on opposite sides of two edges, at least so far away, so that the third decides. That holds for
+  // every box within it, too.
+  struct Outlook {
+    bool isClear = false;
+    int openEdge = -1;
+    double distance = 0.0;
+  };
+  // `known` is what is known of a box around this one. With `isFlat` the box and the triangle lie
+  // in one plane across an axis, exactly.
+  Outlook Look(const FbxDouble3& boxMin, const FbxDouble3& boxMax, bool isFlat,
+               const Outlook& known) const;
+  // The same for a point of such a box: true only if it can't be inside.
+  bool IsClear(const FbxDouble3& point, const Outlook& known) const;
 
  private:
   bool ContainsExactly(const FbxVector4& point) const;
+  bool IsClearBesideEdge(double side, double height, double reach, double distance) const;
 
   std::array<FbxVector4, 3> corners_;  // the end of each edge: corner, next, previous
   std::array<FbxDouble3, 3> edges_;    // into that end, of length 1
   std::array<FbxDouble3, 3> inward_;   // across each edge in the plane
   FbxDouble3 normal_{};
+  double size_ = 0.0;      // no corner is further from another
   bool hasPlane_ = false;  // false for a sliver, whose plane rounding leaves open
 };

@@ -17,6 +17,10 @@ namespace {
 
 constexpr double kNormalTolerance = 1e-6;
 
+// Offsets of all morphs of a submesh. A head has some millions; but where a shape has no normals it
+// has an offset for every vertex, so that a small file could ask for more than any memory holds.
+constexpr uint64_t kMostOffsets = 1U << 26U;
+
 CalVector4 Narrow(const FbxVector4& v) {
   return {static_cast<float>(v[0]), static_cast<float>(v[1]), static_cast<float>(v[2]),
           static_cast<float>(v[3])};
@@ -119,6 +123,7 @@ void ExportMesh::AddMorphs(const MeshGroup& group, const std::vector<uint32_t>& 
   std::vector<bool> isKnown(names.names.size(), false);
   std::vector<cal3d::SSEArray<VertexOffset>> offsets(names.names.size());
   std::vector<MorphState> states;
+  uint64_t offsetCount = 0;
 
   for (uint32_t i = 0; i < vertices.size(); ++i) {
     const uint32_t corner = vertices[i];
@@ -159,6 +164,11 @@ void ExportMesh::AddMorphs(const MeshGroup& group, const std::vector<uint32_t>& 
       if (IsSameNormal(normalDelta) && delta.IsZero(4)) continue;
       if (args_.verbosity >= 3) {
         PrintOffset(i, morphed, point.position, delta, normal, normalDelta);
+      }
+      if (++offsetCount > kMostOffsets) {
+        AddWarning("Mesh " + mesh.holder->name + " (" + mesh.holder->path +
+                   ") has too many morphed vertices; a submesh is written without morph targets");
+        return;
       }
       offsets[number].push_back({static_cast<int32_t>(i), Narrow(delta), Narrow(normal)});
     }

@@ -2,14 +2,20 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 PointTree::PointTree(const std::vector<FbxVector4>& points)
-    : points_(points), order_(points.size()), leaves_(points.size()), isOn_(points.size(), 0) {
+    : points_(points), order_(points.size()), places_(points.size()), leaves_(points.size()) {
   std::iota(order_.begin(), order_.end(), 0U);
   nodes_.reserve(points.size() / 2 + 1);
   nodes_.push_back({{}, {}, 0, static_cast<uint32_t>(points.size()), 0, 0, 0});
   // Children are appended behind, so that this walks the tree level by level.
   for (uint32_t node = 0; node < nodes_.size(); ++node) Build(node);
+  ordered_.reserve(points.size());
+  for (const uint32_t point : order_) {
+    places_[point] = static_cast<uint32_t>(ordered_.size());
+    ordered_.push_back(points[point].Xyz());
+  }
   for (size_t axis = 0; axis < 3; ++axis) {
     isFlat_ = isFlat_ || nodes_[0].min[axis] == nodes_[0].max[axis];
   }
@@ -47,8 +53,15 @@ void PointTree::Build(uint32_t node) {
 }
 
 void PointTree::Switch(uint32_t point, bool on) {
-  if ((isOn_[point] != 0) == on) return;
-  isOn_[point] = on ? 1 : 0;
+  const Node& leaf = nodes_[leaves_[point]];
+  const uint32_t place = places_[point];
+  const uint32_t firstOff = leaf.first + leaf.onCount;
+  if ((place < firstOff) == on) return;
+  // Trade places with the one at the border.
+  const uint32_t border = on ? firstOff : firstOff - 1;
+  std::swap(places_[point], places_[order_[border]]);
+  std::swap(order_[place], order_[border]);
+  std::swap(ordered_[place], ordered_[border]);
   for (uint32_t node = leaves_[point];; node = nodes_[node].parent) {
     nodes_[node].onCount += on ? 1U : ~0U;
     if (node == 0) return;
@@ -57,19 +70,23 @@ void PointTree::Switch(uint32_t point, bool on) {
 
 int32_t PointTree::FindInside(const EarTriangle& triangle, uint32_t previous, uint32_t corner,
                               uint32_t next) const {
-  stack_.assign(1, 0U);
+  stack_.assign(1, {0, {}});
   while (!stack_.empty()) {
-    const Node& node = nodes_[stack_.back()];
+    const Step step = stack_.back();
     stack_.pop_back();
-    if (node.onCount == 0 || triangle.IsClearOf(node.min, node.max, isFlat_)) continue;
+    const Node& node = nodes_[step.node];
+    if (node.onCount == 0) continue;
+    const EarTriangle::Outlook outlook = triangle.Look(node.min, node.max, isFlat_, step.known);
+    if (outlook.isClear) continue;
     if (node.children != 0) {
-      stack_.push_back(node.children + 1);
-      stack_.push_back(node.children);
+      stack_.push_back({node.children + 1, outlook});
+      stack_.push_back({node.children, outlook});
       continue;
     }
-    for (uint32_t i = node.first; i < node.first + node.count; ++i) {
+    for (uint32_t i = node.first; i < node.first + node.onCount; ++i) {
+      if (outlook.openEdge >= 0 && triangle.IsClear(ordered_[i], outlook)) continue;
       const uint32_t point = order_[i];
-      if (isOn_[point] == 0 || point == previous || point == corner || point == next) continue;
+      if (point == previous || point == corner || point == next) continue;
       if (triangle.Contains(points_[point])) return static_cast<int32_t>(point);
     }
   }

@@ -19,7 +19,7 @@ class PointTree {
                      uint32_t next) const;
 
  private:
-  static constexpr uint32_t kLeafSize = 8;
+  static constexpr uint32_t kLeafSize = 16;
 
   struct Node {
     FbxDouble3 min;
@@ -31,13 +31,22 @@ class PointTree {
     uint32_t children = 0;  // the first of two in a row; 0 for a leaf
   };
 
+  // A node on the way down, with what is known of its parent.
+  struct Step {
+    uint32_t node;
+    EarTriangle::Outlook known;
+  };
+
   void Build(uint32_t node);
 
   const std::vector<FbxVector4>& points_;
+  // Leaf by leaf, and in each the points that are on first.
   std::vector<uint32_t> order_;
-  std::vector<uint32_t> leaves_;  // by point
-  std::vector<uint8_t> isOn_;     // by point
+  std::vector<FbxDouble3> ordered_;  // the points in that order
+  std::vector<uint32_t> places_;     // in order_, by point
+  std::vector<uint32_t> leaves_;     // by point
+  std::vector<uint8_t> isOn_;        // by point
   std::vector<Node> nodes_;
   bool isFlat_ = false;  // all points have one x, one y or one z
-  mutable std::vector<uint32_t> stack_;
+  mutable std::vector<Step> stack_;
 };
