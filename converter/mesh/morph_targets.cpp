@@ -19,7 +19,7 @@ constexpr double kNormalTolerance = 1e-6;
 
 // Offsets of all morphs of a submesh. A head has some millions; but where a shape has no normals it
 // has an offset for every vertex, so that a small file could ask for more than any memory holds.
-constexpr uint64_t kMostOffsets = 1U << 26U;
+constexpr uint64_t kMostOffsets = 1U << 25U;
 
 CalVector4 Narrow(const FbxVector4& v) {
   return {static_cast<float>(v[0]), static_cast<float>(v[1]), static_cast<float>(v[2]),
