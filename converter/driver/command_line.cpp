@@ -19,8 +19,7 @@ namespace {
 // still lacks: an option can ask for a file or a type as well as a word can.
 class SegmentReader {
  public:
-  explicit SegmentReader(const OptionParser& parser)
-      : parser_(parser), words_(parser.Positional()) {
+  explicit SegmentReader(const OptionParser& parser) : words_(parser.Positional()) {
     record_.commandVersion = 2;
     expectFile_ = expectMode_ = expectType_ = !words_.empty();
   }
@@ -66,7 +65,6 @@ class SegmentReader {
   void ReadType();
   void CheckType();
 
-  const OptionParser& parser_;
   std::span<const std::string> words_;  // those not taken yet
   ConversionArguments record_;
   bool needHelp_ = true;
@@ -78,7 +76,7 @@ class SegmentReader {
 void SegmentReader::ReadOption(const ParsedOption& option) {
   switch (option.row->index) {
     case kVerboseOption:
-      record_.verbosity = static_cast<int32_t>(parser_.Count(kVerboseOption));
+      ++record_.verbosity;
       break;
     case kRootOption:
       ReadRoot(option);

@@ -17,12 +17,6 @@ OptionParser::OptionParser(std::span<const OptionDescriptor> table,
   }
 }
 
-size_t OptionParser::Count(int index) const {
-  return static_cast<size_t>(
-      std::count_if(options_.begin(), options_.end(),
-                    [index](const ParsedOption& option) { return option.row->index == index; }));
-}
-
 const OptionDescriptor& OptionParser::UnknownRow() const {
   return *std::find_if(table_.begin(), table_.end(), [](const OptionDescriptor& row) {
     return row.shortName.empty() && row.longName.empty();

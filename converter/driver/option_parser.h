@@ -35,7 +35,6 @@ class OptionParser {
 
   // In the order written.
   const std::vector<ParsedOption>& Options() const { return options_; }
-  size_t Count(int index) const;
   // The words from the first one that is no option.
   std::span<const std::string> Positional() const { return positional_; }
   // What stopped the parsing, as a line of text; empty if nothing did.

@@ -62,8 +62,6 @@ TEST(OptionParser, ShortOptionsCluster) {
   EXPECT_THAT(Parse({"-vr", "Hips", "w"}), ElementsAre("1", "2=Hips", "|", "w"));
   EXPECT_THAT(Parse({"-z=list.txt"}), ElementsAre("3==list.txt"));  // the "=" is part of it
   EXPECT_THAT(Parse({"-up"}), ElementsAre("0", "0"));  // one dash never starts a long name
-  const std::vector<std::string> words{"-vv", "-v"};
-  EXPECT_EQ(OptionParser(kTable, words).Count(1), 3U);
 }
 
 TEST(OptionParser, AMissingValueStopsTheParsing) {
