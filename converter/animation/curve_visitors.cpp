@@ -5,6 +5,7 @@
 #include <bit>
 #include <charconv>
 
+#include "converter/animation/advanced_channels.h"
 #include "converter/animation/frames.h"
 #include "converter/space/key_values.h"
 #include "fbx/anim/fbx_anim_curve.h"
@@ -153,7 +154,18 @@ void DisplayAnimation(SceneChannels& channels, const FbxAnimStack* stack, const 
 
 void DisplayAnimation(const LayerChannels& layer, const FbxNode* node,
                       AnimationCurveVisitor& visitor) {
-  for (const NodeChannels& channels : layer.Below(node)) DisplayChannels(channels, visitor);
+  if (!visitor.UseAdvancedCurves()) {
+    for (const NodeChannels& channels : layer.Below(node)) DisplayChannels(channels, visitor);
+    return;
+  }
+  for (FbxNode* any : layer.Subtree(node)) {
+    visitor.VisitNode(any);
+    for (const NodeChannels& channels : layer.Of(any)) {
+      DisplaySkeletalChannels(channels, visitor);
+      DisplayShapeChannels(channels, visitor);
+    }
+    DisplayAdvancedChannels(layer.Layer(), any, visitor);
+  }
 }
 
 void DisplayChannels(const NodeChannels& channels, AnimationCurveVisitor& visitor) {

@@ -106,7 +106,7 @@ std::span<const NodeChannels> LayerChannels::Of(const FbxNode* node) const {
 const LayerChannels& SceneChannels::Of(const FbxAnimLayer* layer) {
   std::unique_ptr<LayerChannels>& channels = layers_[layer];
   if (channels == nullptr) {
-    channels.reset(new LayerChannels(order_));
+    channels.reset(new LayerChannels(layer, order_));
     Build(*layer, *channels);
   }
   return *channels;

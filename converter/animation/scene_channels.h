@@ -54,6 +54,9 @@ class LayerChannels {
   LayerChannels(const LayerChannels&) = delete;
   LayerChannels& operator=(const LayerChannels&) = delete;
 
+  const FbxAnimLayer* Layer() const { return layer_; }
+  // The node and everything below it, animated or not.
+  NodeSpan Subtree(const FbxNode* node) const { return order_.Subtree(node); }
   // Everything that is animated on the node and what is below it, in walk order.
   std::span<const NodeChannels> Below(const FbxNode* node) const;
   // One element, or none for a node without a curve in this layer.
@@ -74,8 +77,9 @@ class LayerChannels {
     std::vector<FbxNode*> nodes;
   };
 
-  explicit LayerChannels(const NodeOrder& order) : order_(order) {}
+  LayerChannels(const FbxAnimLayer* layer, const NodeOrder& order) : layer_(layer), order_(order) {}
 
+  const FbxAnimLayer* layer_;
   const NodeOrder& order_;
   NodeRun animated_;
   std::vector<NodeChannels> channels_;  // parallel to it

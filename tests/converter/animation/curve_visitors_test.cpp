@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include "converter/animation/advanced_channels.h"
 #include "fbx/anim/fbx_anim_curve.h"
 #include "fbx/scene/fbx_node.h"
 #include "tests/converter/animation/clip_file.h"
@@ -102,7 +103,7 @@ TEST_F(CurveVisitors, MovedAndMorphedNodes) {
   scene_.KeyMorph(clip.layer, face.channels[1], {0, 1}, {5, 6});
   FbxWrapper& wrapper = Load();
   const LayerChannels& layer = wrapper.Channels().Of(Stack(wrapper)->GetLayer(0));
-  const auto names = [&wrapper](NodeSpan nodes) {
+  const auto names = [](NodeSpan nodes) {
     std::vector<std::string> result;
     for (const FbxNode* node : nodes) result.push_back(node->Name());
     return result;
@@ -113,6 +114,45 @@ TEST_F(CurveVisitors, MovedAndMorphedNodes) {
   EXPECT_THAT(names(layer.MorphedBelow(wrapper.GetRootNode())), ElementsAre("Face", "Twin"));
   EXPECT_THAT(HasBlendShapeMorph(layer.Of(wrapper.GetNodeByPath("RootNode/Twin")).front()),
               ElementsAre("smile", "wink"));
+}
+
+class EverythingVisitor : public AnimationCurveVisitorString {
+  bool UseAdvancedCurves() override { return true; }
+};
+
+TEST_F(CurveVisitors, LightsAndUserProperties) {
+  SceneBuilder& b = scene_.builder;
+  const int64_t lamp =
+      b.AddModel("Lamp", "Light",
+                 {P("speed", "Vector3D", "Vector", "A+U", {0.0, 0.0, 0.0}),
+                  P("mood", "Number", "", "A+U", {0.0}), P("fixed", "Number", "", "U", {0.0})});
+  const int64_t light = b.AddNodeAttribute("Lamp", "Light", {P("Color", {1.0, 1.0, 1.0})});
+  b.Connect(light, lamp);
+  b.Connect(lamp, SceneBuilder::kRoot);
+  scene_.Bone("Still");
+  const ClipScene::Clip clip = scene_.AddClip("Glow", 0, 20);
+  const auto drive = [&](int64_t object, const char* property, const char* channel) {
+    const std::string name = std::string("d|") + channel;
+    const int64_t curves = b.AddAnimationCurveNode(property, {P(name, "Number", "", "A", {0.0})});
+    b.Connect(curves, clip.layer);
+    b.ConnectProperty(curves, object, property);
+    b.ConnectProperty(b.AddAnimationCurve({0, 1, 2}, {7.9F, -7.9F, 0}), curves, name);
+  };
+  drive(lamp, "speed", "Y");
+  drive(lamp, "mood", "mood");
+  drive(lamp, "fixed", "fixed");
+  drive(light, "Color", "Z");
+  drive(light, "Intensity", "Intensity");
+  FbxWrapper& wrapper = Load();
+  const LayerChannels& layer = wrapper.Channels().Of(Stack(wrapper)->GetLayer(0));
+  EverythingVisitor visitor;
+  DisplayAnimation(layer, wrapper.GetRootNode(), visitor);
+  EXPECT_EQ(visitor.text,
+            "Lamp Blue 3\n0:7.9 0:-7.899 0:0 \nLamp Intensity 3\n0:7.9 0:-7.899 0:0 \n"
+            "Property:speed:Y 3\n0:7 0:-7 0:0 \nProperty:mood 3\n0:7 0:-7 0:0 \n");
+  EXPECT_STREQ(DisplayAnimationNodes(layer, wrapper.GetRootNode(), true), "[Lamp] ");
+  EXPECT_STREQ(DisplayAnimationNodes(layer, wrapper.GetRootNode(), false), "[RootNode] [Still] ");
+  EXPECT_EQ(TextBelow(wrapper, "RootNode"), "");  // not for export
 }
 
 // Comparing texts without writing them must give what comparing them written gives.
