@@ -28,7 +28,7 @@ std::vector<FbxTime> KeyTimes(const NodeChannels& channels) {
     const int count = curve.curve->KeyGetCount();
     for (int i = 0; i < count; ++i) times.push_back(curve.curve->KeyGetTime(i));
   }
-  std::sort(times.begin(), times.end());
+  std::sort(times.begin(), times.end(), [](FbxTime a, FbxTime b) { return a.Get() < b.Get(); });
   times.erase(std::unique(times.begin(), times.end()), times.end());
   return times;
 }
