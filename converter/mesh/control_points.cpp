@@ -8,6 +8,7 @@
 #include "converter/mesh/mesh_diagnostics.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/node_paths.h"
+#include "converter/scene/path_index.h"
 #include "converter/skeleton/node_matrices.h"
 #include "converter/space/axis_mod.h"
 #include "fbx/scene/fbx_deformer.h"
@@ -115,9 +116,10 @@ FbxVector4 ExportMesh::ToOutputSpace(const GroupMesh& mesh, const FbxVector4& po
   return result;
 }
 
-bool ExportMesh::FillInControlPoints(GroupMesh& mesh, const BoneMap& bones,
+bool ExportMesh::FillInControlPoints(GroupMesh& mesh, const PathIndex& paths, const BoneMap& bones,
                                      MeshGroup& group) const {
-  const FbxNode* node = FbxWrapper::getInstance(args_)->GetNodeByPath(mesh.holder->path);
+  const FbxNode* node = paths.FirstWithPathOf(mesh.holder->node);
+  if (node == nullptr) node = FbxWrapper::getInstance(args_)->GetNodeByPath(mesh.holder->path);
   if (node == nullptr || GetAttributeType(node) != FbxNodeAttribute::eMesh) return false;
   return FillInControlPointsForMesh(mesh, node, bones, group);
 }

@@ -6,6 +6,7 @@
 #include "converter/driver/records.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/group_visitors.h"
+#include "converter/scene/path_index.h"
 #include "converter/skeleton/skeleton_roots.h"
 
 namespace {
@@ -37,8 +38,9 @@ bool ExportMesh::Export(bool /*unused*/) {
   BuildGroupedMeshLists(groups, selected);
   // Over all groups, so that a material has one id in all files of the run.
   MaterialMasterMap master = BuildMaterialMasterMap(selected);
+  const PathIndex paths(wrapper->GetRootNode());
   return std::all_of(groups.begin(), groups.end(), [&](const auto& group) {
-    return ExportMeshesGroupedAsSubmeshes(group.first, group.second, bones, master);
+    return ExportMeshesGroupedAsSubmeshes(group.first, group.second, paths, bones, master);
   });
 }
 
@@ -71,7 +73,8 @@ void ExportMesh::BuildGroupedMeshLists(GroupMap& groups,
 
 bool ExportMesh::ExportMeshesGroupedAsSubmeshes(const std::string& groupName,
                                                 const std::vector<MeshHolder_*>& holders,
-                                                const BoneMap& bones, MaterialMasterMap& master) {
+                                                const PathIndex& paths, const BoneMap& bones,
+                                                MaterialMasterMap& master) {
   MeshGroup group;
   group.meshes.reserve(holders.size());
   for (MeshHolder_* holder : holders) {
@@ -84,7 +87,7 @@ bool ExportMesh::ExportMeshesGroupedAsSubmeshes(const std::string& groupName,
       mesh.morphSources = GatherMorphSources(*mesh.mesh);
       mesh.morphs = MakeMorphChannels(mesh.morphSources, *mesh.mesh);
     }
-    FillInControlPoints(mesh, bones, group);
+    FillInControlPoints(mesh, paths, bones, group);
     FillInPolygonVertexIndexes(mesh, master, group);
   }
   return Save(groupName, group);

@@ -15,6 +15,7 @@
 
 class CalCoreSubmesh;
 class FbxWrapper;
+class PathIndex;
 
 // A row of a labelled listing.
 struct sMesh {
@@ -67,12 +68,14 @@ class ExportMesh {
  private:
   bool ExportMeshesGroupedAsSubmeshes(const std::string& groupName,
                                       const std::vector<MeshHolder_*>& holders,
-                                      const BoneMap& bones, MaterialMasterMap& master);
+                                      const PathIndex& paths, const BoneMap& bones,
+                                      MaterialMasterMap& master);
 
   // These append the control points of a mesh, with their weights, and set the parts of `mesh` that
   // have to do with points. False if the mesh can't be found again or has no points; then nothing
   // is appended.
-  bool FillInControlPoints(GroupMesh& mesh, const BoneMap& bones, MeshGroup& group) const;
+  bool FillInControlPoints(GroupMesh& mesh, const PathIndex& paths, const BoneMap& bones,
+                           MeshGroup& group) const;
   bool FillInControlPointsForMesh(GroupMesh& mesh, const FbxNode* node, const BoneMap& bones,
                                   MeshGroup& group) const;
   void FillInControlPointsForMorph(GroupMesh& mesh) const;
@@ -89,7 +92,7 @@ class ExportMesh {
                                   MeshGroup& group) const;
   // Appends the corners, and the polygons of each material slot to its list.
   void FillInCorners(const GroupMesh& mesh, MeshGroup& group,
-                     std::vector<PolygonList>& polygonsBySlot) const;
+                     std::vector<SlotPolygons>& slots) const;
 
   void AddVertices(const MeshGroup& group, const std::vector<uint32_t>& vertices,
                    CalCoreSubmesh& submesh) const;

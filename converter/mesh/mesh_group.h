@@ -46,8 +46,13 @@ struct Polygon {
   uint32_t cornerCount;
 };
 using PolygonList = std::vector<Polygon>;
-// By material id.
+// By material id. A material all of whose polygons had to be left out has an empty list.
 using PolygonMap = std::map<int, PolygonList>;
+// Those of one material slot of a mesh.
+struct SlotPolygons {
+  bool isUsed = false;
+  PolygonList list;
+};
 
 // Three corners. A corner of several triangles is the same vertex in all of them.
 using Triangle = std::array<uint32_t, 3>;

@@ -93,7 +93,7 @@ bool ExportMesh::FillInPolygonVertexIndexes(GroupMesh& mesh, MaterialMasterMap& 
   mesh.uvs = FindUVs(*mesh.mesh);
 
   const int slotCount = std::max(mesh.holder->node->GetMaterialCount(), 1);
-  std::vector<PolygonList> polygonsBySlot(static_cast<size_t>(slotCount));
+  std::vector<SlotPolygons> slots(static_cast<size_t>(slotCount));
   const MaterialMaps& materialMaps = GetMeshMaterialMap(*mesh.holder);
   if (args_.verbosity >= 2) std::printf("\nnormals:\n");
   if (args_.verbosity != 0) {
@@ -102,14 +102,14 @@ bool ExportMesh::FillInPolygonVertexIndexes(GroupMesh& mesh, MaterialMasterMap& 
                   " : #polys= " + std::to_string(mesh.mesh->GetPolygonCount()),
               true);
   }
-  FillInCorners(mesh, group, polygonsBySlot);
+  FillInCorners(mesh, group, slots);
 
   PolygonMap polygons;
   for (int slot = 0; slot < slotCount; ++slot) {
     const auto material = materialMaps.find(slot);
     const int id = master[material == materialMaps.end() ? MaterialMap() : material->second];
-    PolygonList& list = polygonsBySlot[static_cast<size_t>(slot)];
-    if (list.empty()) continue;
+    if (!slots[static_cast<size_t>(slot)].isUsed) continue;
+    PolygonList& list = slots[static_cast<size_t>(slot)].list;
     PolygonList& target = polygons[id];
     // Of two slots with one id a plain export keeps the later one only.
     if (args_.groupMeshes) list.insert(list.end(), target.begin(), target.end());
@@ -123,7 +123,7 @@ bool ExportMesh::FillInPolygonVertexIndexes(GroupMesh& mesh, MaterialMasterMap& 
 }
 
 void ExportMesh::FillInCorners(const GroupMesh& mesh, MeshGroup& group,
-                               std::vector<PolygonList>& polygonsBySlot) const {
+                               std::vector<SlotPolygons>& slots) const {
   const FbxMesh& source = *mesh.mesh;
   const NormalSource normals(source);
   const MorphReport morphReport(mesh, args_.verbosity);
@@ -142,9 +142,10 @@ void ExportMesh::FillInCorners(const GroupMesh& mesh, MeshGroup& group,
     if (materials != nullptr && static_cast<size_t>(polygon) < materials->index.size()) {
       material = materials->index[static_cast<size_t>(polygon)];
     }
-    const bool isSlot = material >= 0 && static_cast<size_t>(material) < polygonsBySlot.size();
+    const bool isSlot = material >= 0 && static_cast<size_t>(material) < slots.size();
     const int slot = isSlot ? material : 0;
     const int cornerCount = source.GetPolygonSize(polygon);
+    slots[static_cast<size_t>(slot)].isUsed = true;
     bool isWhole = true;
     for (int c = 0; c < cornerCount; ++c, ++counter, ++corner) {
       const int point = controlPoints[static_cast<size_t>(counter)];
@@ -162,15 +163,15 @@ void ExportMesh::FillInCorners(const GroupMesh& mesh, MeshGroup& group,
     }
     if (isWhole) {
       const uint32_t first = mesh.firstCorner + static_cast<uint32_t>(counter - cornerCount);
-      polygonsBySlot[static_cast<size_t>(slot)].push_back(
-          {first, static_cast<uint32_t>(cornerCount)});
+      slots[static_cast<size_t>(slot)].list.push_back({first, static_cast<uint32_t>(cornerCount)});
     } else {
       ++leftOut;
     }
   }
-  if (leftOut != 0) {
-    AddWarning("Mesh " + mesh.holder->name + " (" + mesh.holder->path + ") has " +
-               std::to_string(leftOut) +
-               " polygons with control points that do not exist, which are left out");
+  // A mesh without any point goes without a word: it will be warned of as one without geometry.
+  if (leftOut != 0 && pointCount != 0) {
+    AddWarning(
+        "Mesh " + mesh.holder->name + " (" + mesh.holder->path +
+        ") names control points that do not exist; polygons left out: " + std::to_string(leftOut));
   }
 }

@@ -102,11 +102,24 @@ TEST(ControlPoints, OfSiblingsOfOneNameTheFirstIsFound) {
   MeshScene scene;
   scene.AddNode("m");
   scene.AddMesh("m", kPoints, kTriangle);
-  EXPECT_EQ(scene.Export(),
-            "WARNING: Mesh m (RootNode/m) has 1 polygons with control points that do not exist, "
-            "which are left out\nWARNING: m has no geometry\n");
+  EXPECT_EQ(scene.Export(), "WARNING: m has no geometry\n");
   EXPECT_TRUE(scene.succeeded);
   EXPECT_FALSE(scene.HasFile("m"));
+}
+
+TEST(ControlPoints, AMeshThatIsNotFoundLeavesItsGroupTheRest) {
+  MeshScene scene;
+  scene.args.groupMeshes = true;
+  const int64_t group = scene.AddNode("group");
+  // A name with a "/" can't be searched for by its path.
+  const int64_t slash = scene.AddMesh("a/b", kPoints, kTriangle, {}, group);
+  scene.AddMaterial("x[4]", slash);
+  const int64_t other = scene.AddMesh("c", kPoints, kTriangle, {}, group);
+  scene.AddMaterial("y[6]", other);
+  EXPECT_EQ(scene.Export(), "MESH: group-a/b MATERIAL: 4,6  FILENAME: group-a%2Fb.xmf\n");
+  const CalCoreMesh mesh = scene.Load("group-a%2Fb");
+  ASSERT_EQ(mesh.submeshes.size(), 1U);
+  EXPECT_EQ(mesh.submeshes[0]->coreMaterialThreadId, 6);
 }
 
 TEST(ControlPoints, DiagnosticsShowEachStep) {

@@ -234,8 +234,8 @@ TEST(HostileMeshes, PolygonsWithMissingPointsAreLeftOut) {
        Colors("ByVertice", "IndexToDirect", {NAN, 1, 1, 1e300}, {0, 0, 0, -9}), Materials({})});
   scene.AddCluster(scene.AddSkin(), scene.AddNode("bone", "LimbNode"), {9, -1}, {1, NAN});
   EXPECT_EQ(scene.Export(),
-            "WARNING: Mesh m (RootNode/m) has 2 polygons with control points that do not exist, "
-            "which are left out\nMESH: m MATERIAL: 0  FILENAME: m.xmf\n");
+            "WARNING: Mesh m (RootNode/m) names control points that do not exist; polygons left "
+            "out: 2\nMESH: m MATERIAL: 0  FILENAME: m.xmf\n");
   const CalCoreMesh mesh = scene.Load("m");
   EXPECT_EQ(mesh.submeshes[0]->faces().size(), 2U);
 }
