@@ -122,8 +122,12 @@ ExportAnimation::HoldersByRoot ExportAnimation::FindByRoot(
     FbxWrapper& wrapper, const std::vector<FbxAnimStack*>& stacks) {
   const NodeSpan last = wrapper.BuildSkeletonList(args_.treatAsRoom).back();
   const std::unordered_set<const FbxNode*> lastSkeleton(last.begin(), last.end());
+  const auto inLastSkeleton = [&lastSkeleton](NodeSpan run) {
+    return std::any_of(run.begin(), run.end(), [&lastSkeleton](const FbxNode* node) {
+      return lastSkeleton.contains(node);
+    });
+  };
   std::vector<FbxNode*> roots = BuildRootList(&wrapper, args_);
-  const bool hasRoots = !roots.empty();
   std::erase_if(
       roots, [](const FbxNode* root) { return BuildRootNodeName(root, nullptr) == kRootNodeName; });
   const std::vector<MeshHolder_*> meshes = wrapper.GetMeshList();
@@ -139,18 +143,19 @@ ExportAnimation::HoldersByRoot ExportAnimation::FindByRoot(
       movesLastRoot = !skeletal.nodes.empty();
       if (movesLastRoot) add(skeletal);
     }
-    if (!hasRoots || !movesLastRoot) {
+    // Single meshes matter only in a stack that leaves the last skeleton alone, and of the stacks
+    // that are left most morph none.
+    const std::vector<const LayerChannels*> layers = wrapper.Channels().Of(stack);
+    const bool morphs = std::any_of(layers.begin(), layers.end(), [&](const LayerChannels* layer) {
+      return !layer->MorphedBelow(wrapper.GetRootNode()).empty();
+    });
+    if (morphs && !movesLastRoot) {
       for (const MeshHolder_* mesh : meshes) {
         AnimationInfoHolder morph = std::move(GetAnimatedNodes(mesh->node, stack)[1]);
         if (!morph.nodes.empty() && DrivesTargetOf(mesh->mesh, morph)) add(morph);
       }
     }
     std::vector<AnimationInfoHolder> scene = GetAnimatedNodes(wrapper.GetRootNode(), stack);
-    const auto inLastSkeleton = [&lastSkeleton](NodeSpan run) {
-      return std::any_of(run.begin(), run.end(), [&lastSkeleton](const FbxNode* node) {
-        return lastSkeleton.contains(node);
-      });
-    };
     if (std::any_of(scene[0].nodes.begin(), scene[0].nodes.end(), inLastSkeleton)) add(scene[0]);
     if (!scene[1].nodes.empty()) add(scene[1]);
   }

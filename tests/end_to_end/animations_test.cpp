@@ -233,6 +233,22 @@ TEST_F(Animations, MorphsAreTiedToSkeletonsByTheNamesOfTargets) {
   EXPECT_THAT(file, HasSubstr("<WEIGHT>-0.19999<"));
 }
 
+TEST_F(Animations, MorphsOfAStackThatMovesNothing) {
+  const ClipScene::Morphed face = scene_.Mesh("Face", {"smile"});
+  const ClipScene::Morphed hat = scene_.Mesh("Hat", {"tip"}, face.node);
+  const ClipScene::Morphed stand = scene_.Mesh("Stand");
+  const ClipScene::Morphed doll = scene_.Mesh("Doll", {"wink"}, stand.node);
+  const ClipScene::Clip clip = scene_.AddClip("Talk", 0, 20);
+  for (const ClipScene::Morphed& mesh : {face, hat, doll}) {
+    scene_.KeyMorph(clip.layer, mesh.channels[0], {0, 10, 20}, {0, 50, 0});
+  }
+  // The scene as a whole, and every mesh with what is below it, if one of its own targets is among
+  // that: the stand has none.
+  EXPECT_EQ(Run({"s.fbx", "list", "morphanim"}),
+            "MORPH: Talk-smile-tip" + kTo20 + "MORPH: Talk-smile-tip-wink" + kTo20 +
+                "MORPH: Talk-tip" + kTo20 + "MORPH: Talk-wink" + kTo20);
+}
+
 TEST_F(Animations, MorphsOfAStackThatAlsoMoves) {
   const ClipScene::Morphed face = scene_.Mesh("Face", {"smile"}, hips_);
   const ClipScene::Morphed stray = scene_.Mesh("Stray", {"wink"});
