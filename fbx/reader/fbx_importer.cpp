@@ -33,7 +33,7 @@ bool FbxImporter::Initialize(const char* fileName, int /*fileFormat*/, FbxIOSett
 
 bool FbxImporter::InitializeFromMemory(std::string_view bytes, FbxIOSettings* settings) {
   Reset(settings);
-  return reader_->FileOpen(bytes) && FinishInitialize();
+  return reader_->FileOpenFromMemory(bytes) && FinishInitialize();
 }
 
 bool FbxImporter::FinishInitialize() {

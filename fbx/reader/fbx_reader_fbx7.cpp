@@ -6,6 +6,7 @@
 #include "fbx/reader/fbx_io_settings.h"
 #include "fbx/reader/read_animation.h"
 #include "fbx/reader/read_properties.h"
+#include "fbx/reader/read_video.h"
 #include "fbx/reader/target_shapes.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_scene.h"
@@ -50,7 +51,7 @@ bool FbxReaderFbx7::FileOpen(const std::string& fileName) {
   return Open(fileName.c_str());
 }
 
-bool FbxReaderFbx7::FileOpen(std::string_view bytes) {
+bool FbxReaderFbx7::FileOpenFromMemory(std::string_view bytes) {
   media_ = FbxMediaFolder();
   return Open(bytes);
 }
@@ -78,7 +79,6 @@ void FbxReaderFbx7::ReadOutline(FbxGlobalSettings& settings) {
   const bool isAmongObjects = minor == 0 && EnterBlock("Objects");
   ReadGlobalSettings(settings);
   if (isAmongObjects) LeaveBlock();
-  ReadTypeList();
   io_->ProjectCloseSection();
 }
 
@@ -117,6 +117,7 @@ bool FbxReaderFbx7::Read(FbxDocument* document) {
   io_->FieldReadResetPosition();
   ReadObjectSection();
   ReadConnections(*io_, objects_, *document_, rootNode);
+  FindEmbeddedTextures(*document_, media_);
   if (GetOption("Animation", true)) ReadTakes(*io_, *document_);
   if (scene_ != nullptr) {
     scene_->FixInheritType(rootNode);
@@ -158,22 +159,6 @@ bool FbxReaderFbx7::ReadDescriptionSection() {
 }
 
 void FbxReaderFbx7::ReadDefinitionSection() {
-  if (!EnterBlock("Definitions")) return;
-  const int32_t types = io_->FieldGetInstanceCount("ObjectType");
-  for (int32_t i = 0; i < types; ++i) {
-    io_->FieldReadBegin("ObjectType", i);
-    if (!io_->FieldReadBlockBegin()) continue;
-    const int32_t templates = io_->FieldGetInstanceCount("PropertyTemplate");
-    for (int32_t k = 0; k < templates; ++k) {
-      io_->FieldReadBegin("PropertyTemplate", k);
-      templates_.ReadTemplate(*io_, manager_);
-    }
-    LeaveBlock();
-  }
-  LeaveBlock();
-}
-
-void FbxReaderFbx7::ReadTypeList() {
   types_.clear();
   if (!EnterBlock("Definitions")) return;
   std::unordered_set<std::string> seen;
@@ -182,6 +167,13 @@ void FbxReaderFbx7::ReadTypeList() {
     io_->FieldReadBegin("ObjectType", i);
     std::string type(io_->FieldReadC());
     if (seen.insert(type).second) types_.push_back(std::move(type));
+    if (!io_->FieldReadBlockBegin()) continue;
+    const int32_t templates = io_->FieldGetInstanceCount("PropertyTemplate");
+    for (int32_t k = 0; k < templates; ++k) {
+      io_->FieldReadBegin("PropertyTemplate", k);
+      templates_.ReadTemplate(*io_, manager_);
+    }
+    LeaveBlock();
   }
   LeaveBlock();
   OrderTypeInfoSection();

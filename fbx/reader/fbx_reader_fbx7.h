@@ -36,14 +36,13 @@ class FbxReaderFbx7 {
   bool FileOpen(const std::string& fileName);
   // The same for a file in memory, which the caller keeps alive until FileClose. Having no place on
   // the disk, it finds no textures there, and media embedded in it aren't written.
-  bool FileOpen(std::string_view bytes);
+  bool FileOpenFromMemory(std::string_view bytes);
   void FileClose();
   bool IsFileOpen() const { return io_ != nullptr; }
   // major * 1000 + minor * 100 + revision.
   int GetFileVersion() const { return io_ == nullptr ? 0 : io_->GetFileVersionNumber(); }
 
-  // Reads global settings into `settings`, and the types that the file defines, ahead of the
-  // document: both without a document to fill.
+  // Reads global settings into `settings` ahead of the document.
   void ReadOutline(FbxGlobalSettings& settings);
   // Loads the document of the open file, which must be empty. For a scene, the global time mode and
   // protocol become the scene's.
@@ -62,9 +61,8 @@ class FbxReaderFbx7 {
 
   void ReadGlobalSettings(FbxGlobalSettings& settings);
   bool ReadDescriptionSection();
+  // Templates, and which types there are, in the order in which their objects are read.
   void ReadDefinitionSection();
-  // Which types there are, in the order in which their objects are read.
-  void ReadTypeList();
   void OrderTypeInfoSection();
   void ReadObjectSection();
   void ReadObjectsOfType(const std::string& type);

@@ -6,6 +6,7 @@
 #include "fbx/reader/media_folder.h"
 #include "fbx/reader/read_properties.h"
 #include "fbx/scene/fbx_material.h"
+#include "fbx/scene/fbx_scene.h"
 
 namespace {
 
@@ -41,4 +42,18 @@ void ReadVideo(FbxIO& io, FbxVideo& video, const FbxMediaFolder& media) {
   ExtractContent(io, video, media);
   const std::string found = media.Find(video.GetFileName(), video.GetRelativeFileName());
   if (!found.empty()) video.SetFileName(found);
+}
+
+void FindEmbeddedTextures(const FbxDocument& document, const FbxMediaFolder& media) {
+  if (!media.IsEnabled() || document.GetSrcObjectCount<FbxVideo>() == 0) return;
+  const int count = document.GetSrcObjectCount<FbxFileTexture>();
+  for (int i = 0; i < count; ++i) {
+    FbxFileTexture& texture = *document.GetSrcObject<FbxFileTexture>(i);
+    std::string found = media.Find(texture.GetFileName(), texture.GetRelativeFileName());
+    const auto* video = texture.GetSrcObject<FbxVideo>();
+    if (found.empty() && video != nullptr) {
+      found = media.Find(texture.GetFileName(), video->GetRelativeFileName());
+    }
+    if (!found.empty()) texture.SetFileName(found);
+  }
 }

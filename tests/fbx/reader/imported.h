@@ -1,0 +1,85 @@
+// A scene loaded from the bytes of a file, for tests of the reader.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "fbx/core/fbx_manager.h"
+#include "fbx/reader/fbx_importer.h"
+#include "fbx/reader/fbx_io_settings.h"
+#include "fbx/scene/fbx_node.h"
+#include "fbx/scene/fbx_scene.h"
+#include "tests/support/fbx_builder.h"
+
+class Imported {
+ public:
+  // `options` are switched off.
+  explicit Imported(std::string fileBytes, const std::vector<std::string>& options = {})
+      : bytes_(std::move(fileBytes)),
+        manager_(FbxManager::Create()),
+        importer(FbxImporter::Create(manager_, "")),
+        scene(FbxScene::Create(manager_, "scene")) {
+    FbxIOSettings* settings = FbxIOSettings::Create(manager_, "");
+    for (const std::string& option : options) {
+      settings->SetBoolProp("Import|AdvOptGrp|FileFormat|Fbx|" + option, false);
+    }
+    isLoaded = importer->InitializeFromMemory(bytes_, settings) && importer->Import(scene);
+  }
+  // A document whose load must succeed.
+  explicit Imported(const SceneBuilder& builder, const FbxFormat& format = {})
+      : Imported(builder.Write(format)) {
+    EXPECT_TRUE(isLoaded) << importer->GetStatus().GetErrorString();
+  }
+  ~Imported() { manager_->Destroy(); }
+  Imported(const Imported&) = delete;
+  Imported& operator=(const Imported&) = delete;
+
+  // The first object of the class and name, null if there is none.
+  template <typename T>
+  T* Find(const std::string& name) const {
+    for (int i = 0; i < scene->GetSrcObjectCount<T>(); ++i) {
+      if (scene->GetSrcObject<T>(i)->Name() == name) return scene->GetSrcObject<T>(i);
+    }
+    return nullptr;
+  }
+  FbxNode& Node(const std::string& name) const { return *Find<FbxNode>(name); }
+
+  // Names of the scene's objects of a class, in their order.
+  template <typename T>
+  std::vector<std::string> Names() const {
+    std::vector<std::string> names;
+    for (int i = 0; i < scene->GetSrcObjectCount<T>(); ++i) {
+      names.push_back(scene->GetSrcObject<T>(i)->Name());
+    }
+    return names;
+  }
+
+  // "code text" of the importer's status.
+  std::string Status() const {
+    const FbxStatus& status = importer->GetStatus();
+    return std::to_string(status.GetCode()) + " " + status.GetErrorString();
+  }
+
+ private:
+  std::string bytes_;
+  FbxManager* manager_;
+
+ public:
+  FbxImporter* importer;
+  FbxScene* scene;
+  bool isLoaded = false;
+};
+
+// The name with a number behind it.
+inline std::string Numbered(std::string name, size_t number) {
+  return name.append(std::to_string(number));
+}
+
+inline std::vector<std::string> ChildNames(const FbxNode& node) {
+  std::vector<std::string> names;
+  for (const FbxNode* child : node.Children()) names.push_back(child->Name());
+  return names;
+}

@@ -1,0 +1,159 @@
+// The importer's front: what it accepts, and what it says of what it refuses.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "fbx/reader/fbx_reader_fbx7.h"
+#include "fbx/scene/fbx_global_settings.h"
+#include "tests/fbx/reader/imported.h"
+#include "tests/support/temp_dir.h"
+
+using testing::ElementsAre;
+
+namespace {
+
+FbxRecord* FindRecord(FbxRecords& records, const std::string& name) {
+  for (FbxRecord& record : records) {
+    if (record.name == name) return &record;
+  }
+  return nullptr;
+}
+
+std::string StatusOf(const std::string& bytes) { return Imported(bytes).Status(); }
+
+std::string WithPassword() {
+  FbxRecords records = SceneBuilder().Document();
+  records.insert(records.begin() + 3, {"NodeId", {"secret"}});
+  return WriteFbx(records);
+}
+
+TEST(Importer, SaysWhyAFileIsRefused) {
+  const SceneBuilder scene;
+  EXPECT_EQ(StatusOf(scene.Write()), "0 ");
+  EXPECT_EQ(StatusOf(""), "1 File is corrupted ");
+  EXPECT_EQ(StatusOf("; FBX 7.4.0 something else\n"), "1 File is corrupted ");
+  for (const bool ascii : {false, true}) {
+    EXPECT_EQ(StatusOf(scene.Write({.ascii = ascii, .version = 6100})), "1 Unexpected file type");
+    EXPECT_EQ(StatusOf(scene.Write({.ascii = ascii, .version = 5000})), "1 Unexpected file type");
+    EXPECT_EQ(StatusOf(scene.Write({.ascii = ascii, .version = 8000})),
+              "6 FBX file version 8.0.0 is not supported in this product");
+  }
+  const std::string whole = scene.Write();
+  EXPECT_EQ(StatusOf(whole.substr(0, whole.size() / 2)), "1 File is corrupted (or invalid)");
+  EXPECT_EQ(StatusOf(WithPassword()), "5 Wrong password");
+
+  FbxRecords records = scene.Document();
+  FindRecord(records, "Documents")->children = {{"Count", {0}}};
+  EXPECT_EQ(StatusOf(WriteFbx(records)), "1 File is corrupted (or invalid)");
+}
+
+TEST(Importer, SaysWhatIsMissing) {
+  FbxManager* manager = FbxManager::Create();
+  FbxImporter* importer = FbxImporter::Create(manager, "");
+  FbxScene* scene = FbxScene::Create(manager, "");
+  const auto text = [&] { return std::string(importer->GetStatus().GetErrorString()); };
+
+  EXPECT_FALSE(importer->Import(scene));
+  EXPECT_EQ(text(), "File not opened");
+  EXPECT_FALSE(importer->Initialize(""));
+  EXPECT_EQ(text(), "Uninitialized filename");
+  EXPECT_FALSE(importer->Initialize("/no/such/file.fbx"));
+  EXPECT_EQ(text(), "Unable to open file /no/such/file.fbx");
+
+  const std::string bytes = SceneBuilder().Write();
+  ASSERT_TRUE(importer->InitializeFromMemory(bytes));
+  EXPECT_FALSE(importer->Import(nullptr));
+  EXPECT_EQ(text(), "Invalid document handle");
+  EXPECT_TRUE(importer->Import(scene));
+
+  const std::string locked = WithPassword();
+  FbxIOSettings* settings = FbxIOSettings::Create(manager, "");
+  settings->SetStringProp("Import|AdvOptGrp|FileFormat|Fbx|Password", "secret");
+  ASSERT_TRUE(importer->InitializeFromMemory(locked, settings));
+  EXPECT_TRUE(importer->Import(FbxScene::Create(manager, "")));
+  manager->Destroy();
+}
+
+// A reader without the importer in front of it reads the same.
+TEST(Importer, IsNotNeededToRead) {
+  FbxManager* manager = FbxManager::Create();
+  FbxScene* scene = FbxScene::Create(manager, "");
+  SceneBuilder builder;
+  builder.AddModel("Hips");
+  const std::string bytes = builder.Write();
+  FbxStatus status;
+  FbxReaderFbx7 reader(*manager, status, nullptr);
+  ASSERT_TRUE(reader.FileOpenFromMemory(bytes));
+  EXPECT_TRUE(reader.Read(scene));
+  EXPECT_EQ(scene->GetSrcObjectCount<FbxNode>(), 2);
+  manager->Destroy();
+}
+
+TEST(Importer, KnowsVersionAndSettingsBeforeTheImport) {
+  SceneBuilder scene;
+  scene.SetAxes(2, 1, 1, -1, 0, 1).SetTimeMode(11);
+  scene.SetGlobal(P("UnitScaleFactor", "double", "Number", "", {2.54}));
+  const std::string bytes = scene.Write({.version = 7300});
+  const Imported file(bytes);
+  int major = 0;
+  int minor = 0;
+  int revision = 0;
+  file.importer->GetFileVersion(major, minor, revision);
+  EXPECT_EQ(major * 100 + minor * 10 + revision, 730);
+  EXPECT_EQ(file.importer->GetFileGlobalSettings()->GetSystemUnit(), 2.54);
+  EXPECT_TRUE(file.importer->GetFileGlobalSettings()->GetAxisSystem() == FbxAxisSystem::MayaZUp);
+  EXPECT_TRUE(file.scene->GetGlobalSettings().GetAxisSystem() == FbxAxisSystem::MayaZUp);
+}
+
+// Version 7.0 keeps the settings among the objects.
+TEST(Importer, FindsSettingsAmongObjects) {
+  FbxRecords records = SceneBuilder().SetTimeMode(3).Document(7000);
+  FbxRecord settings = *FindRecord(records, "GlobalSettings");
+  std::erase_if(records, [](const FbxRecord& r) { return r.name == "GlobalSettings"; });
+  settings.values = {int64_t{5}, "GlobalSettings::", ""};
+  FindRecord(records, "Objects")->Add(settings);
+  const Imported file(WriteFbx(records, {.version = 7000}));
+  ASSERT_TRUE(file.isLoaded);
+  EXPECT_EQ(file.importer->GetFileGlobalSettings()->GetTimeMode(), 3);
+  EXPECT_EQ(file.scene->GetGlobalSettings().GetTimeMode(), 3);
+}
+
+TEST(Importer, NamesTheDocumentAndFindsItsRoot) {
+  FbxRecords records = SceneBuilder().Document();
+  FbxRecord& document = FindRecord(records, "Documents")->children[1];
+  document.values[1] = "Document::Attic";
+  document.children[1].values = {int64_t{77}};
+  FindRecord(records, "Objects")->Add({"Model", {int64_t{78}, "Model::Lamp", "Null"}, {{"X"}}});
+  // An object can't take the root's id.
+  FindRecord(records, "Objects")->Add({"Model", {int64_t{77}, "Model::Thief", "Null"}, {{"X"}}});
+  FindRecord(records, "Connections")->Add({"C", {"OO", int64_t{78}, int64_t{77}}});
+  FbxRecord* definitions = FindRecord(records, "Definitions");
+  definitions->Add({"ObjectType", {"Model"}, {{"Count", {1}}}});
+  const Imported file(WriteFbx(records));
+  ASSERT_TRUE(file.isLoaded);
+  EXPECT_STREQ(file.scene->GetName(), "Attic");
+  EXPECT_THAT(ChildNames(*file.scene->GetRootNode()), ElementsAre("Lamp"));
+  EXPECT_THAT(file.Names<FbxNode>(), ElementsAre("RootNode", "Lamp"));
+}
+
+TEST(Importer, ReadsTakesUnlessToldNotTo) {
+  FbxRecords records = SceneBuilder().Document();
+  FbxRecord takes("Takes", {}, {{"Current", {"Run"}}});
+  takes.Add(
+      {"Take", {"Run"}, {{"FileName", {"Run.tak"}}, {"LocalTime", {int64_t{10}, int64_t{20}}}}});
+  records.push_back(takes);
+  const Imported file(WriteFbx(records));
+  ASSERT_NE(file.scene->GetTakeInfo("Run"), nullptr);
+  EXPECT_EQ(file.scene->GetTakeInfo("Run")->localTime.stop.Get(), 20);
+  EXPECT_EQ(Imported(WriteFbx(records), {"Animation"}).scene->GetTakeInfo("Run"), nullptr);
+}
+
+TEST(Importer, SetsTheGlobalTimeMode) {
+  Imported(SceneBuilder().SetTimeMode(14, 12.0));
+  EXPECT_EQ(FbxTime::GetGlobalTimeMode(), FbxTime::eCustom);
+  FbxRecords records = SceneBuilder().Document();
+  std::erase_if(records, [](const FbxRecord& r) { return r.name == "GlobalSettings"; });
+  EXPECT_TRUE(Imported(WriteFbx(records)).isLoaded);
+  EXPECT_EQ(FbxTime::GetGlobalTimeMode(), FbxTime::eDefaultMode);
+}
+
+}  // namespace

@@ -1,0 +1,153 @@
+// Connections: what the tags tie together, and what is dropped.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "fbx/scene/fbx_material.h"
+#include "fbx/scene/fbx_mesh.h"
+#include "tests/fbx/reader/imported.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+TEST(ReadConnections, MakeTheTree) {
+  SceneBuilder scene;
+  const int64_t hips = scene.AddModel("hips");
+  const int64_t spine = scene.AddModel("spine");
+  const int64_t arm = scene.AddModel("arm");
+  const int64_t leg = scene.AddModel("leg");
+  const int64_t size = scene.AddNodeAttribute("size", "LimbNode");
+  scene.AddModel("loose");
+  scene.Connect(leg, hips);
+  scene.Connect(hips, SceneBuilder::kRoot);
+  scene.AddConnection({"OD", spine, hips});
+  scene.Connect(arm, hips);
+  scene.Connect(arm, hips);
+  scene.Connect(size, arm);
+  for (const bool ascii : {false, true}) {
+    const Imported file(scene, {.ascii = ascii});
+    EXPECT_THAT(ChildNames(*file.scene->GetRootNode()), ElementsAre("hips"));
+    EXPECT_THAT(ChildNames(file.Node("hips")), ElementsAre("leg", "spine", "arm"));
+    EXPECT_EQ(file.Node("arm").GetNodeAttributeCount(), 1);
+    EXPECT_EQ(file.Node("loose").GetParent(), nullptr);
+  }
+}
+
+TEST(ReadConnections, TieObjectsAndPropertiesByTag) {
+  SceneBuilder scene;
+  const FbxRecords properties = {P("a", {1.0}), P("g", "Compound", "", "", {}), P("g|b", {2.0})};
+  const int64_t x = scene.AddModel("x", "Null", properties);
+  const int64_t y = scene.AddModel("y", "Null", properties);
+  scene.AddConnection({"OP", x, y, "g|b"});
+  scene.AddConnection({"OP", x, y, "g|b"});
+  scene.AddConnection({"PO", x, "a", y});
+  scene.AddConnection({"PP", x, "g|b", y, "a"});
+  scene.AddConnection({"EP", x, "a"});
+  for (const FbxValues& dropped : std::vector<FbxValues>{{"OP", x, y, "none"},
+                                                         {"OP", x, y, "b"},
+                                                         {"OP", x, y, ""},
+                                                         {"OP", x, y, "A"},
+                                                         {"PO", x, "none", y},
+                                                         {"PP", x, "none", y, "g"},
+                                                         {"OO", x, int64_t{424242}},
+                                                         {"OO", int64_t{424242}, y},
+                                                         {"XX", x, y},
+                                                         {"OO"},
+                                                         {}}) {
+    scene.AddConnection(dropped);
+  }
+  const Imported file(scene);
+  const FbxNode& from = file.Node("x");
+  const FbxNode& to = file.Node("y");
+  const FbxProperty b = to.RootProperty().FindHierarchical("g|b");
+  EXPECT_THAT(b.Sources(), ElementsAre(from.RootProperty()));
+  EXPECT_THAT(to.RootProperty().Sources(), ElementsAre(from.FindProperty("a")));
+  EXPECT_THAT(to.FindProperty("a").Sources(),
+              ElementsAre(from.RootProperty().FindHierarchical("g|b")));
+  EXPECT_THAT(to.FindProperty("g").Sources(), IsEmpty());
+  EXPECT_THAT(from.FindProperty("a").Sources(), ElementsAre(file.scene->RootProperty()));
+  // A connection to a property is none to its object.
+  EXPECT_EQ(to.GetSrcObjectCount(), 0);
+  EXPECT_THAT(from.Children(), IsEmpty());
+}
+
+TEST(ReadConnections, RepeatOnlyMaterialsAndLayeredTextures) {
+  SceneBuilder scene;
+  const int64_t node = scene.AddModel("node", "Mesh");
+  const int64_t mesh = scene.AddMesh("mesh", {}, {});
+  const int64_t red = scene.AddMaterial("red");
+  const int64_t blue = scene.AddMaterial("blue");
+  const int64_t texture = scene.AddTexture("texture", "t.png");
+  const int64_t layered = scene.AddObject("LayeredTexture", "LayeredTexture", "layered", "");
+  for (const int64_t source : {red, mesh, blue, mesh, red}) scene.Connect(source, node);
+  for (int i = 0; i < 2; ++i) {
+    scene.Connect(texture, layered);
+    scene.ConnectProperty(texture, red, "DiffuseColor");
+  }
+  const Imported file(scene);
+  const FbxNode& n = file.Node("node");
+  ASSERT_EQ(n.GetMaterialCount(), 3);
+  EXPECT_STREQ(n.GetMaterial(1)->GetName(), "blue");
+  EXPECT_EQ(n.GetMaterial(2), n.GetMaterial(0));
+  EXPECT_EQ(n.GetNodeAttributeCount(), 1);
+  EXPECT_EQ(file.Find<FbxLayeredTexture>("layered")->GetSrcObjectCount<FbxTexture>(), 2);
+  EXPECT_EQ(n.GetMaterial(0)->FindProperty("DiffuseColor").GetSrcObjectCount(), 1);
+}
+
+TEST(ReadConnections, NodesStayATree) {
+  SceneBuilder scene;
+  const int64_t a = scene.AddModel("a");
+  const int64_t b = scene.AddModel("b");
+  const int64_t c = scene.AddModel("c");
+  scene.Connect(b, a);
+  scene.Connect(c, b);
+  scene.Connect(a, c);                    // closes a ring
+  scene.Connect(b, b);                    // a node below itself
+  scene.Connect(SceneBuilder::kRoot, c);  // the root below a node
+  scene.Connect(a, SceneBuilder::kRoot);
+  scene.Connect(c, SceneBuilder::kRoot);  // a second parent
+  const Imported file(scene);
+  EXPECT_THAT(ChildNames(*file.scene->GetRootNode()), ElementsAre("a"));
+  EXPECT_THAT(ChildNames(file.Node("a")), ElementsAre("b"));
+  EXPECT_THAT(ChildNames(file.Node("b")), ElementsAre("c"));
+  EXPECT_THAT(ChildNames(file.Node("c")), IsEmpty());
+}
+
+TEST(ReadConnections, RingsOfTexturesAndPropertiesAreCut) {
+  SceneBuilder scene;
+  const auto layered = [&](const char* name) {
+    return scene.AddObject("LayeredTexture", "LayeredTexture", name, "");
+  };
+  const int64_t x = layered("x");
+  const int64_t y = layered("y");
+  const int64_t node = scene.AddModel("node", "Null", {P("p", {1.0}), P("q", {1.0})});
+  scene.Connect(x, y);
+  scene.Connect(y, x);
+  scene.Connect(x, x);
+  scene.AddConnection({"PP", node, "p", node, "q"});
+  scene.AddConnection({"PP", node, "q", node, "p"});
+  const Imported file(scene);
+  EXPECT_EQ(file.Find<FbxLayeredTexture>("x")->GetSrcObjectCount() +
+                file.Find<FbxLayeredTexture>("y")->GetSrcObjectCount(),
+            1);
+  const FbxNode& n = file.Node("node");
+  EXPECT_EQ(n.FindProperty("p").GetSrcPropertyCount() + n.FindProperty("q").GetSrcPropertyCount(),
+            1);
+}
+
+// Deeper than any tree of an artist; connected from the leaves up, the costly way round.
+TEST(ReadConnections, DeepTreesAreCutAtTheLimit) {
+  constexpr int kLevels = 12000;
+  SceneBuilder scene;
+  std::vector<int64_t> ids;
+  for (size_t i = 0; i < kLevels; ++i) ids.push_back(scene.AddModel(Numbered("n", i)));
+  for (size_t i = ids.size() - 1; i > 0; --i) scene.Connect(ids[i], ids[i - 1]);
+  scene.Connect(ids[0], SceneBuilder::kRoot);
+  const Imported file(scene);
+  EXPECT_EQ(file.scene->GetRootNode()->GetChildCount(true), 10000);
+  const FbxNode* last = file.scene->GetSrcObject<FbxNode>(kLevels);
+  EXPECT_EQ(last->EvaluateGlobalTransform().GetT()[0], 0.0);
+}
+
+}  // namespace

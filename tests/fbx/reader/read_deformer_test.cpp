@@ -1,0 +1,224 @@
+// Skins, blend shapes and poses.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "fbx/scene/fbx_deformer.h"
+#include "fbx/scene/fbx_mesh.h"
+#include "fbx/scene/fbx_pose.h"
+#include "tests/fbx/reader/imported.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+// Moved by x, y, z after a turn of 90 degrees about Z.
+std::vector<double> Turned(double x, double y, double z) {
+  return {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, x, y, z, 1};
+}
+std::vector<double> Moved(double x, double y, double z) {
+  return {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, x, y, z, 1};
+}
+
+TEST(ReadDeformers, ClustersHoldTheirSkinsMatricesInTheWorld) {
+  SceneBuilder scene;
+  const int64_t mesh = scene.AddMesh("mesh", {0, 0, 0}, {});
+  const int64_t bone = scene.AddModel("bone", "LimbNode");
+  const int64_t skin = scene.AddSkin("skin");
+  const int64_t cluster =
+      scene.AddCluster("full", {3, 1}, {0.25, 0.75}, Moved(1, 0, 0), Turned(10, 20, 30));
+  const int64_t bare = scene.AddCluster("bare", {}, {}, {}, {});
+  scene.AddCluster("short", {1, 2, 3}, {0.5}, Moved(1, 2, 3), {1, 2});
+  scene.Object(cluster).Add({"Mode", {"Total1"}});
+  scene.Object(bare).Add({"Mode", {"Nonsense"}});
+  scene.Object(skin).Add({"SkinningType", {"DualQuaternion"}});
+  for (const int64_t c : {cluster, bare}) scene.Connect(c, skin);
+  scene.Connect(skin, mesh);
+  scene.Connect(bone, cluster);
+  for (const bool ascii : {false, true}) {
+    const Imported file(scene, {.ascii = ascii});
+    const auto* m = file.Find<FbxMesh>("mesh");
+    ASSERT_EQ(m->GetDeformerCount(FbxDeformer::eSkin), 1);
+    EXPECT_EQ(m->GetDeformerCount(FbxDeformer::eBlendShape), 0);
+    const auto* s = static_cast<FbxSkin*>(m->GetDeformer(0, FbxDeformer::eSkin));
+    EXPECT_EQ(s->skinningType, FbxSkin::eDualQuaternion);
+    EXPECT_EQ(s->deformAccuracy, 50.0);
+    ASSERT_EQ(s->GetClusterCount(), 2);
+    const FbxCluster& full = *s->GetCluster(0);
+    EXPECT_EQ(full.GetLink(), &file.Node("bone"));
+    EXPECT_EQ(full.GetLinkMode(), FbxCluster::eTotalOne);
+    EXPECT_THAT(full.indices, ElementsAre(3, 1));
+    EXPECT_THAT(full.weights, ElementsAre(0.25, 0.75));
+    FbxAMatrix matrix;
+    full.GetTransformMatrix(matrix);
+    // The move along the bone's X is one along the world's Y.
+    EXPECT_THAT(std::vector<double>(&matrix[0], &matrix[0] + 16),
+                testing::Pointwise(testing::DoubleNear(1e-12), Turned(10, 21, 30)));
+    full.GetTransformLinkMatrix(matrix);
+    EXPECT_EQ(matrix.GetT()[1], 20.0);
+
+    const FbxCluster& empty = *s->GetCluster(1);
+    EXPECT_EQ(empty.GetControlPointIndicesCount(), 0);
+    EXPECT_EQ(empty.GetControlPointIndices(), nullptr);
+    EXPECT_EQ(empty.GetControlPointWeights(), nullptr);
+    EXPECT_EQ(empty.GetLink(), nullptr);
+    EXPECT_EQ(empty.GetLinkMode(), FbxCluster::eNormalize);
+    empty.GetTransformMatrix(matrix);
+    EXPECT_TRUE(matrix.IsIdentity());
+    const auto* cut = file.Find<FbxCluster>("short");
+    EXPECT_THAT(cut->weights, ElementsAre(0.5, 0.0, 0.0));
+    EXPECT_TRUE(cut->transformLink.IsIdentity());
+    EXPECT_EQ(cut->transform.GetT()[2], 3.0);
+  }
+}
+
+TEST(ReadDeformers, SkinsOfTheBlendTypeHaveWeights) {
+  SceneBuilder scene;
+  const int64_t skin = scene.AddSkin("skin");
+  scene.Object(skin).Add({"SkinningType", {"Blend"}});
+  scene.Object(skin).Add({"Indexes", {std::vector<int32_t>{0, 1, 2}}});
+  scene.Object(skin).Add({"BlendWeights", {std::vector<double>{0.5, 1}}});
+  const Imported file(scene);
+  EXPECT_EQ(file.Find<FbxSkin>("skin")->skinningType, FbxSkin::eBlend);
+  EXPECT_THAT(file.Find<FbxSkin>("skin")->blendWeights, ElementsAre(0.5, 1.0, 0.0));
+}
+
+// A quad with one normal for each corner, a blend shape, and a channel for each shape.
+class ShapeScene : public SceneBuilder {
+ public:
+  explicit ShapeScene(FbxRecords meshRecords = {}) {
+    mesh_ = AddMesh("mesh", {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0}, {0, 1, 2, -4},
+                    std::move(meshRecords));
+    blendShape_ = AddObject("Deformer", "Deformer", "shapes", "BlendShape");
+    Connect(blendShape_, mesh_);
+  }
+  void AddShape(const char* name, FbxRecords records) {
+    const int64_t shape = AddObject("Geometry", "Geometry", name, "Shape", {}, std::move(records));
+    const int64_t channel = AddObject("Deformer", "SubDeformer", name, "BlendShapeChannel",
+                                      {P("DeformPercent", "Number", "", "A", {25.0})},
+                                      {{"FullWeights", {std::vector<double>{100}}}});
+    Connect(channel, blendShape_);
+    Connect(shape, channel);
+  }
+
+ private:
+  int64_t mesh_;
+  int64_t blendShape_;
+};
+
+TEST(ReadDeformers, ShapesAreTheirMeshWithOffsets) {
+  ShapeScene scene;
+  scene.AddShape("one", {{"Indexes", {std::vector<int32_t>{2}}},
+                         {"Vertices", {std::vector<double>{0, 0, 5}}}});
+  scene.AddShape("odd", {{"Indexes", {std::vector<int32_t>{1, 1, -1, 99, 0}}},
+                         {"Vertices", {std::vector<double>{1, 0, 0, 1, 0, 0, 7, 7, 7, 7, 7, 7}}}});
+  scene.AddShape("none", {{"Vertices", {std::vector<double>{1, 2, 3}}}});
+  const Imported file(scene);
+  const auto* mesh = file.Find<FbxMesh>("mesh");
+  EXPECT_EQ(mesh->GetShapeCount(), 3);
+  const auto* blendShape =
+      static_cast<FbxBlendShape*>(mesh->GetDeformer(0, FbxDeformer::eBlendShape));
+  ASSERT_EQ(blendShape->GetBlendShapeChannelCount(), 3);
+  const FbxBlendShapeChannel& channel = *blendShape->GetBlendShapeChannel(0);
+  EXPECT_EQ(channel.DeformPercent().Get<double>(), 25.0);
+  EXPECT_THAT(channel.GetTargetShapeFullWeights(), ElementsAre(100.0));
+  EXPECT_EQ(channel.GetTargetShape(0), file.Find<FbxShape>("one"));
+
+  const auto points = [&](const char* name) {
+    std::vector<std::vector<double>> all;
+    for (const FbxVector4& p : file.Find<FbxShape>(name)->ControlPoints()) {
+      all.push_back({p[0], p[1], p[2]});
+    }
+    return all;
+  };
+  using Points = std::vector<std::vector<double>>;
+  EXPECT_EQ(points("one"), (Points{{0, 0, 0}, {1, 0, 0}, {1, 1, 5}, {0, 1, 0}}));
+  EXPECT_EQ(points("odd"), (Points{{0, 0, 0}, {3, 0, 0}, {1, 1, 0}, {0, 1, 0}}));
+  EXPECT_EQ(points("none"), Points{});
+  FbxStatus status;
+  EXPECT_EQ(mesh->GetShapeChannel(0, 3, nullptr, &status), nullptr);
+  EXPECT_EQ(status.GetCode(), FbxStatus::eIndexOutOfRange);
+}
+
+TEST(ReadDeformers, ShapesTurnTheNormalsOfTheirPoints) {
+  const FbxRecords shape = {{"Indexes", {std::vector<int32_t>{2}}},
+                            {"Vertices", {std::vector<double>{0, 0, 5}}},
+                            {"Normals", {std::vector<double>{1, 0, 0}}}};
+  // By polygon, so that the corners of the polygon come apart; and none, so that they are made.
+  const FbxRecords byPolygon = {
+      {"LayerElementNormal",
+       {0},
+       {{"Version", {101}},
+        {"MappingInformationType", {"ByPolygon"}},
+        {"ReferenceInformationType", {"Direct"}},
+        {"Normals", {std::vector<double>{0, 0, 1}}}}},
+      {"Layer",
+       {0},
+       {{"LayerElement", {}, {{"Type", {"LayerElementNormal"}}, {"TypedIndex", {0}}}}}}};
+  for (const FbxRecords& normals : {byPolygon, FbxRecords{}}) {
+    ShapeScene scene(normals);
+    scene.AddShape("one", shape);
+    const Imported file(scene);
+    EXPECT_EQ(file.Find<FbxMesh>("mesh")->GetElementNormalCount(), 1);
+    const FbxLayerElementNormal* element = file.Find<FbxShape>("one")->GetElementNormal();
+    ASSERT_NE(element, nullptr);
+    EXPECT_EQ(element->GetMappingMode(), FbxLayerElement::eByPolygonVertex);
+    ASSERT_EQ(element->direct.size(), 4U);
+    EXPECT_EQ(element->direct[1][2], 1.0);
+    EXPECT_NEAR(element->direct[2][0], std::sqrt(0.5), 1e-12);
+    EXPECT_NEAR(element->direct[2][2], std::sqrt(0.5), 1e-12);
+  }
+}
+
+TEST(ReadPoses, HoldTheNodesThatExist) {
+  SceneBuilder scene;
+  const int64_t a = scene.AddModel("a");
+  const int64_t b = scene.AddModel("b");
+  const int64_t mesh = scene.AddMesh("mesh", {}, {});
+  const auto pose = [&](const char* name, const char* kind, int32_t count, FbxRecords nodes) {
+    nodes.insert(nodes.begin(), {"NbPoseNodes", {count}});
+    scene.AddObject("Pose", "Pose", name, kind, {}, std::move(nodes));
+  };
+  const auto node = [](int64_t id, double x, int32_t local = 0) {
+    return FbxRecord("PoseNode", {},
+                     {{"Node", {id}}, {"Matrix", {Moved(x, 0, 0)}}, {"Local", {local}}});
+  };
+  pose("bind", "BindPose", 100,
+       {node(424242, 1),
+        node(b, 2, 1),
+        node(mesh, 3),
+        node(a, 4),
+        node(b, 5),
+        {"PoseNode", {}, {{"Node", {a}}}}});
+  pose("cut", "BindPose", 1, {node(a, 6), node(b, 7)});
+  pose("negative", "BindPose", -3, {node(a, 6), node(b, 7)});
+  pose("rest", "RestPose", 1, {node(b, 8)});
+  const Imported file(scene);
+  const auto* bind = file.Find<FbxPose>("bind");
+  ASSERT_EQ(bind->GetCount(), 4);
+  EXPECT_EQ(bind->TypeLetter(), 'b');
+  EXPECT_EQ(bind->Find(&file.Node("b")), 0);
+  EXPECT_EQ(bind->Find(&file.Node("a")), 1);
+  EXPECT_EQ(bind->Find("a", FbxPose::eInitialName), 1);
+  EXPECT_EQ(bind->Find("a", 0), -1);
+  EXPECT_EQ(bind->GetMatrix(1).Get(3, 0), 4.0);
+  EXPECT_TRUE(bind->IsLocalMatrix(0) && !bind->IsLocalMatrix(1));
+  EXPECT_TRUE(bind->GetMatrix(3) == FbxMatrix{});
+  EXPECT_TRUE(bind->GetMatrix(99) == FbxMatrix{});
+  EXPECT_EQ(file.Find<FbxPose>("cut")->GetCount(), 1);
+  EXPECT_EQ(file.Find<FbxPose>("negative")->GetCount(), 0);
+  EXPECT_EQ(file.Find<FbxPose>("rest")->TypeLetter(), 'r');
+
+  std::vector<FbxPose*> poses;
+  std::vector<int> indices;
+  EXPECT_TRUE(FbxPose::GetBindPoseContaining(file.scene, &file.Node("a"), poses, indices));
+  EXPECT_THAT(poses, ElementsAre(bind, file.Find<FbxPose>("cut")));
+  EXPECT_THAT(indices, ElementsAre(1, 0));
+  poses.clear();
+  EXPECT_FALSE(FbxPose::GetBindPoseContaining(file.scene, nullptr, poses, indices));
+  EXPECT_FALSE(
+      FbxPose::GetBindPoseContaining(file.scene, file.scene->GetRootNode(), poses, indices));
+  EXPECT_THAT(poses, IsEmpty());
+}
+
+}  // namespace

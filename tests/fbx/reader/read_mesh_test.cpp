@@ -1,0 +1,226 @@
+// Meshes: polygons, layers and their elements, and what a corner finds in them.
+#include <limits>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "fbx/scene/fbx_mesh.h"
+#include "tests/fbx/reader/imported.h"
+
+using testing::ElementsAre;
+
+namespace {
+
+constexpr const char* kByCorner = "ByPolygonVertex";
+
+FbxRecord Element(const std::string& field, int version, const std::string& name,
+                  const std::string& mapping, const std::string& reference, FbxRecords data) {
+  FbxRecord element(field, {0},
+                    {{"Version", {version}},
+                     {"Name", {name}},
+                     {"MappingInformationType", {mapping}},
+                     {"ReferenceInformationType", {reference}}});
+  for (FbxRecord& record : data) element.Add(std::move(record));
+  return element;
+}
+
+FbxRecord Layer(int number, const std::vector<std::pair<std::string, int>>& elements) {
+  FbxRecord layer("Layer", {number}, {{"Version", {100}}});
+  for (const auto& [type, index] : elements) {
+    layer.Add({"LayerElement", {}, {{"Type", {type}}, {"TypedIndex", {index}}}});
+  }
+  return layer;
+}
+
+SceneBuilder WithMesh(FbxRecords records, std::vector<int32_t> polygons = {0, 1, -3, 0, 2, 1, -4}) {
+  SceneBuilder scene;
+  scene.AddMesh("mesh", {0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0}, std::move(polygons),
+                std::move(records));
+  return scene;
+}
+
+// Each polygon's control points.
+std::vector<std::vector<int>> PolygonsOf(std::vector<int32_t> indices) {
+  const Imported file(WithMesh({}, std::move(indices)));
+  const auto* mesh = file.Find<FbxMesh>("mesh");
+  std::vector<std::vector<int>> polygons;
+  for (int p = 0; p < mesh->GetPolygonCount(); ++p) {
+    EXPECT_EQ(mesh->GetPolygonVertexIndex(p) + mesh->GetPolygonSize(p),
+              p + 1 < mesh->GetPolygonCount() ? mesh->GetPolygonVertexIndex(p + 1)
+                                              : mesh->GetPolygonVertexCount());
+    std::vector<int>& corners = polygons.emplace_back();
+    for (int k = 0; k < mesh->GetPolygonSize(p); ++k) {
+      corners.push_back(mesh->GetPolygonVertex(p, k));
+    }
+  }
+  return polygons;
+}
+
+TEST(ReadMesh, CutsIndicesIntoPolygons) {
+  using Polygons = std::vector<std::vector<int>>;
+  EXPECT_EQ(PolygonsOf({0, 1, -3}), (Polygons{{0, 1, 2}}));
+  EXPECT_EQ(PolygonsOf({-1}), (Polygons{{0}}));
+  EXPECT_EQ(PolygonsOf({-1, -2}), (Polygons{{0}, {1}}));
+  EXPECT_EQ(PolygonsOf({0, 1, -3, 3, 2, 1, -1}), (Polygons{{0, 1, 2}, {3, 2, 1, 0}}));
+  EXPECT_EQ(PolygonsOf({0, 1, -3, 3, 2}), (Polygons{{0, 1, 2}, {3, 2}}));
+  EXPECT_EQ(PolygonsOf({5, std::numeric_limits<int>::min()}), (Polygons{{5, 0x7FFFFFFE}}));
+  EXPECT_EQ(PolygonsOf({}), Polygons{});
+}
+
+TEST(ReadMesh, TakesPointsByThrees) {
+  SceneBuilder scene;
+  scene.AddMesh("rest", {1, 2, 3, 4, 5, 6, 7, 8}, {});
+  scene.AddMesh("few", {1, 2}, {});
+  scene.AddObject("Geometry", "Geometry", "none", "Mesh");
+  const Imported file(scene);
+  const auto* rest = file.Find<FbxMesh>("rest");
+  ASSERT_EQ(rest->GetControlPointsCount(), 2);
+  EXPECT_EQ(rest->GetControlPointAt(1)[2], 6.0);
+  EXPECT_EQ(rest->GetControlPointAt(1)[3], 0.0);
+  EXPECT_EQ(file.Find<FbxMesh>("few")->GetControlPointsCount(), 0);
+  EXPECT_EQ(file.Find<FbxMesh>("none")->GetControlPointsCount(), 0);
+  EXPECT_EQ(file.Find<FbxMesh>("none")->GetPolygonCount(), 0);
+}
+
+TEST(ReadMesh, ReadsElementsByTheirVersions) {
+  const std::vector<double> normals = {0, 0, 1, 0, 1, 0, 1, 0};
+  const FbxRecords data = {{"Normals", {normals}}, {"NormalsW", {std::vector<double>{5, 6, 7}}}};
+  const std::vector<double> uvs = {0.5, 1, 2};
+  const std::vector<double> colors = {1, 2, 3, 4, 5};
+  const Imported file(WithMesh({
+      Element("LayerElementNormal", 101, "Class::plain", "ByVertice", "Direct", data),
+      Element("LayerElementNormal", 102, "weighted", "ByPolygon", "Index", data),
+      Element("LayerElementNormal", 100, "unread", "something", "else", data),
+      Element("LayerElementUV", 101, "map1", "ByEdge", "IndexToDirect",
+              {{"UV", {uvs}}, {"UVIndex", {std::vector<int32_t>{0, -1}}}}),
+      Element("LayerElementColor", 101, "", kByCorner, "Direct",
+              {{"Colors", {colors}}, {"ColorIndex", {std::vector<int32_t>{3}}}}),
+      Element("LayerElementMaterial", 101, "", "AllSame", "IndexToDirect",
+              {{"Materials", {std::vector<int32_t>{2}}}}),
+      Layer(0, {{"LayerElementNormal", 0},
+                {"LayerElementUV", 0},
+                {"LayerElementColor", 0},
+                {"LayerElementMaterial", 0}}),
+      Layer(1, {{"LayerElementNormal", 1}}),
+      Layer(2, {{"LayerElementNormal", 2}}),
+  }));
+  const auto* mesh = file.Find<FbxMesh>("mesh");
+  ASSERT_EQ(mesh->GetElementNormalCount(), 3);
+  const FbxLayerElementNormal& plain = *mesh->GetElementNormal(0);
+  EXPECT_EQ(plain.GetName(), "plain");
+  EXPECT_EQ(plain.GetMappingMode(), FbxLayerElement::eByControlPoint);
+  ASSERT_EQ(plain.direct.size(), 2U);
+  EXPECT_EQ(plain.direct[1][1], 1.0);
+  EXPECT_EQ(plain.direct[1][3], 1.0);
+  const FbxLayerElementNormal& weighted = *mesh->GetElementNormal(1);
+  EXPECT_EQ(weighted.GetMappingMode(), FbxLayerElement::eByPolygon);
+  EXPECT_EQ(weighted.GetReferenceMode(), FbxLayerElement::eIndex);
+  EXPECT_EQ(weighted.direct[1][3], 6.0);
+  const FbxLayerElementNormal& unread = *mesh->GetElementNormal(2);
+  EXPECT_EQ(unread.GetName(), "");
+  EXPECT_EQ(unread.GetMappingMode(), FbxLayerElement::eNone);
+  EXPECT_EQ(unread.GetReferenceMode(), FbxLayerElement::eDirect);
+  const FbxLayerElementUV& uv = *mesh->GetElementUV("map1");
+  EXPECT_EQ(uv.GetMappingMode(), FbxLayerElement::eByEdge);
+  EXPECT_EQ(uv.direct.size(), 1U);
+  EXPECT_THAT(uv.index, ElementsAre(0, -1));
+  const FbxLayerElementVertexColor& color = *mesh->GetElementVertexColor();
+  ASSERT_EQ(color.direct.size(), 1U);
+  EXPECT_EQ(color.direct[0].mAlpha, 4.0);
+  EXPECT_TRUE(color.index.empty());
+  const FbxLayerElementMaterial& material = *mesh->GetElementMaterial();
+  EXPECT_EQ(material.GetMappingMode(), FbxLayerElement::eAllSame);
+  EXPECT_THAT(material.index, ElementsAre(2));
+}
+
+TEST(ReadMesh, PutsElementsIntoTheLayersThatNameThem) {
+  const auto uv = [](const char* field, const char* name) {
+    return Element(field, 101, name, kByCorner, "Direct", {{"UV", {std::vector<double>{1, 2}}}});
+  };
+  const Imported file(WithMesh({
+      uv("LayerElementUV", "a"),
+      uv("LayerElementUV", "b"),
+      uv("LayerElementUV", "unnamed by layers"),
+      uv("LayerElementBumpUV", "bump"),
+      // Layers out of order, in two records of one number, with numbers out of range.
+      Layer(1, {{"LayerElementUV", 1}, {"LayerElementNormal", 0}}),
+      Layer(0, {{"LayerElementBumpUV", 0}, {"LayerElementUV", 7}, {"LayerElementUV", -1}}),
+      Layer(0, {{"LayerElementUV", 0}, {"NoSuchElement", 0}}),
+      Layer(-5, {{"LayerElementUV", 0}}),
+      Layer(2000000000, {{"LayerElementUV", 0}}),
+  }));
+  const auto* mesh = file.Find<FbxMesh>("mesh");
+  EXPECT_EQ(mesh->GetElementNormalCount(), 0);
+  std::vector<std::string> names;
+  for (int i = 0; i < mesh->GetElementUVCount(); ++i) {
+    names.push_back(mesh->GetElementUV(i)->GetName());
+  }
+  EXPECT_THAT(names, ElementsAre("a", "bump", "b", "a"));
+  EXPECT_EQ(mesh->GetElementUVCount(FbxLayerElement::eUVFirst), 3);
+  EXPECT_EQ(mesh->GetElementUV(1, FbxLayerElement::eUVFirst)->GetName(), "b");
+  EXPECT_EQ(mesh->GetElementUV("unnamed by layers"), nullptr);
+}
+
+// A triangle and a quad, as in WithMesh.
+TEST(ReadMesh, FindsWhatACornerHas) {
+  struct Case {
+    const char* mapping;
+    const char* reference;
+    std::vector<double> normals;
+    std::vector<int32_t> index;
+    // X of the normal of each corner, NaN for none.
+    std::vector<double> expected;
+  };
+  const double none = std::numeric_limits<double>::quiet_NaN();
+  const std::vector<Case> cases = {
+      {"ByPolygon", "Direct", {1, 0, 0, 2, 0, 0}, {}, {1, 1, 1, 2, 2, 2, 2}},
+      {"ByVertice", "Direct", {1, 0, 0, 2, 0, 0, 3, 0, 0}, {}, {1, 2, 3, 1, 3, 2, none}},
+      {"ByVertice", "IndexToDirect", {1, 0, 0, 2, 0, 0}, {1, 0, 1, 0}, {2, 1, 2, 2, 2, 1, 1}},
+      {kByCorner, "Index", {5, 0, 0}, {0, -1, 1, 0}, {5, none, none, 5, none, none, none}},
+      {"AllSame", "Direct", {1, 0, 0}, {}, std::vector<double>(7, none)},
+      {"ByEdge", "Direct", {1, 0, 0}, {}, std::vector<double>(7, none)},
+      {"?", "Direct", {1, 0, 0}, {}, std::vector<double>(7, none)},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.mapping) + " " + c.reference);
+    const Imported file(WithMesh({Element("LayerElementNormal", 101, "", c.mapping, c.reference,
+                                          {{"Normals", {c.normals}}, {"NormalsIndex", {c.index}}}),
+                                  Layer(0, {{"LayerElementNormal", 0}})}));
+    const auto* mesh = file.Find<FbxMesh>("mesh");
+    size_t at = 0;
+    for (int p = 0; p < 2; ++p) {
+      for (int k = 0; k < mesh->GetPolygonSize(p); ++k, ++at) {
+        FbxVector4 normal(none, 0, 0);
+        EXPECT_EQ(mesh->GetPolygonVertexNormal(p, k, normal), !std::isnan(c.expected[at])) << at;
+        EXPECT_TRUE(std::isnan(c.expected[at]) ? std::isnan(normal[0])
+                                               : normal[0] == c.expected[at])
+            << at;
+      }
+    }
+    FbxVector4 normal;
+    EXPECT_FALSE(mesh->GetPolygonVertexNormal(2, 0, normal));
+    EXPECT_FALSE(mesh->GetPolygonVertexNormal(0, 3, normal));
+    EXPECT_FALSE(mesh->GetPolygonVertexNormal(-1, 0, normal));
+    EXPECT_FALSE(mesh->GetPolygonVertexNormal(0, -1, normal));
+  }
+}
+
+TEST(ReadMesh, TellsCornersWithoutUV) {
+  const Imported file(WithMesh({Element("LayerElementUV", 101, "map1", kByCorner, "IndexToDirect",
+                                        {{"UV", {std::vector<double>{1, 2, 3, 4}}},
+                                         {"UVIndex", {std::vector<int32_t>{1, -1, 9}}}}),
+                                Layer(0, {{"LayerElementUV", 0}})}));
+  const auto* mesh = file.Find<FbxMesh>("mesh");
+  FbxVector2 uv(-1, -1);
+  bool unmapped = true;
+  EXPECT_TRUE(mesh->GetPolygonVertexUV(0, 0, "map1", uv, unmapped));
+  EXPECT_TRUE(uv == FbxVector2(3, 4) && !unmapped);
+  EXPECT_TRUE(mesh->GetPolygonVertexUV(0, 1, "map1", uv, unmapped));
+  EXPECT_TRUE(uv == FbxVector2(3, 4) && unmapped);
+  mesh->GetPolygonVertexUV(0, 2, "map1", uv, unmapped);
+  EXPECT_TRUE(uv == FbxVector2(3, 4) && !unmapped);
+  EXPECT_FALSE(mesh->GetPolygonVertexUV(1, 0, "map1", uv, unmapped));
+  EXPECT_FALSE(mesh->GetPolygonVertexUV(0, 0, "map2", uv, unmapped));
+}
+
+}  // namespace
