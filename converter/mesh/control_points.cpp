@@ -140,7 +140,7 @@ bool ExportMesh::FillInControlPointsForMesh(GroupMesh& mesh, const FbxNode* node
   if (points.empty()) return false;
 
   mesh.controlPointCount = static_cast<uint32_t>(points.size());
-  group.controlPoints.reserve(group.controlPoints.size() + points.size());
+  ReserveMore(group.controlPoints, points.size());
   const auto meshIndex = static_cast<uint32_t>(&mesh - group.meshes.data());
   for (const FbxVector4& point : points) {
     group.controlPoints.push_back({ToOutputSpace(mesh, point), 0, 0, meshIndex});
@@ -216,7 +216,7 @@ bool ExportMesh::FillInControlPointsForSkinnedBones(const GroupMesh& mesh, const
   });
 
   // Each end has moved to where its point's weights end.
-  group.weights.reserve(group.weights.size() + stored.size());
+  ReserveMore(group.weights, stored.size());
   StoredWeight* first = stored.data();
   for (size_t i = 0; i < pointCount; ++i) {
     StoredWeight* last = stored.data() + ends[i];

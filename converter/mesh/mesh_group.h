@@ -7,6 +7,7 @@
 // attributes cost no more than the scene itself does.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <map>
@@ -17,6 +18,14 @@
 #include "converter/mesh/morph_channel.h"
 #include "fbx/math/fbx_matrix.h"
 #include "fbx/scene/fbx_mesh.h"
+
+// Makes room for `count` entries behind those that are there. A plain reserve for each of many
+// meshes would copy all the entries before it every time.
+template <typename T>
+void ReserveMore(std::vector<T>& entries, size_t count) {
+  const size_t needed = entries.size() + count;
+  if (needed > entries.capacity()) entries.reserve(std::max(needed, 2 * entries.capacity()));
+}
 
 struct BoneWeight {
   int32_t boneId;  // index in the skeleton
