@@ -1,0 +1,128 @@
+// Writes seeds for fbx_importer_fuzzer into the folder named on the command line: one scene with
+// objects of every family, in each form of the file.
+#include <cstdint>
+#include <fstream>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "tests/support/fbx_builder.h"
+
+namespace {
+
+using Doubles = std::vector<double>;
+using Ints = std::vector<int32_t>;
+
+const Doubles kMoved = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 4, 5, 6, 1};
+
+FbxRecord LayerElement(const char* type) {
+  return {"LayerElement", {}, {{"Type", {type}}, {"TypedIndex", {0}}}};
+}
+
+int64_t AddFace(SceneBuilder& scene) {
+  const int64_t mesh =
+      scene.AddMesh("face", {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0}, {0, 1, 2, -4},
+                    {{"LayerElementNormal",
+                      {0},
+                      {{"Version", {102}},
+                       {"MappingInformationType", {"ByPolygon"}},
+                       {"ReferenceInformationType", {"IndexToDirect"}},
+                       {"Normals", {Doubles{0, 0, 1}}},
+                       {"NormalsIndex", {Ints{0}}}}},
+                     {"LayerElementUV",
+                      {0},
+                      {{"Version", {101}},
+                       {"Name", {"map1"}},
+                       {"MappingInformationType", {"ByPolygonVertex"}},
+                       {"ReferenceInformationType", {"IndexToDirect"}},
+                       {"UV", {Doubles{0, 0, 1, 1}}},
+                       {"UVIndex", {Ints{0, 1, 1, -1}}}}},
+                     {"LayerElementMaterial",
+                      {0},
+                      {{"MappingInformationType", {"AllSame"}}, {"Materials", {Ints{0}}}}},
+                     {"Layer",
+                      {0},
+                      {LayerElement("LayerElementNormal"), LayerElement("LayerElementUV"),
+                       LayerElement("LayerElementMaterial")}}});
+  const int64_t blendShape = scene.AddObject("Deformer", "Deformer", "", "BlendShape");
+  const int64_t channel = scene.AddObject("Deformer", "SubDeformer", "smile", "BlendShapeChannel",
+                                          {P("DeformPercent", "Number", "", "A", {0.0})},
+                                          {{"FullWeights", {Doubles{100}}}});
+  const int64_t shape = scene.AddObject(
+      "Geometry", "Geometry", "smile", "Shape", {},
+      {{"Indexes", {Ints{2}}}, {"Vertices", {Doubles{0, 0, 1}}}, {"Normals", {Doubles{0, 1, 0}}}});
+  scene.Connect(blendShape, mesh);
+  scene.Connect(channel, blendShape);
+  scene.Connect(shape, channel);
+  return mesh;
+}
+
+int64_t AddLayeredMaterial(SceneBuilder& scene) {
+  const int64_t material = scene.AddMaterial("skin", "lambert", {P("DiffuseColor", {1, 0.5, 0})});
+  const int64_t layered = scene.AddObject("LayeredTexture", "LayeredTexture", "both", "", {},
+                                          {{"BlendModes", {Ints{1}}}, {"Alphas", {Doubles{0.5}}}});
+  const int64_t texture = scene.AddTexture("skin", "skin.png");
+  const int64_t video = scene.AddObject("Video", "Video", "skin", "Clip", {},
+                                        {{"Filename", {"skin.png"}}, {"Content", {FbxRaw{"PNG"}}}});
+  scene.ConnectProperty(layered, material, "DiffuseColor");
+  scene.Connect(texture, layered);
+  scene.Connect(video, texture);
+  return material;
+}
+
+void Animate(SceneBuilder& scene, int64_t node) {
+  const int64_t stack = scene.AddAnimationStack("Take 001", 0, 46186158000);
+  const int64_t layer = scene.AddAnimationLayer();
+  const int64_t curveNode = scene.AddAnimationCurveNode("T", {P("d|X", "Number", "", "A", {0})});
+  const int64_t curve = scene.AddAnimationCurve({0, 46186158000}, {0, 10}, 8 | 0x400);
+  scene.Connect(layer, stack);
+  scene.Connect(curveNode, layer);
+  scene.ConnectProperty(curveNode, node, "Lcl Translation");
+  scene.ConnectProperty(curve, curveNode, "d|X");
+}
+
+SceneBuilder MakeScene() {
+  SceneBuilder scene;
+  scene.AddTemplate("Model", "FbxNode", {P("InheritType", "enum", "", "", {1})});
+  const int64_t bone = scene.AddModel(
+      "bone", "LimbNode",
+      {P("Lcl Rotation", {0, 0, 90}), P("PreRotation", {10, 0, 0}), P("RotationPivot", {1, 2, 3}),
+       P("note", "KString", "", "U", {"text"}), P("kind", "enum", "", "U", {1, "a~b"})});
+  scene.Connect(bone, SceneBuilder::kRoot);
+  scene.Connect(scene.AddNodeAttribute("", "LimbNode", {P("Size", {1})}), bone);
+  const int64_t node = scene.AddModel("face", "Mesh");
+  scene.Connect(node, bone);
+  const int64_t mesh = AddFace(scene);
+  scene.Connect(mesh, node);
+  scene.Connect(AddLayeredMaterial(scene), node);
+  const int64_t skin = scene.AddSkin();
+  const int64_t cluster = scene.AddCluster("", {0, 1}, {1, 0.5}, kMoved, kMoved);
+  scene.Connect(skin, mesh);
+  scene.Connect(cluster, skin);
+  scene.Connect(bone, cluster);
+  scene.AddObject(
+      "Pose", "Pose", "bind", "BindPose", {},
+      {{"NbPoseNodes", {1}}, {"PoseNode", {}, {{"Node", {bone}}, {"Matrix", {kMoved}}}}});
+  Animate(scene, bone);
+  return scene;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::cerr << "make_fbx_seeds FOLDER\n";
+    return 1;
+  }
+  const SceneBuilder scene = MakeScene();
+  const std::vector<FbxFormat> formats = {{},
+                                          {.ascii = true},
+                                          {.version = 7500, .compress = true},
+                                          {.bigEndian = true},
+                                          {.version = 7000, .footer = false}};
+  for (size_t i = 0; i < formats.size(); ++i) {
+    const std::string path = std::string(argv[1]).append("/").append(std::to_string(i));
+    if (!(std::ofstream(path, std::ios::binary) << scene.Write(formats[i]))) return 1;
+  }
+  return 0;
+}
