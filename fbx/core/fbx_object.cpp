@@ -42,6 +42,10 @@ void FbxObject::ConnectNotify(FbxObject& /*source*/, bool /*connected*/) {}
 void FbxObject::Disconnect() {
   const auto detach = [](const FbxProperty& end, FbxConnectionLists& lists) {
     for (const FbxProperty& source : lists.sources) {
+      // A node, for one, is its children's parent.
+      if (end.IsRoot() && source.IsRoot()) {
+        end.GetFbxObject()->ConnectNotify(*source.GetFbxObject(), false);
+      }
       if (FbxConnectionLists* other = source.Connections()) std::erase(other->destinations, end);
     }
     for (const FbxProperty& destination : lists.destinations) {

@@ -1,6 +1,7 @@
 #include "fbx/core/fbx_property_page.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "fbx/core/fbx_property.h"
 
@@ -147,23 +148,15 @@ int FbxPropertyStore::Create(std::string_view name, FbxDataType type, int parent
 }
 
 const FbxPropertyLocal* FbxPropertyStore::Local(int index) const {
-  const auto at = std::lower_bound(locals_.begin(), locals_.end(), index,
-                                   [](const auto& entry, int i) { return entry.first < i; });
-  return at == locals_.end() || at->first != index ? nullptr : &at->second;
+  const auto found = locals_.find(index);
+  return found == locals_.end() ? nullptr : &found->second;
 }
 
 FbxPropertyLocal* FbxPropertyStore::Local(int index) {
   return const_cast<FbxPropertyLocal*>(std::as_const(*this).Local(index));
 }
 
-FbxPropertyLocal& FbxPropertyStore::MakeLocal(int index) {
-  const auto at = std::lower_bound(locals_.begin(), locals_.end(), index,
-                                   [](const auto& entry, int i) { return entry.first < i; });
-  if (at != locals_.end() && at->first == index) return at->second;
-  auto& made = *locals_.emplace(at);
-  made.first = index;
-  return made.second;
-}
+FbxPropertyLocal& FbxPropertyStore::MakeLocal(int index) { return locals_[index]; }
 
 const FbxPropertyLocal* FbxPropertyStore::TemplateLocal(int index) const {
   return template_ == nullptr || index >= FirstOwn() ? nullptr : template_->Local(index);

@@ -8,11 +8,11 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <utility>
 #include <variant>
 #include <vector>
 
@@ -142,7 +142,7 @@ class FbxPropertyStore {
 
   const FbxPropertyPage& class_;
   const FbxPropertyStore* template_ = nullptr;
-  std::vector<std::pair<int, FbxPropertyLocal>> locals_;  // sorted by index
+  std::map<int, FbxPropertyLocal> locals_;  // by index
   std::vector<FbxPropertyDeclaration> own_;
   // Made when the object has more than a handful of own properties.
   mutable std::unordered_map<std::string, int> ownIndex_;

@@ -147,7 +147,8 @@ bool FbxIO::ASCIIReadHeader() {
   std::string line(source_->View(0, kLongestLine).substr(0, kLongestLine));
   line.resize(std::min(line.find('\n'), line.size() - 1) + 1);
   format_.isBinary = false;
-  mainPosition_ = static_cast<int64_t>(line.size());
+  // The line is a comment, so the records may begin with it: it may go on behind what is looked at.
+  mainPosition_ = 0;
 
   char mark = 0;
   char dot = 0;

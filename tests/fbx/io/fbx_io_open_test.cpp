@@ -187,6 +187,11 @@ TEST(FbxIOOpen, AsciiFirstLines) {
   EXPECT_EQ(version("# FBX 7.4.0 project file"), -1);
   EXPECT_EQ(version("; FBX 7,4.0 project file"), -1);
   EXPECT_EQ(version(""), -1);
+
+  // Only so much of the line is looked at, but all of it is a comment.
+  OpenedIO wordy("; FBX 7.4.0 project file" + std::string(100, ' ') + "B: 2\nA: 1\n");
+  EXPECT_EQ(wordy.io.FieldGetCount(), 1);
+  EXPECT_EQ(wordy.io.FieldReadI("A"), 1);
 }
 
 TEST(FbxIOOpen, FilesOnDisk) {
