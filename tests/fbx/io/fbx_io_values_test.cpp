@@ -215,7 +215,7 @@ TEST(FbxIOValues, WrongTypesReadAsDefaults) {
 TEST(FbxIOValues, ObjectNamesAreUnpacked) {
   const auto read = [](const std::string& stored) {
     OpenedIO file(MakeFile({{"N", {stored}}}));
-    const std::string first(file.io.FieldReadC("N"));
+    std::string first(file.io.FieldReadC("N"));
     EXPECT_EQ(first, file.io.FieldReadC("N")) << "reading again changes nothing";
     return first;
   };

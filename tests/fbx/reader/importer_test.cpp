@@ -148,7 +148,7 @@ TEST(Importer, ReadsTakesUnlessToldNotTo) {
 }
 
 TEST(Importer, SetsTheGlobalTimeMode) {
-  Imported(SceneBuilder().SetTimeMode(14, 12.0));
+  EXPECT_TRUE(Imported(SceneBuilder().SetTimeMode(14, 12.0)).isLoaded);
   EXPECT_EQ(FbxTime::GetGlobalTimeMode(), FbxTime::eCustom);
   FbxRecords records = SceneBuilder().Document();
   std::erase_if(records, [](const FbxRecord& r) { return r.name == "GlobalSettings"; });
