@@ -35,9 +35,14 @@ TEST(ReadDeformers, ClustersHoldTheirSkinsMatricesInTheWorld) {
   for (const int64_t c : {cluster, bare}) scene.Connect(c, skin);
   scene.Connect(skin, mesh);
   scene.Connect(bone, cluster);
-  for (const bool ascii : {false, true}) {
-    const Imported file(scene, {.ascii = ascii});
+  for (const FbxFormat& format : std::vector<FbxFormat>{{},
+                                                        {.ascii = true},
+                                                        {.version = 7700, .compress = true},
+                                                        {.version = 7450, .wideOffsets = true},
+                                                        {.bigEndian = true}}) {
+    const Imported file(scene, format);
     const auto* m = file.Find<FbxMesh>("mesh");
+    ASSERT_NE(m, nullptr);
     ASSERT_EQ(m->GetDeformerCount(FbxDeformer::eSkin), 1);
     EXPECT_EQ(m->GetDeformerCount(FbxDeformer::eBlendShape), 0);
     const auto* s = static_cast<FbxSkin*>(m->GetDeformer(0, FbxDeformer::eSkin));

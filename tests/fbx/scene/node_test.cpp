@@ -1,0 +1,129 @@
+// Scenes and nodes as objects in memory: attributes, inherit types, settings, layered textures.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "fbx/anim/fbx_anim_stack.h"
+#include "fbx/core/fbx_manager.h"
+#include "fbx/scene/fbx_material.h"
+#include "fbx/scene/fbx_mesh.h"
+#include "fbx/scene/fbx_node.h"
+#include "fbx/scene/fbx_scene.h"
+
+using testing::ElementsAre;
+
+namespace {
+
+class SceneTest : public testing::Test {
+ protected:
+  SceneTest() : manager(FbxManager::Create()), scene(FbxScene::Create(manager, "scene")) {}
+  ~SceneTest() override { manager->Destroy(); }
+
+  template <typename T = FbxNode>
+  T* Add(FbxObject* parent = nullptr) {
+    T* object = T::Create(manager, "");
+    scene->ConnectSrcObject(object);
+    if (parent != nullptr) parent->ConnectSrcObject(object);
+    return object;
+  }
+
+  FbxManager* manager;
+  FbxScene* scene;
+};
+
+TEST_F(SceneTest, HasARootFromTheStart) {
+  EXPECT_STREQ(scene->GetRootNode()->GetName(), "RootNode");
+  EXPECT_EQ(scene->GetRootNode()->GetParent(), nullptr);
+  EXPECT_EQ(scene->GetRootNode()->GetScene(), scene);
+  FbxNode* child = Add(scene->GetRootNode());
+  FbxNode* grandchild = Add(child);
+  EXPECT_EQ(grandchild->GetParent(), child);
+  EXPECT_EQ(scene->GetRootNode()->GetChildCount(), 1);
+  EXPECT_EQ(scene->GetRootNode()->GetChildCount(true), 2);
+  EXPECT_EQ(child->GetChild(1), nullptr);
+  EXPECT_EQ(child->GetChild(-1), nullptr);
+}
+
+TEST_F(SceneTest, NodesFindTheirAttributes) {
+  FbxNode* node = Add();
+  EXPECT_EQ(node->GetNodeAttribute(), nullptr);
+  auto* skeleton = Add<FbxSkeleton>(node);
+  auto* first = Add<FbxMesh>(node);
+  auto* second = Add<FbxMesh>(node);
+  EXPECT_EQ(node->GetNodeAttribute(), skeleton);
+  EXPECT_EQ(node->GetMesh(), first);
+  FbxProperty index = node->FindProperty("DefaultAttributeIndex");
+  index.Set(2);
+  EXPECT_EQ(node->GetNodeAttribute(), second);
+  EXPECT_EQ(node->GetMesh(), second);
+  EXPECT_EQ(node->GetGeometry(), second);
+  for (const int none : {-1, 3}) {
+    index.Set(none);
+    EXPECT_EQ(node->GetNodeAttribute(), nullptr);
+    EXPECT_EQ(node->GetMesh(), first);
+  }
+  EXPECT_EQ(node->GetLight(), nullptr);
+  EXPECT_EQ(first->GetNode(), node);
+  EXPECT_EQ(first->GetNodeCount(), 1);
+}
+
+TEST_F(SceneTest, CorrectsInheritTypesOfMarkedBonesUnderOtherNodes) {
+  FbxNode* parent = Add(scene->GetRootNode());
+  FbxNode* bone = Add(parent);
+  FbxNode* below = Add(bone);
+  FbxNode* unmarked = Add(parent);
+  for (FbxNode* node : {bone, below, unmarked}) {
+    Add<FbxSkeleton>(node);
+    node->FindProperty("InheritType").Set(int{eInheritRrs});
+    node->SetCorrectInheritType(node != unmarked);
+  }
+  scene->FixInheritType(scene->GetRootNode());
+  const auto type = [](const FbxNode* node) {
+    return node->FindProperty("InheritType").Get<int>();
+  };
+  EXPECT_EQ(type(bone), eInheritRSrs);
+  EXPECT_EQ(bone->GetTransform().inheritType, eInheritRSrs);
+  EXPECT_EQ(type(below), eInheritRrs);
+  EXPECT_EQ(type(unmarked), eInheritRrs);
+}
+
+TEST_F(SceneTest, SettingsThatNameNoAxesCountAsTheDefault) {
+  FbxGlobalSettings& settings = scene->GetGlobalSettings();
+  EXPECT_TRUE(settings.GetAxisSystem() == FbxAxisSystem::MayaYUp);
+  settings.SetAxisSystem(FbxAxisSystem::MayaZUp);
+  EXPECT_TRUE(settings.GetAxisSystem() == FbxAxisSystem::MayaZUp);
+  settings.FindProperty("UpAxis").Set(0);
+  EXPECT_TRUE(settings.GetAxisSystem() == FbxAxisSystem());
+  settings.SetAmbientColor({0.1, 0.2, 0.3, 0.4});
+  EXPECT_EQ(settings.GetAmbientColor().mBlue, 0.3);
+  EXPECT_EQ(settings.GetAmbientColor().mAlpha, 1.0);
+}
+
+TEST_F(SceneTest, LayeredTexturesKeepInputsInStepWithTheirTextures) {
+  auto* layered = Add<FbxLayeredTexture>();
+  std::vector<FbxFileTexture*> textures;
+  for (int i = 0; i < 3; ++i) {
+    textures.push_back(Add<FbxFileTexture>(layered));
+    Add<FbxVideo>(layered);
+    layered->inputs.back().blendMode = i + 1;
+  }
+  const auto modes = [&] {
+    std::vector<int> all;
+    for (const FbxLayeredTexture::Input& input : layered->inputs) all.push_back(input.blendMode);
+    return all;
+  };
+  EXPECT_THAT(modes(), ElementsAre(1, 2, 3));
+  textures[1]->Destroy();
+  EXPECT_THAT(modes(), ElementsAre(1, 3));
+  layered->RootProperty().DisconnectSrcObject(textures[0]);
+  EXPECT_THAT(modes(), ElementsAre(3));
+}
+
+TEST_F(SceneTest, ForgetsAStackThatGoes) {
+  auto* stack = Add<FbxAnimStack>();
+  scene->SetCurrentAnimationStack(stack);
+  EXPECT_EQ(scene->GetCurrentAnimationStack(), stack);
+  stack->Destroy();
+  EXPECT_EQ(scene->GetCurrentAnimationStack(), nullptr);
+}
+
+}  // namespace
