@@ -110,8 +110,10 @@ std::span<char> FbxIOFieldList::TakeBytes(char letter) {
 }
 
 std::string_view FbxIOFieldList::ReadString() {
-  if (!format_.isBinary) return TakeText();
-  return UnpackName(TakeBytes('S'));
+  if (format_.isBinary) return UnpackName(TakeBytes('S'));
+  // A C string, too.
+  const std::string_view text = TakeText();
+  return text.substr(0, text.find('\0'));
 }
 
 std::string_view FbxIOFieldList::ReadRaw() {

@@ -37,6 +37,7 @@ TEST(FbxIOAscii, Tokens) {
   // Escapes are replaced one kind after the other.
   EXPECT_THAT(Values("A: \"&l&quot;f;\"", "A"), ElementsAre("&l\"f;"));
   EXPECT_THAT(Values("A: \"never closed", "A"), ElementsAre("never closed"));
+  EXPECT_THAT(Values(std::string("A: \"x\0y\"", 8), "A"), ElementsAre("x"));
 }
 
 TEST(FbxIOAscii, LinesAndComments) {
