@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "converter/driver/records.h"
 #include "converter/mesh/export_mesh.h"
@@ -51,15 +52,27 @@ class BoneFinder {
   std::unordered_map<const FbxNode*, Bone> byNode_;
 };
 
-// Calls `visit(cluster)` for the clusters of all skins of the mesh, in order.
-template <typename Visit>
-void VisitClusters(const FbxMesh& mesh, Visit&& visit) {
+// The clusters of all skins of the mesh, in order.
+std::vector<const FbxCluster*> GatherClusters(const FbxMesh& mesh) {
+  std::vector<const FbxCluster*> clusters;
   const int skins = mesh.GetSrcObjectCount<FbxSkin>();
   for (int s = 0; s < skins; ++s) {
     const auto* skin = mesh.GetSrcObject<FbxSkin>(s);
-    const int clusters = skin->GetClusterCount();
-    for (int c = 0; c < clusters; ++c) visit(*skin->GetCluster(c));
+    const int count = skin->GetClusterCount();
+    for (int c = 0; c < count; ++c) clusters.push_back(skin->GetCluster(c));
   }
+  return clusters;
+}
+
+// Leaves of a cluster that several skins share only the last place, where its weights replace those
+// of the earlier ones: a small file may name a large cluster very often.
+void KeepLastPlaces(std::vector<const FbxCluster*>& clusters) {
+  std::unordered_set<const FbxCluster*> seen;
+  size_t kept = clusters.size();
+  for (size_t i = clusters.size(); i-- > 0;) {
+    if (seen.insert(clusters[i]).second) clusters[--kept] = clusters[i];
+  }
+  clusters.erase(clusters.begin(), clusters.begin() + static_cast<ptrdiff_t>(kept));
 }
 
 // Calls `visit(point, weight)` for the cluster's entries that count: of a point that is there, with
@@ -181,39 +194,41 @@ bool ExportMesh::FillInControlPointsForSkinnedBones(const GroupMesh& mesh, const
       "Mesh " + mesh.holder->name + " (" + mesh.holder->path + ") is skinned to bone [";
   BoneFinder finder(bones);
   int linkMode = -1;
-  // Counts first, so that the weights of all points fill one array.
-  std::vector<uint32_t> ends(pointCount + 1, 0);
-  VisitClusters(*mesh.mesh, [&](const FbxCluster& cluster) {
-    linkMode = cluster.GetLinkMode();
-    const FbxNode* link = cluster.GetLink();
-    if (link == nullptr) return;
-    const bool isBone = finder.Find(link).rank >= 0;
+  std::vector<const FbxCluster*> clusters;  // of bones of the skeleton
+  for (const FbxCluster* cluster : GatherClusters(*mesh.mesh)) {
+    linkMode = cluster->GetLinkMode();
+    const FbxNode* link = cluster->GetLink();
+    if (link == nullptr) continue;
+    if (finder.Find(link).rank >= 0) {
+      clusters.push_back(cluster);
+      continue;
+    }
     std::string error;
-    VisitWeights(cluster, pointCount, [&](size_t point, double) {
-      if (isBone) {
-        ++ends[point + 1];
-        return;
-      }
+    VisitWeights(*cluster, pointCount, [&](size_t, double) {
       if (error.empty()) {
         error = beginOfError + BuildRootNodeName(link, nullptr) +
                 "] which is not in the specified skeleton hierarchy";
       }
       AddError(error);
     });
-  });
+  }
+  KeepLastPlaces(clusters);
+
+  // Counts first, so that the weights of all points fill one array.
+  std::vector<size_t> ends(pointCount + 1, 0);
+  for (const FbxCluster* cluster : clusters) {
+    VisitWeights(*cluster, pointCount, [&](size_t point, double) { ++ends[point + 1]; });
+  }
   for (size_t i = 0; i < pointCount; ++i) ends[i + 1] += ends[i];
   if (ends[pointCount] == 0) return false;
 
   std::vector<StoredWeight> stored(ends[pointCount]);
-  VisitClusters(*mesh.mesh, [&](const FbxCluster& cluster) {
-    const FbxNode* link = cluster.GetLink();
-    if (link == nullptr) return;
-    const Bone bone = finder.Find(link);
-    if (bone.rank < 0) return;
-    VisitWeights(cluster, pointCount, [&](size_t point, double weight) {
+  for (const FbxCluster* cluster : clusters) {
+    const Bone bone = finder.Find(cluster->GetLink());
+    VisitWeights(*cluster, pointCount, [&](size_t point, double weight) {
       stored[ends[point]++] = {bone.rank, bone.id, static_cast<float>(weight)};
     });
-  });
+  }
 
   // Each end has moved to where its point's weights end.
   ReserveMore(group.weights, stored.size());

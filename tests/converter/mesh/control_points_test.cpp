@@ -75,6 +75,20 @@ TEST_F(Weights, ALaterSkinReplacesWeights) {
   EXPECT_EQ(Of(1), "2:1");
 }
 
+TEST_F(Weights, AClusterOfManySkinsCostsNoMoreThanOne) {
+  // Two clusters of one bone; the first is in all skins and so replaces the second's weights. Its
+  // entries in all the skins together would be counted in billions.
+  const size_t entries = 100000;
+  const int64_t shared = scene_.AddCluster(skin_, arm_, std::vector<int32_t>(entries, 0),
+                                           std::vector<double>(entries, 0.5));
+  scene_.AddCluster(skin_, arm_, {0, 1}, {1.0, 1.0});
+  scene_.AddCluster(skin_, zed_, {0}, {0.5});
+  for (int i = 0; i < 20000; ++i) scene_.builder.Connect(shared, scene_.AddSkin());
+  EXPECT_EQ(scene_.Export(), kWritten);
+  EXPECT_EQ(Of(0), "2:0.5 1:0.5");
+  EXPECT_EQ(Of(1), "2:1");
+}
+
 TEST_F(Weights, BonesOutsideTheSkeletonAreErrors) {
   const int64_t other = scene_.AddNode("Other", "LimbNode");
   scene_.AddCluster(skin_, other, {0, 1, 2}, {0.5, 0.0, 0.5});

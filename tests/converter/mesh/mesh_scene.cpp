@@ -109,14 +109,15 @@ int64_t MeshScene::AddSkin() {
   return skin;
 }
 
-void MeshScene::AddCluster(int64_t skin, int64_t bone, std::vector<int32_t> points,
-                           std::vector<double> weights, const std::string& mode) {
+int64_t MeshScene::AddCluster(int64_t skin, int64_t bone, std::vector<int32_t> points,
+                              std::vector<double> weights, const std::string& mode) {
   const std::vector<double> identity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
   const int64_t cluster =
       builder.AddCluster("", std::move(points), std::move(weights), identity, identity);
   builder.Object(cluster).Add({"Mode", {mode}});
   builder.Connect(cluster, skin);
   if (bone != 0) builder.Connect(bone, cluster);
+  return cluster;
 }
 
 int64_t MeshScene::AddBlendShape() {

@@ -35,8 +35,8 @@ class MeshScene {
   // A skin of the last mesh.
   int64_t AddSkin();
   // `bone` 0 leaves the cluster without a link.
-  void AddCluster(int64_t skin, int64_t bone, std::vector<int32_t> points,
-                  std::vector<double> weights, const std::string& mode = "Normalize");
+  int64_t AddCluster(int64_t skin, int64_t bone, std::vector<int32_t> points,
+                     std::vector<double> weights, const std::string& mode = "Normalize");
   // A blend shape of the last mesh; a channel of it; a target shape of the channel.
   int64_t AddBlendShape();
   int64_t AddChannel(const std::string& name, int64_t blendShape);
