@@ -52,15 +52,17 @@ FbxCurveConversion::FbxCurveConversion(FbxScene& scene, const FbxAxisPermutation
     : scene_(scene), axes_(axes), converted_(std::move(converted)), exempt_(std::move(exempt)) {}
 
 void FbxCurveConversion::Convert(FbxProperty property) {
-  const std::vector<FbxProperty> sources = property.Sources();
-  for (const FbxProperty& source : sources) {
+  std::vector<FbxAnimCurveNode*> before;
+  std::vector<FbxAnimCurveNode*> after;
+  for (const FbxProperty& source : property.Sources()) {
     if (!source.IsRoot() || !source.GetFbxObject()->Is<FbxAnimCurveNode>()) continue;
-    auto* node = static_cast<FbxAnimCurveNode*>(source.GetFbxObject());
-    FbxAnimCurveNode* converted = Converted(*node);
-    if (converted == node) continue;
-    property.DisconnectSrcObject(node);
-    property.ConnectSrcObject(converted);
+    before.push_back(static_cast<FbxAnimCurveNode*>(source.GetFbxObject()));
   }
+  for (FbxAnimCurveNode* node : before) after.push_back(Converted(*node));
+  if (after == before) return;
+  // All of them, since their order tells which one counts in a layer.
+  for (FbxAnimCurveNode* node : before) property.DisconnectSrcObject(node);
+  for (FbxAnimCurveNode* node : after) property.ConnectSrcObject(node);
 }
 
 FbxAnimCurveNode* FbxCurveConversion::Converted(FbxAnimCurveNode& node) {

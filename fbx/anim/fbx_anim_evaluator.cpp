@@ -36,6 +36,18 @@ const KFCurve* WeightCurve(const FbxAnimLayer& layer, const FbxAnimStack& stack)
   return nullptr;
 }
 
+std::array<FbxNodeEvalDriver::Channel, 3> ChannelsOf(const FbxAnimCurveNode& node) {
+  static constexpr std::array<const char*, 3> kNames = {"X", "Y", "Z"};
+  std::array<FbxNodeEvalDriver::Channel, 3> channels;
+  for (size_t i = 0; i < 3; ++i) {
+    const FbxProperty channel = node.GetChannel(kNames[i]);
+    channels[i].curve = FirstCurve(channel);
+    channels[i].hasValue = channel.Modified();
+    channels[i].value = channel.Get<double>();
+  }
+  return channels;
+}
+
 FbxVector4 Values(const FbxNode& node, int FbxNode::PropertyIndex::*which) {
   return FbxVector4(node.Property(which).Get<FbxDouble3>());
 }
@@ -139,7 +151,6 @@ void FbxAnimEvaluator::FindDrivers() {
 }
 
 void FbxAnimEvaluator::FindDriversOfLayer(const FbxAnimLayer& layer, size_t index) {
-  static constexpr std::array<const char*, 3> kChannels = {"X", "Y", "Z"};
   for (const FbxProperty& source : layer.RootProperty().Sources()) {
     if (!source.IsRoot() || !source.GetFbxObject()->Is<FbxAnimCurveNode>()) continue;
     const auto& curves = static_cast<const FbxAnimCurveNode&>(*source.GetFbxObject());
@@ -158,25 +169,23 @@ void FbxAnimEvaluator::FindDriversOfLayer(const FbxAnimLayer& layer, size_t inde
       } else {
         continue;
       }
-      for (size_t i = 0; i < 3 && !hasChannels; ++i) {
-        const FbxProperty channel = curves.GetChannel(kChannels[i]);
-        driver.channels[i].curve = FirstCurve(channel);
-        driver.channels[i].hasValue = channel.Modified();
-        driver.channels[i].value = channel.Get<double>();
-      }
+      if (!hasChannels) driver.channels = ChannelsOf(curves);
       hasChannels = true;
       FbxNodeEvalState& state = StateOf(node);
       if (state.driversGeneration != driversGeneration_) state.drivers.clear();
       state.driversGeneration = driversGeneration_;
-      // A second curve node of one property in one layer has no say.
-      const bool taken =
-          std::any_of(state.drivers.rbegin(),
-                      state.drivers.rbegin() +
-                          static_cast<std::ptrdiff_t>(std::min<size_t>(3, state.drivers.size())),
-                      [&](const FbxNodeEvalDriver& other) {
-                        return other.layer == index && other.property == driver.property;
-                      });
-      if (!taken) state.drivers.push_back(driver);
+      const auto end = state.drivers.rbegin() +
+                       static_cast<std::ptrdiff_t>(std::min<size_t>(3, state.drivers.size()));
+      const auto other =
+          std::find_if(state.drivers.rbegin(), end, [&](const FbxNodeEvalDriver& candidate) {
+            return candidate.layer == index && candidate.property == driver.property;
+          });
+      if (other == end) {
+        state.drivers.push_back(driver);
+      } else if (!other->isOneOfSeveral) {
+        other->isOneOfSeveral = true;
+        other->channels = ChannelsOf(*destination.GetCurveNode(&layer));
+      }
     }
   }
 }

@@ -33,6 +33,9 @@ struct FbxNodeEvalDriver {
 
   size_t layer = 0;
   EProperty property = eTranslation;
+  // The layer has further curve nodes of the property; these channels are of the one that counts,
+  // the first in the property's order.
+  bool isOneOfSeveral = false;
   std::array<Channel, 3> channels;
 };
 

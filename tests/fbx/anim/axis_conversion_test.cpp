@@ -196,6 +196,7 @@ TEST(AxisConversion, SharedCurvesAreConvertedOnce) {
   twin->LclTranslation().ConnectSrcObject(curves);
   child->LclTranslation().ConnectSrcObject(curves);
   top->LclScaling().ConnectSrcObject(curves);
+  a.CurveNode(layer, top->LclTranslation());  // a second one, which stays second
   // Another curve node with the same curve, on a node that has it to itself.
   FbxNode* other = a.Node("other");
   a.Connect(a.CurveNode(layer, other->LclTranslation()), "Z", curve);

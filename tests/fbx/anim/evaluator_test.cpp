@@ -113,7 +113,12 @@ TEST(Evaluator, CurvesReplaceTheValuesOfTheCurrentStack) {
   AnimScene a;
   FbxNode* node = a.Node("n", nullptr, {{"Lcl Translation", {7, 8, 9}}});
   FbxAnimLayer* layer = a.Stack();
+  // Of two curve nodes the property's first counts, not the layer's.
+  auto* second = a.Add<FbxAnimCurveNode>();
+  a.Connect(second, "X", a.Linear({3, 3}));
+  layer->ConnectSrcObject(second);
   FbxAnimCurveNode* curves = a.Drive(layer, node->LclTranslation(), "X", {0, 10});
+  node->LclTranslation().ConnectSrcObject(second);
   curves->CreateChannel("Z", GetDataTypeFromName("Number")).Set(5.0);
   a.Drive(layer, node->LclRotation(), "Z", {0, 90});
   // Y is in no channel and keeps the property's value; Z has no curve and shows the channel's.
