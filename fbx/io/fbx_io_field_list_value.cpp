@@ -10,20 +10,18 @@
 namespace {
 
 // Name, NUL, 1, Class becomes Class::Name, in place, since both are of one length. What is left is
-// a C string, followed by NULs only, so that decoding it again changes nothing.
+// a C string, followed by NULs only, so that decoding it again changes nothing. The class ends at a
+// NUL, too: some writers count the one that ends their string.
 std::string_view UnpackName(std::span<char> bytes) {
   const auto nul = std::find(bytes.begin(), bytes.end(), '\0');
+  auto end = nul;
   if (nul != bytes.end() && nul + 1 != bytes.end() && nul[1] == 1) {
-    const auto classEnd = std::find(nul + 2, bytes.end(), '\0');
-    if (classEnd == bytes.end()) {
-      nul[0] = nul[1] = ':';
-      std::rotate(bytes.begin(), nul + 2, bytes.end());
-      std::rotate(bytes.begin() + (bytes.end() - nul - 2), bytes.end() - 2, bytes.end());
-    } else {
-      std::fill(std::copy(nul + 2, classEnd, bytes.begin()), bytes.end(), '\0');
-    }
+    end = std::find(nul + 2, bytes.end(), '\0');
+    nul[0] = nul[1] = ':';
+    const auto name = std::rotate(bytes.begin(), nul, end);
+    std::rotate(bytes.begin(), bytes.begin() + 2, name);
   }
-  const auto end = std::find(bytes.begin(), bytes.end(), '\0');
+  std::fill(end, bytes.end(), '\0');
   return {bytes.data(), static_cast<size_t>(end - bytes.begin())};
 }
 

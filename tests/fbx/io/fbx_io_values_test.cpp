@@ -225,7 +225,9 @@ TEST(FbxIOValues, ObjectNamesAreUnpacked) {
   EXPECT_EQ(read(std::string("\0\1Model", 7)), "Model::");
   EXPECT_EQ(read(std::string("Cube\0\1", 6)), "::Cube");
   EXPECT_EQ(read(std::string("Cube\0", 5)), "Cube");
-  EXPECT_EQ(read(std::string("A\0\1B\0\1C", 7)), "B");
+  // A writer that counts the NUL behind its string.
+  EXPECT_EQ(read(std::string("Cube\0\1Model\0", 12)), "Model::Cube");
+  EXPECT_EQ(read(std::string("A\0\1B\0\1C", 7)), "B::A");
   EXPECT_EQ(read(std::string(5000, 'n') + std::string("\0\1Model", 7)),
             "Model::" + std::string(5000, 'n'));
 }
