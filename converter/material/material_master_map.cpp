@@ -66,7 +66,8 @@ MaterialMasterMap GatherMaterials(const std::vector<MeshHolder_*>& meshes) {
       const std::string& name = MaterialName(map);
       const auto [known, isNew] = firstOfName.emplace(name, &map);
       if (isNew) {
-        master.emplace(map, kNoSlot);
+        // Not emplace, which searches by lower bound: under this order that is another place.
+        master.insert(MaterialMasterMap::value_type(map, kNoSlot));
       } else if (!CompareMaterialMap::equal(map, *known->second)) {
         AddWarning("Two materials named " + name + " have different textures.");
       }

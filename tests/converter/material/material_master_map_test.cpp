@@ -137,6 +137,11 @@ TEST(MaterialMasterMap, MapsThatRankAlikeMerge) {
   EXPECT_EQ(run.Ids(), "Bumpy=0 ");
   EXPECT_EQ(GetMaterialListFromMesh(run.holders[0], run.master), "0 0 ");
 
+  // A map without the others' key parts neither them nor the search for their places.
+  const Numbered apart({{MaterialMap{{_MATERIAL, "M"}, {"NormalMap", "n.png"}},
+                         Material("A", "b.png"), Material("N", "a.png")}});
+  EXPECT_EQ(apart.Ids(), "M=0 A=1 N=2 ");
+
   const Numbered none({});
   EXPECT_EQ(none.Ids(), "=0 ");  // one empty map
   EXPECT_TRUE(MaterialMasterMapToStrings(none.master).empty());
