@@ -44,9 +44,8 @@ void ReadData(FbxIO& io, FbxLayerElementVertexColor& element, int32_t /*version*
   }
 }
 
-void ReadData(FbxIO& io, FbxLayerElementMaterial& element, int32_t /*version*/) {
-  io.FieldReadArray("Materials", element.index);
-}
+// Materials have indices only.
+void ReadData(FbxIO& /*io*/, FbxLayerElementMaterial& /*element*/, int32_t /*version*/) {}
 
 // Reads the layer elements that layers name, each once.
 class LayerElementReader {
@@ -61,7 +60,7 @@ class LayerElementReader {
     } else if (field == "LayerElementColor") {
       Get(colors_, field, number, "ColorIndex", layer.vertexColors);
     } else if (field == "LayerElementMaterial") {
-      Get(materials_, field, number, nullptr, layer.materials);
+      Get(materials_, field, number, "Materials", layer.materials);
     } else {
       const auto channel = std::find(kUVElementNames.begin(), kUVElementNames.end(), field);
       if (channel == kUVElementNames.end()) return;
@@ -96,7 +95,7 @@ class LayerElementReader {
     element.mappingMode = MappingModeFromName(io_.FieldReadC("MappingInformationType"));
     element.referenceMode = ReferenceModeFromName(io_.FieldReadC("ReferenceInformationType"));
     ReadData(io_, element, version);
-    if (indexField != nullptr && element.referenceMode != FbxLayerElement::eDirect) {
+    if (element.referenceMode != FbxLayerElement::eDirect) {
       io_.FieldReadArray(indexField, element.index);
     }
   }

@@ -97,11 +97,13 @@ TEST(ReadMesh, ReadsElementsByTheirVersions) {
               {{"Colors", {colors}}, {"ColorIndex", {std::vector<int32_t>{3}}}}),
       Element("LayerElementMaterial", 101, "", "AllSame", "IndexToDirect",
               {{"Materials", {std::vector<int32_t>{2}}}}),
+      Element("LayerElementMaterial", 101, "", "AllSame", "Direct",
+              {{"Materials", {std::vector<int32_t>{2}}}}),
       Layer(0, {{"LayerElementNormal", 0},
                 {"LayerElementUV", 0},
                 {"LayerElementColor", 0},
                 {"LayerElementMaterial", 0}}),
-      Layer(1, {{"LayerElementNormal", 1}}),
+      Layer(1, {{"LayerElementNormal", 1}, {"LayerElementMaterial", 1}}),
       Layer(2, {{"LayerElementNormal", 2}}),
   }));
   const auto* mesh = file.Find<FbxMesh>("mesh");
@@ -131,6 +133,7 @@ TEST(ReadMesh, ReadsElementsByTheirVersions) {
   const FbxLayerElementMaterial& material = *mesh->GetElementMaterial();
   EXPECT_EQ(material.GetMappingMode(), FbxLayerElement::eAllSame);
   EXPECT_THAT(material.index, ElementsAre(2));
+  EXPECT_TRUE(mesh->GetElementMaterial(1)->index.empty());
 }
 
 TEST(ReadMesh, PutsElementsIntoTheLayersThatNameThem) {
