@@ -53,7 +53,12 @@ void AnimationCurveVisitorAnimKeyFramer::VisitCurve(const std::string& channel,
   if (keys == nullptr) return;
   keys->node = currentNode;
   const bool scaling = channel[0] == 'S';
-  if (!scaling) AddFrames(*curve, keys->frames);
+  if (scaling) return;
+  // A bone's channels are mostly keyed at the same times.
+  if (keys->lastCurve == nullptr || !curve->curve.HasTimesOf(keys->lastCurve->curve)) {
+    AddFrames(*curve, keys->frames);
+  }
+  keys->lastCurve = curve;
 }
 
 void AnimationCurveVisitorAnimKeyFramer::AddFrames(const FbxAnimCurve& curve,
@@ -65,7 +70,6 @@ void AnimationCurveVisitorAnimKeyFramer::AddFrames(const FbxAnimCurve& curve,
     std::sort(curveFrames_.begin(), curveFrames_.end());
   }
   curveFrames_.erase(std::unique(curveFrames_.begin(), curveFrames_.end()), curveFrames_.end());
-  // A bone's channels are mostly keyed on the same frames.
   if (std::includes(frames.begin(), frames.end(), curveFrames_.begin(), curveFrames_.end())) return;
   std::vector<int32_t> merged;
   merged.reserve(frames.size() + curveFrames_.size());
@@ -93,9 +97,8 @@ CalCoreAnimation AnimationCurveVisitorAnimKeyFramer::GetAnimation(const Conversi
     nodes.push_back(keys.node);
     keyframes.emplace_back().reserve(keys.frames.size());
   }
-  std::sort(samples.begin(), samples.end(), [](const Sample& a, const Sample& b) {
-    return a.frame != b.frame ? a.frame < b.frame : a.track < b.track;
-  });
+  std::stable_sort(samples.begin(), samples.end(),
+                   [](const Sample& a, const Sample& b) { return a.frame < b.frame; });
   for (const Sample& sample : samples) {
     const CalCoreKeyframe keyframe = KeyframeAt(args, *nodes[sample.track], sample.frame, factor);
     animation.duration = std::max(animation.duration, keyframe.time);

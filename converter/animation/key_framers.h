@@ -32,8 +32,9 @@ class AnimationCurveVisitorAnimKeyFramer : public AnimationCurveVisitor {
 
  private:
   struct BoneKeys {
-    const FbxNode* node = nullptr;  // the last one visited, where several share the path
-    std::vector<int32_t> frames;    // ascending, each once, of translation and rotation
+    const FbxNode* node = nullptr;            // the last one visited, where several share the path
+    std::vector<int32_t> frames;              // ascending, each once, of translation and rotation
+    const FbxAnimCurve* lastCurve = nullptr;  // the last one that gave frames
   };
   // A keyframe to come.
   struct Sample {

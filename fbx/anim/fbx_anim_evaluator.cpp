@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <optional>
 
 #include "fbx/anim/fbx_anim_curve.h"
 #include "fbx/anim/fbx_anim_stack.h"
@@ -48,13 +49,20 @@ std::array<FbxNodeEvalDriver::Channel, 3> ChannelsOf(const FbxAnimCurveNode& nod
   return channels;
 }
 
-FbxVector4 Values(const FbxNode& node, int FbxNode::PropertyIndex::*which) {
-  return FbxVector4(node.Property(which).Get<FbxDouble3>());
+// The value of one of the three animated properties, as if nothing animated it.
+FbxVector4 PropertyValue(const FbxNode& node, size_t property) {
+  using Index = FbxNode::PropertyIndex;
+  static constexpr std::array kProperties = {&Index::lclTranslation, &Index::lclRotation,
+                                             &Index::lclScaling};
+  return FbxVector4(node.Property(kProperties[property]).Get<FbxDouble3>());
 }
 
 // One layer's value of a property: components that nothing drives keep the property's value.
-FbxVector4 LayerValue(FbxNodeEvalDriver& driver, const FbxVector4& property, FbxTime time) {
-  FbxVector4 value = property;
+FbxVector4 LayerValue(const FbxNode& node, FbxNodeEvalDriver& driver, FbxTime time) {
+  const bool complete =
+      std::all_of(driver.channels.begin(), driver.channels.end(),
+                  [](const auto& channel) { return channel.curve != nullptr || channel.hasValue; });
+  FbxVector4 value = complete ? FbxVector4() : PropertyValue(node, driver.property);
   for (size_t i = 0; i < 3; ++i) {
     FbxNodeEvalDriver::Channel& channel = driver.channels[i];
     if (channel.curve != nullptr) {
@@ -120,6 +128,7 @@ const FbxNodeEvalState& FbxAnimEvaluator::GetNodeEvalStateWithLocal(const FbxNod
 
 void FbxAnimEvaluator::ConvertFileAxes(const FbxAMatrix& conversion) {
   fromFileAxes_ = conversion * fromFileAxes_;
+  toFileAxes_ = fromFileAxes_.Inverse();
   Reset();
 }
 
@@ -229,36 +238,35 @@ FbxNodeEvalState& FbxAnimEvaluator::Compute(const FbxNode& node) {
 }
 
 void FbxAnimEvaluator::ComputeTRSLocal(const FbxNode& node, FbxNodeEvalState& state) {
-  using Index = FbxNode::PropertyIndex;
-  const std::array<FbxVector4, 3> properties = {Values(node, &Index::lclTranslation),
-                                                Values(node, &Index::lclRotation),
-                                                Values(node, &Index::lclScaling)};
-  std::array<FbxVector4, 3> results = properties;
+  // Properties are read where no first layer replaces them: most of what is animated is keyed
+  // whole.
+  std::array<std::optional<FbxVector4>, 3> results;
+  const auto result = [&](size_t property) -> FbxVector4& {
+    if (!results[property]) results[property] = PropertyValue(node, property);
+    return *results[property];
+  };
   if (!state_.time.IsInfinite() && state.driversGeneration == driversGeneration_) {
     for (FbxNodeEvalDriver& driver : state.drivers) {
       const FbxAnimEvalState::Layer& layer = state_.layers[driver.layer];
       if (layer.muted) continue;
-      const size_t property = driver.property;
-      const FbxVector4 value = LayerValue(driver, properties[property], state_.time);
+      const FbxVector4 value = LayerValue(node, driver, state_.time);
       if (driver.layer == 0) {
-        results[property] = value;
+        results[driver.property] = value;
       } else {
-        Blend(results[property], value, layer, driver.property);
+        Blend(result(driver.property), value, layer, driver.property);
       }
     }
   }
   const FbxTransform& transform = node.GetTransform();
-  state.translation = transform.translationLimits.Apply(results[0]);
-  state.rotation = transform.ApplyRotationLimits(results[1]);
-  state.scaling = transform.scalingLimits.Apply(results[2]);
+  state.translation = transform.translationLimits.Apply(result(FbxNodeEvalDriver::eTranslation));
+  state.rotation = transform.ApplyRotationLimits(result(FbxNodeEvalDriver::eRotation));
+  state.scaling = transform.scalingLimits.Apply(result(FbxNodeEvalDriver::eScaling));
 }
 
 // Angles read off a matrix with shear depend on the axes of the world, so they are read in the axes
 // of the file: converting the scene to other axes then turns it and changes nothing else.
 FbxAMatrix FbxAnimEvaluator::PureRotation(const FbxAMatrix& global) const {
-  FbxAMatrix rotation;
-  rotation.SetR((fromFileAxes_.Inverse() * global).GetR());
-  return fromFileAxes_ * rotation;
+  return fromFileAxes_ * (toFileAxes_ * global).GetPureRotation();
 }
 
 // Rotation, scaling with shear, and translation are carried on separately: GRM, GSM, GT. The node's

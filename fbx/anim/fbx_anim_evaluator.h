@@ -113,6 +113,7 @@ class FbxAnimEvaluator {
   const FbxScene* scene_;
   FbxAnimEvalState state_;
   FbxAMatrix fromFileAxes_;  // from the axes of the file to the scene's
+  FbxAMatrix toFileAxes_;    // and back
   uint64_t driversGeneration_ = 0;
   std::vector<const FbxNode*> chain_;  // the way up to a computed ancestor
 };

@@ -149,6 +149,10 @@ float KFCurve::Evaluate(FbxTime time, int* last) const {
   const size_t end = times_.size() - 1;
   const bool before = ticks < times_.front();
   const bool after = !before && ticks > times_.back();
+  if (!before && !after) {
+    const size_t key = FindKey(ticks, last);
+    return ticks == times_[key] ? values_[key] : EvaluateIndex(IndexOf(ticks, key));
+  }
   if (before && pre_.mode == eKeepSlope) {
     const double seconds = SlopeSeconds(pre_, Ticks(ticks, times_.front()), span);
     return static_cast<float>(Value(0) - seconds * RightDerivative(0));
@@ -188,8 +192,10 @@ double KFCurve::KeyFindAll(FbxTime time, int* last) const {
 }
 
 double KFCurve::KeyFind(FbxTime time, int* last) const {
-  if (times_.empty()) return 0.0;
-  const int64_t ticks = time.Get();
+  return times_.empty() ? 0.0 : IndexOf(time.Get(), FindKey(time.Get(), last));
+}
+
+size_t KFCurve::FindKey(int64_t ticks, int* last) const {
   const size_t end = times_.size() - 1;
   size_t low = 0;
   if (ticks >= times_.back()) {
@@ -213,10 +219,14 @@ double KFCurve::KeyFind(FbxTime time, int* last) const {
     }
   }
   if (last != nullptr) *last = static_cast<int>(low);
-  const double index = static_cast<double>(low);
-  if (low == end || ticks <= times_[low]) return index;
-  return index + static_cast<double>(Ticks(times_[low], ticks)) /
-                     static_cast<double>(Ticks(times_[low], times_[low + 1]));
+  return low;
+}
+
+double KFCurve::IndexOf(int64_t ticks, size_t key) const {
+  const double index = static_cast<double>(key);
+  if (key + 1 == times_.size() || ticks <= times_[key]) return index;
+  return index + static_cast<double>(Ticks(times_[key], ticks)) /
+                     static_cast<double>(Ticks(times_[key], times_[key + 1]));
 }
 
 float KFCurve::EvaluateIndex(double index) const {

@@ -79,6 +79,8 @@ class KFCurve {
   Key KeyGet(int index) const;
   FbxTime KeyGetTime(int index) const { return KeyGet(index).time; }
   float KeyGetValue(int index) const { return KeyGet(index).value; }
+  // Whether both curves have keys at the same times, in the same order.
+  bool HasTimesOf(const KFCurve& other) const { return times_ == other.times_; }
   // No flags and words of 0 for a key without an attribute.
   KFCurveKeyAttr KeyGetAttr(int index) const;
 
@@ -103,6 +105,10 @@ class KFCurve {
 
  private:
   double Value(size_t key) const { return static_cast<double>(values_[key]); }
+  // The last key that isn't after a time, or the first; there must be keys. `last` as in Evaluate.
+  size_t FindKey(int64_t ticks, int* last) const;
+  // The fractional index of a time between this key and the next.
+  double IndexOf(int64_t ticks, size_t key) const;
   double Seconds(size_t from, size_t to) const;
   double Slope(size_t from, size_t to) const;
   double TCBDerivative(size_t key, const KFCurveKeyAttr& attr, bool right) const;

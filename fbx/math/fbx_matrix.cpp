@@ -26,28 +26,37 @@ constexpr std::array<AxisOrder, 7> kAxisTable = {{{{0, 1, 2}, false},
 
 size_t At(size_t row, size_t col) { return row * 4 + col; }
 
+// The sine and cosine of an angle, or a multiple of both.
 struct SinCos {
   double sin;
   double cos;
 };
 
+// Of parts of unit rows, which are too small to overflow.
+double Length(const SinCos& turn) { return std::sqrt(turn.sin * turn.sin + turn.cos * turn.cos); }
+
+// The turns about an order's axes, in its sequence.
+using Turns = std::array<SinCos, 3>;
+
 // Exact for whole quarter turns, of which exported scenes are full: the plain functions leave 6e-17
 // where a 0 belongs, and every coordinate behind it carries the trace.
 SinCos SinCosOfDegrees(double degrees) {
-  if (std::fmod(degrees, 90.0) == 0.0) {
-    static constexpr std::array<SinCos, 4> kQuarters = {{{0, 1}, {1, 0}, {0, -1}, {-1, 0}}};
-    const int quarter = static_cast<int>(std::fmod(degrees, 360.0) / 90.0);
-    return kQuarters[static_cast<size_t>((quarter + 4) % 4)];
+  constexpr double kFewTurns = 1e6;
+  if (std::abs(degrees) < kFewTurns) {
+    const int quarters = static_cast<int>(degrees / 90.0);
+    if (quarters * 90.0 == degrees) {
+      static constexpr std::array<SinCos, 4> kQuarters = {{{0, 1}, {1, 0}, {0, -1}, {-1, 0}}};
+      return kQuarters[static_cast<unsigned>(quarters) % 4U];
+    }
   }
   return {std::sin(degrees * kRadians), std::cos(degrees * kRadians)};
 }
 
-void WriteRotation(FbxDouble4x4& m, const FbxVector4& degrees, const AxisOrder& order) {
+void WriteTurns(FbxDouble4x4& m, const Turns& turns, const AxisOrder& order) {
   const auto [i, j, k] = order.axes;
-  const double sense = order.odd ? -1.0 : 1.0;
-  const auto [sx, cx] = SinCosOfDegrees(degrees[i] * sense);
-  const auto [sy, cy] = SinCosOfDegrees(degrees[j] * sense);
-  const auto [sz, cz] = SinCosOfDegrees(degrees[k] * sense);
+  const auto [sx, cx] = turns[0];
+  const auto [sy, cy] = turns[1];
+  const auto [sz, cz] = turns[2];
   m[At(i, i)] = cy * cz;
   m[At(i, j)] = cy * sz;
   m[At(i, k)] = -sy;
@@ -59,26 +68,49 @@ void WriteRotation(FbxDouble4x4& m, const FbxVector4& degrees, const AxisOrder& 
   m[At(k, k)] = cx * cy;
 }
 
-// Takes the angles out of rows that are orthonormal, right-handed. Subtracting from 0 instead of
-// negating keeps negative zeros out of the result.
-FbxVector4 ReadRotation(const FbxDouble4x4& m, const AxisOrder& order) {
+void WriteRotation(FbxDouble4x4& m, const FbxVector4& degrees, const AxisOrder& order) {
+  const double sense = order.odd ? -1.0 : 1.0;
+  Turns turns;
+  for (size_t i = 0; i < 3; ++i) turns[i] = SinCosOfDegrees(degrees[order.axes[i]] * sense);
+  WriteTurns(m, turns, order);
+}
+
+// The turns out of rows that are orthonormal, right-handed; of any length. Subtracting from 0
+// instead of negating keeps negative zeros out of the result.
+Turns ReadTurns(const FbxDouble4x4& m, const AxisOrder& order) {
   constexpr double kPole = 1e-12;
   const auto [i, j, k] = order.axes;
-  const double cy = std::hypot(m[At(i, i)], m[At(i, j)]);
-  double x, z;
-  if (cy <= kPole) {
-    x = std::atan2(0.0 - m[At(k, j)], m[At(j, j)]);
-    z = 0.0;
-  } else {
-    x = std::atan2(m[At(j, k)], m[At(k, k)]);
-    z = std::atan2(m[At(i, j)], m[At(i, i)]);
-  }
-  const double y = std::atan2(0.0 - m[At(i, k)], cy);
+  const double cy = Length({m[At(i, i)], m[At(i, j)]});
+  const SinCos y = {0.0 - m[At(i, k)], cy};
+  if (cy <= kPole) return {{{0.0 - m[At(k, j)], m[At(j, j)]}, y, {0.0, 1.0}}};
+  return {{{m[At(j, k)], m[At(k, k)]}, y, {m[At(i, j)], m[At(i, i)]}}};
+}
+
+FbxVector4 ReadRotation(const FbxDouble4x4& m, const AxisOrder& order) {
+  const Turns turns = ReadTurns(m, order);
   FbxVector4 degrees;
-  degrees[i] = order.odd ? 0.0 - x * kDegrees : x * kDegrees;
-  degrees[j] = order.odd ? 0.0 - y * kDegrees : y * kDegrees;
-  degrees[k] = order.odd ? 0.0 - z * kDegrees : z * kDegrees;
+  for (size_t i = 0; i < 3; ++i) {
+    const double angle = std::atan2(turns[i].sin, turns[i].cos) * kDegrees;
+    degrees[order.axes[i]] = order.odd ? 0.0 - angle : angle;
+  }
   return degrees;
+}
+
+// No turn where neither sine nor cosine is left.
+SinCos Unit(const SinCos& turn) {
+  const double length = Length(turn);
+  return length == 0.0 ? SinCos{0.0, 1.0} : SinCos{turn.sin / length, turn.cos / length};
+}
+
+// Half of a turn of -180 to 180 degrees, by the half-angle formula that loses no digits.
+SinCos Half(const SinCos& turn) {
+  const auto [sin, cos] = Unit(turn);
+  if (cos >= 0.0) {
+    const double half = std::sqrt((1.0 + cos) / 2.0);
+    return {sin / (2.0 * half), half};
+  }
+  const double half = std::copysign(std::sqrt((1.0 - cos) / 2.0), sin);
+  return {half, sin / (2.0 * half)};
 }
 
 FbxVector4 Row(const FbxDouble4x4& m, size_t row) {
@@ -164,6 +196,25 @@ FbxVector4 FbxAMatrix::GetR() const {
   return ReadRotation(WithoutScale(m_, GetS()), kAxisTable[eEulerXYZ]);
 }
 
+FbxQuaternion FbxAMatrix::GetQ() const {
+  const Turns turns = ReadTurns(WithoutScale(m_, GetS()), kAxisTable[eEulerXYZ]);
+  FbxDouble3 sines, cosines;
+  for (size_t i = 0; i < 3; ++i) {
+    const SinCos half = Half(turns[i]);
+    sines[i] = half.sin;
+    cosines[i] = half.cos;
+  }
+  return FbxQuaternion::FromHalfAnglesXYZ(sines, cosines);
+}
+
+FbxAMatrix FbxAMatrix::GetPureRotation() const {
+  Turns turns = ReadTurns(WithoutScale(m_, GetS()), kAxisTable[eEulerXYZ]);
+  for (SinCos& turn : turns) turn = Unit(turn);
+  FbxAMatrix rotation;
+  WriteTurns(rotation.m_, turns, kAxisTable[eEulerXYZ]);
+  return rotation;
+}
+
 FbxAMatrix FbxAMatrix::Inverse() const {
   const FbxVector4 x = Row(m_, 0), y = Row(m_, 1), z = Row(m_, 2);
   // The columns of the inverse are the cross products of the rows over the determinant.
@@ -182,15 +233,18 @@ FbxAMatrix FbxAMatrix::Inverse() const {
 }
 
 FbxAMatrix operator*(const FbxAMatrix& a, const FbxAMatrix& b) {
+  // Whole rows at a time, the last column with them, so that it goes into vector registers.
   FbxAMatrix product;
-  for (size_t row = 0; row < 3; ++row) {
-    for (size_t col = 0; col < 3; ++col) {
+  for (size_t row = 0; row < 4; ++row) {
+    for (size_t col = 0; col < 4; ++col) {
       product.m_[At(row, col)] = b.m_[At(row, 0)] * a.m_[At(0, col)] +
                                  b.m_[At(row, 1)] * a.m_[At(1, col)] +
                                  b.m_[At(row, 2)] * a.m_[At(2, col)];
     }
   }
-  product.SetTOnly(a.MultT(b.GetT()));
+  for (size_t col = 0; col < 3; ++col) product.m_[At(3, col)] += a.m_[At(3, col)];
+  for (size_t row = 0; row < 3; ++row) product.m_[At(row, 3)] = 0.0;
+  product.m_[15] = 1.0;
   return product;
 }
 

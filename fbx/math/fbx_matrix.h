@@ -53,7 +53,9 @@ class FbxAMatrix {
   // The angles for X first, then Y, then Z, of the matrix without its scale. At the pole the Z
   // angle is 0. A row of length 0 counts as its axis.
   FbxVector4 GetR() const;
-  FbxQuaternion GetQ() const { return FbxQuaternion::FromEulerXYZ(GetR()); }
+  // The same angles as a quaternion and as a rotation matrix, without the way through degrees.
+  FbxQuaternion GetQ() const;
+  FbxAMatrix GetPureRotation() const;
 
   // The inverse; the identity for a matrix that has none.
   FbxAMatrix Inverse() const;

@@ -5,9 +5,17 @@
 
 FbxQuaternion FbxQuaternion::FromEulerXYZ(const FbxVector4& degrees) {
   constexpr double kHalfRadians = std::numbers::pi / 360.0;
-  const double sx = std::sin(degrees[0] * kHalfRadians), cx = std::cos(degrees[0] * kHalfRadians);
-  const double sy = std::sin(degrees[1] * kHalfRadians), cy = std::cos(degrees[1] * kHalfRadians);
-  const double sz = std::sin(degrees[2] * kHalfRadians), cz = std::cos(degrees[2] * kHalfRadians);
+  FbxDouble3 sines, cosines;
+  for (size_t i = 0; i < 3; ++i) {
+    sines[i] = std::sin(degrees[i] * kHalfRadians);
+    cosines[i] = std::cos(degrees[i] * kHalfRadians);
+  }
+  return FromHalfAnglesXYZ(sines, cosines);
+}
+
+FbxQuaternion FbxQuaternion::FromHalfAnglesXYZ(const FbxDouble3& sines, const FbxDouble3& cosines) {
+  const auto [sx, sy, sz] = sines;
+  const auto [cx, cy, cz] = cosines;
   return {sx * cy * cz - cx * sy * sz, cx * sy * cz + sx * cy * sz, cx * cy * sz - sx * sy * cz,
           cx * cy * cz + sx * sy * sz};
 }

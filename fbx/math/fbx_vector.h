@@ -97,6 +97,8 @@ struct FbxQuaternion {
 
   // The rotation by Euler angles in degrees, X first, then Y, then Z.
   static FbxQuaternion FromEulerXYZ(const FbxVector4& degrees);
+  // The same by the sines and cosines of half the angles.
+  static FbxQuaternion FromHalfAnglesXYZ(const FbxDouble3& sines, const FbxDouble3& cosines);
 };
 
 struct FbxColor {
