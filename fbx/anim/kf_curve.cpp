@@ -107,8 +107,10 @@ KFCurve::EExtrapolation KFCurve::ExtrapolationOfLetter(char letter) {
   }
 }
 
-void KFCurve::SetKeys(std::vector<int64_t> times, std::vector<float> values) {
-  times_ = std::move(times);
+void KFCurve::SetKeys(FbxSharedArray<int64_t> times, std::vector<float> values) {
+  sharedTimes_ = std::move(times);
+  times_ = {};
+  if (sharedTimes_ != nullptr) times_ = *sharedTimes_;
   values_ = std::move(values);
   values_.resize(times_.size());
   sorted_ = std::is_sorted(times_.begin(), times_.end());

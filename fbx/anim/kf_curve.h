@@ -4,12 +4,15 @@
 // repetition folds a time by division, never period by period.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "fbx/core/fbx_time.h"
+#include "fbx/io/fbx_shared_array.h"
 
 // How a run of keys leads on to the next one: the flags tell interpolation and tangents, the words
 // hold, by tangent mode, right slope or tension; next left slope or continuity; right and next left
@@ -61,8 +64,9 @@ class KFCurve {
   // The mode that a letter in a file stands for; constant for an unknown one.
   static EExtrapolation ExtrapolationOfLetter(char letter);
 
-  // Replaces all keys. The times set their number; values missing are 0, further ones dropped.
-  void SetKeys(std::vector<int64_t> times, std::vector<float> values);
+  // Replaces all keys. The times, in ticks, set their number; values missing are 0, further ones
+  // dropped. Curves may share times, as all channels of a baked clip do; null means no keys.
+  void SetKeys(FbxSharedArray<int64_t> times, std::vector<float> values);
   // Replaces all attributes: `counts[i]` keys in a row take `attrs[i]`, key 0 first. Keys beyond
   // the sum have none.
   void SetAttributes(std::vector<KFCurveKeyAttr> attrs, const std::vector<uint32_t>& counts);
@@ -80,7 +84,9 @@ class KFCurve {
   FbxTime KeyGetTime(int index) const { return KeyGet(index).time; }
   float KeyGetValue(int index) const { return KeyGet(index).value; }
   // Whether both curves have keys at the same times, in the same order.
-  bool HasTimesOf(const KFCurve& other) const { return times_ == other.times_; }
+  bool HasTimesOf(const KFCurve& other) const {
+    return sharedTimes_ == other.sharedTimes_ || std::ranges::equal(times_, other.times_);
+  }
   // No flags and words of 0 for a key without an attribute.
   KFCurveKeyAttr KeyGetAttr(int index) const;
 
@@ -116,7 +122,8 @@ class KFCurve {
   // The distance in ticks from the last key back to the first; 0 for keys out of order.
   uint64_t Span() const;
 
-  std::vector<int64_t> times_;
+  FbxSharedArray<int64_t> sharedTimes_;
+  std::span<const int64_t> times_;  // of sharedTimes_
   std::vector<float> values_;
   std::vector<KFCurveKeyAttr> attrs_;
   std::vector<size_t> attrEnds_;  // the key after the last of each attribute's run

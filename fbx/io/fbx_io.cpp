@@ -94,6 +94,8 @@ void FbxIO::ProjectClose() {
   depth_ = 0;
   mainList_.reset();
   extensionList_.reset();
+  sharedArray_.reset();
+  sharedBytes_.clear();
   currentSection_ = -1;
   sections_.clear();
   password_.clear();

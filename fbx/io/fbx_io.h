@@ -33,6 +33,7 @@
 #include "fbx/core/fbx_time.h"
 #include "fbx/io/fbx_io_field_list.h"
 #include "fbx/io/fbx_io_file_header_info.h"
+#include "fbx/io/fbx_shared_array.h"
 
 class FbxIO {
  public:
@@ -194,6 +195,9 @@ class FbxIO {
     out.clear();
     return FieldReadBegin(name) && FieldReadArray(out);
   }
+  // The int64 array of the first record of a name; null if there is none. Where the array is the
+  // one that the last call gave, both share it, and are decoded once if their stored bytes agree.
+  FbxSharedArray<int64_t> FieldReadSharedArray(std::string_view name);
 
  private:
   struct Section {
@@ -251,4 +255,7 @@ class FbxIO {
   std::vector<std::unique_ptr<FbxIOFieldList>> nested_;
   size_t depth_ = 0;
   FbxIOFieldList* current_ = nullptr;
+  // The last shared array, and the bytes that it came from.
+  FbxSharedArray<int64_t> sharedArray_;
+  std::string sharedBytes_;
 };

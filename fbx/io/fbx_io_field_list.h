@@ -123,6 +123,9 @@ class FbxIOFieldList {
   bool ReadArray(std::vector<int8_t>& out);
   bool ReadArray(std::vector<uint8_t>& out);
   bool ReadArray(std::vector<bool>& out);
+  // All values of the current record as they are stored: equal bytes of one file hold equal values.
+  // Empty in text, and for blocks of more than kMaxBufferedBlock bytes. Valid as ReadString's text.
+  std::string_view StoredValues();
 
  private:
   struct TextValue {

@@ -109,6 +109,12 @@ bool FbxIOFieldList::ReadAnyArray(char letter, std::vector<T>& out) {
   return false;
 }
 
+std::string_view FbxIOFieldList::StoredValues() {
+  const FbxIOFieldInstance* instance = Current();
+  if (instance == nullptr || !instance->isBuffered) return {};
+  return BlockView(*instance, 0, instance->valueBytes);
+}
+
 bool FbxIOFieldList::ReadArray(std::vector<double>& out) { return ReadAnyArray('d', out); }
 bool FbxIOFieldList::ReadArray(std::vector<float>& out) { return ReadAnyArray('f', out); }
 bool FbxIOFieldList::ReadArray(std::vector<int64_t>& out) { return ReadAnyArray('l', out); }

@@ -29,6 +29,19 @@ bool FbxIO::FieldReadBegin(int32_t field, int32_t instance) {
   return current_ != nullptr && field >= 0 && current_->Begin(static_cast<size_t>(field), instance);
 }
 
+FbxSharedArray<int64_t> FbxIO::FieldReadSharedArray(std::string_view name) {
+  if (!FieldReadBegin(name)) return nullptr;
+  const std::string_view bytes = current_->StoredValues();
+  if (!bytes.empty() && bytes == sharedBytes_) return sharedArray_;
+  std::vector<int64_t> array;
+  FieldReadArray(array);
+  if (sharedArray_ == nullptr || *sharedArray_ != array) {
+    sharedArray_ = ShareArray(std::move(array));
+  }
+  sharedBytes_ = bytes;
+  return sharedArray_;
+}
+
 void FbxIO::FieldReadEnd() {
   if (current_ != nullptr) current_->Next();
 }

@@ -70,9 +70,7 @@ KFCurve::Extrapolation ReadExtrapolation(FbxIO& io, const char* field) {
 
 void ReadCurve(FbxIO& io, FbxAnimCurve& curve) {
   curve.curve.SetDefaultValue(static_cast<float>(io.FieldReadD("Default")));
-  std::vector<int64_t> times;
-  io.FieldReadArray("KeyTime", times);
-  curve.curve.SetKeys(std::move(times), ReadValues(io));
+  curve.curve.SetKeys(io.FieldReadSharedArray("KeyTime"), ReadValues(io));
   ReadAttributes(io, curve.curve);
   curve.curve.SetPreExtrapolation(ReadExtrapolation(io, "Pre-Extrapolation"));
   curve.curve.SetPostExtrapolation(ReadExtrapolation(io, "Post-Extrapolation"));

@@ -83,7 +83,7 @@ class AnimScene {
       times.push_back(static_cast<int64_t>(i) * FbxTime::kTicksPerSecond);
     }
     const uint32_t count = static_cast<uint32_t>(values.size());
-    curve->curve.SetKeys(std::move(times), std::move(values));
+    curve->curve.SetKeys(ShareArray(std::move(times)), std::move(values));
     curve->curve.SetAttributes({{KFCurveKeyAttr::kLinear, {}}}, {count});
     return curve;
   }

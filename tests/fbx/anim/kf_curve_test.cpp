@@ -35,7 +35,7 @@ KFCurve Curve(std::vector<float> values, const Attr& attr) {
   }
   KFCurve curve;
   const uint32_t count = static_cast<uint32_t>(values.size());
-  curve.SetKeys(std::move(times), std::move(values));
+  curve.SetKeys(ShareArray(std::move(times)), std::move(values));
   curve.SetAttributes({attr}, {count});
   return curve;
 }
@@ -172,7 +172,7 @@ TEST(KFCurve, HintChangesNoResult) {
     std::vector<int64_t> times;
     for (int i = 0; i < 50; ++i) times.push_back(i / 2 * FbxTime::kTicksPerSecond);
     if (round == 1) std::swap(times[10], times[30]);
-    curve.SetKeys(times, std::vector<float>(50));
+    curve.SetKeys(ShareArray(times), std::vector<float>(50));
   }
   int last = 0;
   Curve({0, 1, 2}, {Attr::kLinear, {}}).Evaluate(At(1.5), &last);
@@ -182,7 +182,7 @@ TEST(KFCurve, HintChangesNoResult) {
 TEST(KFCurve, KeysAtOneTimeMakeAStep) {
   KFCurve curve;
   const int64_t s = FbxTime::kTicksPerSecond;
-  curve.SetKeys({0, s, s, 2 * s}, {0, 1, 5, 6});
+  curve.SetKeys(ShareArray<int64_t>({0, s, s, 2 * s}), {0, 1, 5, 6});
   for (const uint32_t flags : {uint32_t{Attr::kLinear}, Attr::kCubic | Attr::kTangentTCB, kUser}) {
     curve.SetAttributes({{flags, {}}}, {4});
     EXPECT_EQ(curve.Evaluate(At(1)), 5.0F);
@@ -201,7 +201,7 @@ TEST(KFCurve, SurvivesKeysOfAnyKind) {
       for (int mode = 1; mode <= 5; ++mode) {
         for (const int count : {-1, 0, 3, -5, std::numeric_limits<int>::max()}) {
           KFCurve curve;
-          curve.SetKeys(times, {1, nan, 3});
+          curve.SetKeys(ShareArray(times), {1, nan, 3});
           curve.SetAttributes({{flags, {Bits(nan), 1, Weights(0x8000, 0x7FFF), 9}}, {}},
                               {2, 0xFFFFFFFF});
           curve.SetPreExtrapolation({static_cast<KFCurve::EExtrapolation>(mode), count});
