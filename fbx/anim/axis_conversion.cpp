@@ -5,6 +5,7 @@
 // handedness a mirroring in all three axes, which Lcl Scaling carries as its sign.
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <functional>
 #include <iterator>
 #include <unordered_set>
@@ -28,8 +29,16 @@ FbxVector4 Vector(const FbxNode& node, int Index::*which) {
   return FbxVector4(node.Property(which).Get<FbxDouble3>());
 }
 
+// Writes only what changes a property, the sign of a zero included: most pivots and limits stay at
+// the class's value, and each that a node overrides costs memory.
+template <typename T>
+void Change(FbxProperty property, const T& value) {
+  const T old = property.Get<T>();
+  if (std::memcmp(&old, &value, sizeof(T)) != 0) property.Set(value);
+}
+
 void SetVector(FbxNode& node, int Index::*which, const FbxVector4& value) {
-  node.Property(which).Set(value.Xyz());
+  Change(node.Property(which), value.Xyz());
 }
 
 FbxAMatrix Rotation(const FbxVector4& degrees) {
@@ -64,8 +73,8 @@ void ConvertLimits(FbxNode& node, int Index::*min, int Index::*max, int Index::*
     const bool negative = axes.sign[i] < 0;
     newMin[i] = negative ? 0.0 - oldMax[from] : oldMin[from];
     newMax[i] = negative ? 0.0 - oldMin[from] : oldMax[from];
-    flag(i).Set(oldFlags[negative ? from + 3 : from]);
-    flag(i + 3).Set(oldFlags[negative ? from : from + 3]);
+    Change(flag(i), oldFlags[negative ? from + 3 : from]);
+    Change(flag(i + 3), oldFlags[negative ? from : from + 3]);
   }
   SetVector(node, min, newMin);
   SetVector(node, max, newMax);
@@ -74,13 +83,13 @@ void ConvertLimits(FbxNode& node, int Index::*min, int Index::*max, int Index::*
 // Makes `rotation` the whole of a node's rotation space, where the node had none in force. Being
 // active switches the rotation limits on, too, which therefore go.
 void ReplaceRotationSpace(FbxNode& node, const FbxAMatrix& rotation) {
-  node.Property(&Index::rotationActive).Set(true);
-  node.Property(&Index::rotationSpaceForLimitOnly).Set(false);
-  node.Property(&Index::rotationOrder).Set(static_cast<int>(eEulerXYZ));
+  Change(node.Property(&Index::rotationActive), true);
+  Change(node.Property(&Index::rotationSpaceForLimitOnly), false);
+  Change(node.Property(&Index::rotationOrder), static_cast<int>(eEulerXYZ));
   SetVector(node, &Index::preRotation, rotation.GetR());
   SetVector(node, &Index::postRotation, {0.0, 0.0, 0.0});
   for (int i = 0; i < 6; ++i) {
-    FbxProperty(&node, FbxNode::Properties().rotationLimitFlags + i).Set(false);
+    Change(FbxProperty(&node, FbxNode::Properties().rotationLimitFlags + i), false);
   }
 }
 

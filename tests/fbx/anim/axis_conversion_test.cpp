@@ -236,4 +236,15 @@ TEST(AxisConversion, LeavesASceneOfTheTargetSystemAlone) {
   EXPECT_FALSE(node->FindProperty("PreRotation").Modified());
 }
 
+// Every value of its own costs a node memory.
+TEST(AxisConversion, WritesOnlyWhatChanges) {
+  AnimScene a;
+  FbxNode* node = a.Node("n", nullptr, {{"Lcl Translation", kT}});
+  FbxAxisSystem::Max.ConvertScene(a.scene);
+  EXPECT_TRUE(node->FindProperty("PreRotation").Modified());
+  for (const char* name : {"ScalingPivot", "RotationOffset", "RotationOrder", "TranslationMaxX"}) {
+    EXPECT_FALSE(node->FindProperty(name).Modified()) << name;
+  }
+}
+
 }  // namespace
