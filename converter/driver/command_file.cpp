@@ -30,9 +30,13 @@ std::vector<std::string> WordsOfFile(const std::string& path, std::string_view v
     std::printf("Unable to open command file: %s", std::string(value).c_str());
     return words;
   }
-  for (std::string line; std::getline(file, line);) {
-    if (line.ends_with('\r')) line.pop_back();
-    SplitCommandFileLine(line, words);
+  // What editors on Windows add is no part of the words: a byte order mark, returns at line ends.
+  bool firstLine = true;
+  for (std::string line; std::getline(file, line); firstLine = false) {
+    std::string_view text(line);
+    if (firstLine && text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+    if (text.ends_with('\r')) text.remove_suffix(1);
+    SplitCommandFileLine(text, words);
   }
   return words;
 }
@@ -49,7 +53,8 @@ void SplitCommandFileLine(std::string_view line, std::vector<std::string>& words
   // character alone; in the last word of a line no quote does.
   size_t limit = at;
   while (at < line.size()) {
-    if (quote != kNone && quote < at) quote = line.find('"', at);
+    // Both are looked for anew only once they are passed, so that a line costs its length.
+    if (quote < at) quote = line.find('"', at);
     std::string_view word;
     if (quote != kNone && limit != kNone && quote <= limit) {
       const size_t begin = quote + 1;
@@ -64,7 +69,7 @@ void SplitCommandFileLine(std::string_view line, std::vector<std::string>& words
     }
     if (!word.empty()) words.emplace_back(word);
     at = skipBlanks(at);
-    limit = line.find(' ', at);
+    if (limit < at) limit = line.find(' ', at);
   }
 }
 

@@ -206,7 +206,7 @@ TEST_F(CommandLine, CommandFiles) {
   EXPECT_EQ(Run({"-v", "-s", "3", "-z", "list.txt", "c.fbx", "list"}), both);
   EXPECT_EQ(Run({"-zlist.txt"}), both);
   EXPECT_EQ(Run({"-z", "\"list.txt\"", "-", "b.fbx", "export"}), both + Missing("b.fbx", b));
-  dir_.Write("outer.txt", "-z list.txt -\r\nb.fbx export -\r\n");
+  dir_.Write("outer.txt", "\xEF\xBB\xBF-z list.txt -\r\nb.fbx export -\r\n");  // from Windows
   EXPECT_EQ(Run({"-z", "outer.txt"}), both + Missing("b.fbx", b));
   dir_.Write("cut.txt", "b.fbx export - - a.fbx list\n");
   EXPECT_EQ(Run({"-z", "cut.txt"}), Missing("b.fbx", b));

@@ -78,6 +78,7 @@ TEST(CommandFile, QuotedWords) {
   EXPECT_THAT(WordsOf(R"(x ab"cd ef" gh)"), ElementsAre("x", "cd ef", "gh"));
   EXPECT_THAT(WordsOf(R"(a "" b)"), ElementsAre("a", "b"));
   EXPECT_THAT(WordsOf(R"(a "b"c d)"), ElementsAre("a", "b", "c", "d"));
+  EXPECT_THAT(WordsOf(R"(a "b""c""d"e f)"), ElementsAre("a", "b", "c", "d", "e", "f"));
   // A quote that is never closed gives the rest of the line, and then its words again.
   EXPECT_THAT(WordsOf(R"("a b c)"), ElementsAre("a b c", "a", "b", "c"));
 }
