@@ -23,8 +23,8 @@ std::size_t EntryCount(const TempDir& folder) {
 TEST(Saver, EndingChoosesTheForm) {
   const TempDir folder;
   const CalCoreSkeleton skeleton = SampleSkeleton();
-  const CalCoreMaterial material;
-  const CalCoreMorphAnimation morphs;
+  const CalCoreMaterial material{{{"a.png", "Up"}}};
+  const CalCoreMorphAnimation morphs{2, {{"wry", {{1, 0.5f}}}}};
   for (const char* name : {"a.xsf", "csf", "plain", "a.csf.txt", "a.bsf"}) {
     ASSERT_TRUE(CalSaver::saveCoreSkeleton(folder.File(name), &skeleton));
     EXPECT_EQ(ReadFile(folder.File(name))[0], '<') << name;
@@ -34,12 +34,15 @@ TEST(Saver, EndingChoosesTheForm) {
     ASSERT_TRUE(CalSaver::saveCoreSkeleton(folder.File(name), &skeleton));
     EXPECT_EQ(ReadFile(folder.File(name)).substr(0, 4), std::string("CSF\0", 4)) << name;
   }
+  // No loader reads these two kinds back.
   ASSERT_TRUE(CalSaver::saveCoreMaterial(folder.File("m.crf"), &material));
-  EXPECT_EQ(
-      ReadFile(folder.File("m.crf")),
-      std::string("CRF\0\x97\x03\0\0\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\0\0\0\0\0\0\0\0\0\0\0\0", 28));
+  EXPECT_EQ(ReadFile(folder.File("m.crf")),
+            std::string("CRF\0\x97\3\0\0\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\0\0\0\0\0\0\0\0"
+                        "\1\0\0\0\6\0\0\0a.png\0\3\0\0\0Up\0",
+                        45));
   ASSERT_TRUE(CalSaver::saveCoreMorphAnimation(folder.File("m.cpf"), &morphs));
-  EXPECT_EQ(ReadFile(folder.File("m.cpf")), std::string("CPF\0\x97\x03\0\0\0\0\0\0\0\0\0\0", 16));
+  EXPECT_EQ(ReadFile(folder.File("m.cpf")),
+            std::string("CPF\0\x97\3\0\0\0\0\0@\1\0\0\0\4\0\0\0wry\0\1\0\0\0\0\0\x80?\0\0\0?", 36));
 }
 
 TEST(Saver, ReplacesAWholeFileWithThePermissionsOfANewOne) {
