@@ -7,6 +7,7 @@
 #include "converter/animation/scene_channels.h"
 #include "converter/driver/names.h"
 #include "converter/scene/node_paths.h"
+#include "converter/scene/skeleton_nesting.h"
 #include "fbx/anim/fbx_anim_stack.h"
 #include "fbx/core/fbx_manager.h"
 #include "fbx/reader/fbx_importer.h"
@@ -37,22 +38,24 @@ bool HasInfluence(const FbxCluster& cluster) {
                      [](double weight) { return weight != 0.0; });
 }
 
+// The nodes that tie a mesh to a skeleton: its own, and the bones that move any of its points.
+std::vector<const FbxNode*> TyingNodes(const MeshHolder_& holder) {
+  std::vector<const FbxNode*> nodes;
+  if (holder.node != nullptr) nodes.push_back(holder.node);
+  const int skins = holder.mesh->GetDeformerCount(FbxDeformer::eSkin);
+  for (int s = 0; s < skins; ++s) {
+    const auto* skin = static_cast<FbxSkin*>(holder.mesh->GetDeformer(s, FbxDeformer::eSkin));
+    const int clusters = skin->GetClusterCount();
+    for (int c = 0; c < clusters; ++c) {
+      const FbxCluster* cluster = skin->GetCluster(c);
+      const FbxNode* link = cluster->GetLink();
+      if (link != nullptr && HasInfluence(*cluster)) nodes.push_back(link);
+    }
+  }
+  return nodes;
+}
+
 }  // namespace
-
-MeshComparePointer::MeshComparePointer(NodeSpan nodes, const NodeOrder& order)
-    : nodes_(nodes), order_(order) {
-  const bool oneRun =
-      !nodes.empty() &&
-      order.Index(nodes.back()) - order.Index(nodes.front()) + 1 == static_cast<int>(nodes.size());
-  if (!oneRun) scattered_.insert(nodes.begin(), nodes.end());
-}
-
-bool MeshComparePointer::MeshCompare(FbxNode* node) {
-  if (nodes_.empty()) return false;
-  if (!scattered_.empty()) return scattered_.contains(node);
-  const int offset = order_.Index(node) - order_.Index(nodes_.front());
-  return offset >= 0 && offset < static_cast<int>(nodes_.size());
-}
 
 FbxWrapper* FbxWrapper::getInstance(const ConversionArguments& args) {
   if (instance != nullptr && loadedFilename == args.inputFilename) return instance.get();
@@ -156,11 +159,12 @@ std::vector<MeshHolder_*> FbxWrapper::makeMeshList() {
 void FbxWrapper::GetMeshListFromNode(FbxNode* node) {
   FbxMesh* mesh = node->GetMesh();
   if (mesh == nullptr) return;
-  int suffix = meshNameCounts_[node->Name()]++;
-  std::string name = suffix == 0 ? node->Name() : node->Name() + "_" + std::to_string(suffix);
+  int& count = meshNameCounts_[node->Name()];
+  std::string name = count == 0 ? node->Name() : node->Name() + "_" + std::to_string(count);
   // A scene may hold a mesh that is really called "Body_1" beside two called "Body"; counting on
   // until the name is free keeps all three.
-  while (meshes_.contains(name)) name = node->Name() + "_" + std::to_string(++suffix);
+  while (meshes_.contains(name)) name = node->Name() + "_" + std::to_string(++count);
+  ++count;
   MeshHolder_ holder;
   holder.mesh = mesh;
   holder.node = node;
@@ -185,34 +189,32 @@ SceneChannels& FbxWrapper::Channels() {
 MeshesBySkeleton FbxWrapper::BuildMeshesOnSkeletonsList(const ConversionArguments& args) {
   const std::vector<NodeSpan>& skeletons = BuildSkeletonList(args.treatAsRoom);
   GetMeshList();
+  std::span<const NodeSpan> named(skeletons);
+  if (!rootSkeleton_.empty()) named = named.first(named.size() - 1);
+  SkeletonNesting nesting(Order(), named);
+  MeshComparePointer atRoot(rootSkeleton_);
+  std::vector<std::vector<MeshHolder_*>> bySkeleton(skeletons.size());
+  for (auto& [name, holder] : meshes_) {
+    const std::vector<int> around = nesting.Around(TyingNodes(holder));
+    for (const int skeleton : around) bySkeleton[static_cast<size_t>(skeleton)].push_back(&holder);
+    if (around.empty() && IsMeshOnSkeleton(holder, atRoot)) bySkeleton.back().push_back(&holder);
+  }
   MeshesBySkeleton result;
-  std::unordered_set<const MeshHolder_*> assigned;
-  for (const NodeSpan& skeleton : skeletons) {
-    const std::string path = BuildNodeName({}, skeleton.front(), nullptr);
-    MeshComparePointer compare(skeleton, Order());
-    for (auto& [name, holder] : meshes_) {
-      if (path == kRootNodeName && assigned.contains(&holder)) continue;
-      if (!IsMeshOnSkeleton(holder, compare)) continue;
-      if (holder.skeletonRoot == nullptr) holder.skeletonRoot = skeleton.front();
-      result[path].push_back(&holder);
-      assigned.insert(&holder);
+  for (size_t i = 0; i < skeletons.size(); ++i) {
+    if (bySkeleton[i].empty()) continue;
+    std::vector<MeshHolder_*>& meshes = result[BuildNodeName({}, skeletons[i].front(), nullptr)];
+    for (MeshHolder_* holder : bySkeleton[i]) {
+      if (holder->skeletonRoot == nullptr) holder->skeletonRoot = skeletons[i].front();
+      meshes.push_back(holder);
     }
   }
   return result;
 }
 
 bool FbxWrapper::IsMeshOnSkeleton(const MeshHolder_& holder, MeshCompareBase& compare) {
-  if (holder.node != nullptr && compare.MeshCompare(holder.node)) return true;
-  const int skins = holder.mesh->GetDeformerCount(FbxDeformer::eSkin);
-  for (int s = 0; s < skins; ++s) {
-    const auto* skin = static_cast<FbxSkin*>(holder.mesh->GetDeformer(s, FbxDeformer::eSkin));
-    for (int c = 0; c < skin->GetClusterCount(); ++c) {
-      const FbxCluster* cluster = skin->GetCluster(c);
-      FbxNode* link = cluster->GetLink();
-      if (link != nullptr && compare.MeshCompare(link) && HasInfluence(*cluster)) return true;
-    }
-  }
-  return false;
+  const std::vector<const FbxNode*> nodes = TyingNodes(holder);
+  return std::any_of(nodes.begin(), nodes.end(),
+                     [&](const FbxNode* node) { return compare.MeshCompare(node); });
 }
 
 const char* GetFBXVersion() { return FbxManager::GetVersion(true); }

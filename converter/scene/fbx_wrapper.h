@@ -30,19 +30,17 @@ class FbxImportException {};
 class MeshCompareBase {
  public:
   virtual ~MeshCompareBase() = default;
-  virtual bool MeshCompare(FbxNode* node) = 0;
+  virtual bool MeshCompare(const FbxNode* node) = 0;
 };
 
 // True for the nodes of a skeleton.
 class MeshComparePointer : public MeshCompareBase {
  public:
-  MeshComparePointer(NodeSpan nodes, const NodeOrder& order);
-  bool MeshCompare(FbxNode* node) override;
+  explicit MeshComparePointer(NodeSpan nodes) : nodes_(nodes.begin(), nodes.end()) {}
+  bool MeshCompare(const FbxNode* node) override { return nodes_.contains(node); }
 
  private:
-  NodeSpan nodes_;
-  const NodeOrder& order_;
-  std::unordered_set<const FbxNode*> scattered_;  // only when the nodes are no single run
+  std::unordered_set<const FbxNode*> nodes_;
 };
 
 using MeshesBySkeleton = std::map<std::string, std::vector<MeshHolder_*>>;
@@ -102,7 +100,7 @@ class FbxWrapper {
   std::unique_ptr<SceneChannels> channels_;
   std::vector<FbxNode*> rootSkeleton_;  // behind the span of the scene root's skeleton
   std::vector<NodeSpan> skeletons_;
-  std::map<std::string, int> meshNameCounts_;
+  std::map<std::string, int> meshNameCounts_;  // by name, the number of its next mesh
   // The holders live here, by unique mesh name, and everything else points at them.
   std::map<std::string, MeshHolder_> meshes_;
 };

@@ -129,15 +129,21 @@ TEST_F(Skeletons, ListingNamesCountsAndMeshes) {
 TEST_F(Skeletons, WhereSkeletonsBegin) {
   const int64_t rig = Node("MyROOTs", SceneBuilder::kRoot);
   const int64_t hips = Bone("Hips", rig);
-  Bone("Spine_root", hips);
-  Node("old skeleton.Room 2", SceneBuilder::kRoot);
+  const int64_t spine = Bone("Spine_root", hips);
+  const int64_t old = Node("old skeleton.Room 2", SceneBuilder::kRoot);
+  Mesh("Cap", spine);
+  const int64_t glove = Mesh("Glove", SceneBuilder::kRoot);
+  Influence(glove, hips, 1.0);
+  Influence(glove, old, 1.0);
   EXPECT_EQ(Run({"s.fbx", "list", "skel"}),
-            "NODE: RootNode/MyROOTs MESHCOUNT: 0 FRIENDLYSKELNAME: MyROOTs BONECOUNT: 3\n"
-            "NODE: RootNode/MyROOTs/Hips MESHCOUNT: 0 FRIENDLYSKELNAME: Hips BONECOUNT: 2\n"
-            "NODE: RootNode/MyROOTs/Hips/Spine_root MESHCOUNT: 0 FRIENDLYSKELNAME: Spine_root "
-            "BONECOUNT: 1\n"
-            "NODE: RootNode/old skeleton.Room 2 MESHCOUNT: 0 FRIENDLYSKELNAME: old skeleton.Room 2 "
-            "BONECOUNT: 1\n");
+            "NODE: RootNode/MyROOTs MESHCOUNT: 2 FRIENDLYSKELNAME: MyROOTs MESHNAME: Cap MESHNAME: "
+            "Glove BONECOUNT: 4\n"
+            "NODE: RootNode/MyROOTs/Hips MESHCOUNT: 2 FRIENDLYSKELNAME: Hips MESHNAME: Cap "
+            "MESHNAME: Glove BONECOUNT: 3\n"
+            "NODE: RootNode/MyROOTs/Hips/Spine_root MESHCOUNT: 1 FRIENDLYSKELNAME: Spine_root "
+            "MESHNAME: Cap BONECOUNT: 2\n"
+            "NODE: RootNode/old skeleton.Room 2 MESHCOUNT: 1 FRIENDLYSKELNAME: old skeleton.Room 2 "
+            "MESHNAME: Glove BONECOUNT: 1\n");
 }
 
 TEST_F(Skeletons, FindingTheRoot) {
