@@ -264,8 +264,10 @@ void FbxAnimEvaluator::ComputeTRSLocal(const FbxNode& node, FbxNodeEvalState& st
 }
 
 // Angles read off a matrix with shear depend on the axes of the world, so they are read in the axes
-// of the file: converting the scene to other axes then turns it and changes nothing else.
-FbxAMatrix FbxAnimEvaluator::PureRotation(const FbxAMatrix& global) const {
+// of the file: converting the scene to other axes then turns it and changes nothing else. The root
+// itself is never converted.
+FbxAMatrix FbxAnimEvaluator::PureRotation(const FbxNode& node, const FbxAMatrix& global) const {
+  if (scene_ != nullptr && &node == scene_->GetRootNode()) return global.GetPureRotation();
   return fromFileAxes_ * (toFileAxes_ * global).GetPureRotation();
 }
 
@@ -288,7 +290,7 @@ void FbxAnimEvaluator::ComputeGlobalTransform(const FbxNode& node, FbxNodeEvalSt
     switch (ToInheritType(node.Property(&FbxNode::PropertyIndex::inheritType).Get<int>())) {
       case eInheritRrSs:
         if (!parent->hasParts) {
-          parent->globalRotation = PureRotation(parent->global);
+          parent->globalRotation = PureRotation(*node.GetParent(), parent->global);
           parent->globalScaling = parent->globalRotation.Inverse() * parent->global;
           parent->globalScaling.SetTOnly({0.0, 0.0, 0.0});
           parent->hasParts = true;

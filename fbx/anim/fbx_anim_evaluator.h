@@ -104,8 +104,8 @@ class FbxAnimEvaluator {
   void FindDriversOfLayer(const FbxAnimLayer& layer, size_t index);
   FbxNodeEvalState& StateOf(const FbxNode& node) const;
   FbxNodeEvalState& Compute(const FbxNode& node);
-  // A rotation by the angles of a global matrix.
-  FbxAMatrix PureRotation(const FbxAMatrix& global) const;
+  // A rotation by the angles of the node's global matrix.
+  FbxAMatrix PureRotation(const FbxNode& node, const FbxAMatrix& global) const;
   void ComputeTRSLocal(const FbxNode& node, FbxNodeEvalState& state);
   void ComputeGlobalTransform(const FbxNode& node, FbxNodeEvalState& state,
                               FbxNodeEvalState* parent);

@@ -148,8 +148,8 @@ TEST(AxisConversion, EveryGlobalTransformIsMovedByTheMatrix) {
 }
 
 TEST(AxisConversion, HandednessIsCarriedByTheSignOfTheScaling) {
-  for (const FbxAxisSystem& source :
-       {FbxAxisSystem::DirectX, FbxAxisSystem({0, 1}, {2, 1}, {1, 1})}) {
+  for (const FbxAxisSystem& source : {FbxAxisSystem::DirectX, FbxAxisSystem({0, 1}, {2, 1}, {1, 1}),
+                                      FbxAxisSystem({2, 1}, {1, -1}, {0, -1})}) {
     AnimScene a;
     a.scene->GetGlobalSettings().SetAxisSystem(source);
     BuildZoo(a, {2, 3, 4});
