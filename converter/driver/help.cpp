@@ -32,13 +32,13 @@ constexpr char kListTextureHelp[] =
     "\n"
     "        input fbx file - The file to list the textures from.";
 
-constexpr char kListMeshHelp[] =
+constexpr char listMeshHelp[] =
     "\n"
     "    veltrum -l mesh <input fbx file>\n"
     "        List all the meshes in an FBX, as node names.\n"
     "        <input fbx file> - The file to list the meshes from.\n";
 
-constexpr char kListNodeHelp[] =
+constexpr char listNodeHelp[] =
     "\n"
     "    veltrum -l node <input fbx file>\n"
     "        List out the whole scene graph hierarchy for an FBX file, as node paths.\n"
@@ -85,6 +85,6 @@ void PrintListHelp() {
 
 void PrintListTextureHelp() { Print(kListTextureHelp); }
 
-void PrintListMeshHelp() { Print(kListMeshHelp); }
+void PrintListMeshHelp() { Print(listMeshHelp); }
 
-void PrintListNodeHelp() { Print(kListNodeHelp); }
+void PrintListNodeHelp() { Print(listNodeHelp); }
