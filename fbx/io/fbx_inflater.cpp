@@ -4,12 +4,21 @@
 
 #include <zlib.h>
 
+namespace {
+
+constexpr size_t kMostGrowth = 100;
+// Small files may grow more.
+constexpr size_t kFreeOutput = size_t{32} << 20;
+
+}  // namespace
+
 struct FbxInflater::Stream {
   z_stream state = {};
   ~Stream() { inflateEnd(&state); }
 };
 
-FbxInflater::FbxInflater() = default;
+FbxInflater::FbxInflater(int64_t fileSize)
+    : left_(kFreeOutput + static_cast<size_t>(fileSize) * kMostGrowth) {}
 FbxInflater::~FbxInflater() = default;
 
 bool FbxInflater::Begin() {
@@ -25,7 +34,9 @@ FbxInflater::Result FbxInflater::Inflate(std::string_view& input, char* out, siz
   constexpr size_t kMostAtOnce = size_t{1} << 30;
   z_stream& state = stream_->state;
   const size_t given = std::min(input.size(), kMostAtOnce);
-  const size_t wanted = std::min(room, kMostAtOnce);
+  const size_t wanted = std::min({room, kMostAtOnce, left_});
+  written = 0;
+  if (wanted == 0) return eError;
   // zlib doesn't write to its input, but its interface doesn't say so.
   state.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(input.data()));
   state.avail_in = static_cast<uInt>(given);
@@ -34,6 +45,7 @@ FbxInflater::Result FbxInflater::Inflate(std::string_view& input, char* out, siz
   const int result = inflate(&state, Z_NO_FLUSH);
   input.remove_prefix(given - state.avail_in);
   written = wanted - state.avail_out;
+  left_ -= written;
   if (result == Z_STREAM_END) return eEnd;
   return result == Z_OK || result == Z_BUF_ERROR ? eMore : eError;
 }

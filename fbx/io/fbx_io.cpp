@@ -78,7 +78,7 @@ bool FbxIO::Open(std::unique_ptr<FbxByteSource> source, bool openMainSection,
                  FbxIOFileHeaderInfo* info) {
   source_ = std::move(source);
   blocks_ = std::make_unique<FbxAsciiBlocks>();
-  inflater_ = std::make_unique<FbxInflater>();
+  inflater_ = std::make_unique<FbxInflater>(source_->Size());
   if (!ProjectReadHeader(openMainSection, info)) {
     ProjectClose();
     return false;

@@ -182,7 +182,8 @@ class FbxIO {
   // type decides what the value must be: double 'd', float 'f', int64 and uint64 'l', int32 and
   // uint32 'i', int16 and uint16 'h', int8 and uint8 'c', bool 'b'; in ASCII files any "*N" block
   // of N values does, each converted as a scalar. False, with `out` empty, if there is no such
-  // array or it has no elements. A stream that ends early gives the elements that it holds.
+  // array or it has no elements. A stream that ends early gives the elements that it holds; one
+  // that grows beyond all measure, see FbxInflater, none.
   template <class T>
   bool FieldReadArray(std::vector<T>& out) {
     if (Current() != nullptr) return current_->ReadArray(out);

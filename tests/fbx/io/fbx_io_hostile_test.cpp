@@ -183,6 +183,17 @@ TEST(FbxIOHostile, ArraysThatLie) {
   EXPECT_EQ(read(0, 1, zlib, size), Ints{});
 }
 
+TEST(FbxIOHostile, ArraysOfNothingDontFillTheMemory) {
+  const std::vector<int32_t> zeros(5'000'000);
+  OpenedIO file(MakeFile({{"A", {zeros}}}, {.compress = true}));
+  ASSERT_LT(file.bytes.size(), 50000U);
+  std::vector<int32_t> out;
+  EXPECT_TRUE(file.io.FieldReadArray("A", out));
+  EXPECT_EQ(out, zeros);
+  // All that the file has inflated to counts.
+  EXPECT_FALSE(file.io.FieldReadArray("A", out));
+}
+
 TEST(FbxIOHostile, EndOffsetsMustRiseAndStayInside) {
   const std::string whole = MakeFile({{"A", {1}, {{"B", {2}}}}, {"C", {3}}});
   const size_t outer = whole.find("\1A") - 12;
