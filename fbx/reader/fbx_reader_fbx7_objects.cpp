@@ -18,6 +18,20 @@
 #include "fbx/scene/fbx_pose.h"
 #include "fbx/scene/fbx_scene.h"
 
+namespace {
+
+// Whether the record that the cursor stands on has an id, or its name first. Text files don't tell
+// a number from a text.
+bool BeginsWithId(FbxIO& io) {
+  if (io.IsBinary()) return io.FieldReadGetType() != 'S';
+  if (io.FieldReadGetCount() > 2) return true;
+  std::string_view first = io.FieldReadC();
+  if (first.starts_with('-')) first.remove_prefix(1);
+  return !first.empty() && first.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+}  // namespace
+
 // A rule for the records of a type and a subclass, "" meaning any subclass.
 struct FbxReaderFbx7::ObjectRule {
   using Read = FbxObject* (*)(FbxReaderFbx7&, std::string_view name, const std::string& subclass);
@@ -127,9 +141,8 @@ void FbxReaderFbx7::ReadObjectsOfType(const std::string& type) {
   const int32_t count = io_->FieldGetInstanceCount(type);
   for (int32_t i = 0; i < count; ++i) {
     io_->FieldReadBegin(type, i);
-    // A record without an id has its name first. Text files don't tell a number from a text.
-    const bool hasId =
-        io_->IsBinary() ? io_->FieldReadGetType() != 'S' : io_->FieldReadGetCount() > 2;
+    const bool hasId = BeginsWithId(*io_);
+    io_->FieldReadBegin(type, i);
     const int64_t id = hasId ? io_->FieldReadLL() : 0;
     const std::string name = StripPrefix(io_->FieldReadC());
     const std::string subclass(io_->FieldReadC());

@@ -11,22 +11,20 @@ void ReadNode(FbxIO& io, FbxNode& node) {
 
 void ReadSkeleton(FbxIO& io, FbxSkeleton& skeleton, FbxSkeleton::ESkeletonType type) {
   skeleton.SetSkeletonType(type);
+  const auto move = [&](const char* field, int count) {
+    FbxDouble3 values{};
+    if (!io.FieldReadBegin(field)) return;
+    io.FieldReadDn(values.data(), count);
+    FbxProperty property = skeleton.FindProperty(field);
+    count == 1 ? property.Set(values[0]) : property.Set(values);
+  };
   // Files of the first versions keep these apart from the properties.
-  if (io.FieldReadBegin("Properties")) {
-    if (io.FieldReadBlockBegin()) {
-      const auto move = [&](const char* field, int count) {
-        FbxDouble3 values{};
-        if (!io.FieldReadBegin(field)) return;
-        io.FieldReadDn(values.data(), count);
-        FbxProperty property = skeleton.FindProperty(field);
-        count == 1 ? property.Set(values[0]) : property.Set(values);
-      };
-      move("Size", 1);
-      if (type == FbxSkeleton::eLimb || type == FbxSkeleton::eLimbNode) move("Color", 3);
-      if (type == FbxSkeleton::eLimb) move("LimbLength", 1);
-      io.FieldReadBlockEnd();
-    }
-    io.FieldReadEnd();
+  if (type == FbxSkeleton::eLimb) move("LimbLength", 1);
+  if (type != FbxSkeleton::eEffector && io.FieldReadBegin("Properties") &&
+      io.FieldReadBlockBegin()) {
+    move("Size", 1);
+    if (type != FbxSkeleton::eRoot) move("Color", 3);
+    io.FieldReadBlockEnd();
   }
   ReadProperties(io, skeleton);
 }

@@ -93,6 +93,7 @@ TEST(ReadObjects, PassesOverWhatHasNoBlockNoDefinitionOrAKnownId) {
   objects.push_back(model(1, "second"));
   objects.push_back(FbxRecord("Model", {int64_t{2}, "Model::flat", "Null"}));
   objects.push_back(FbxRecord("Model", {"Model::nameless::id", "Null"}, {{"Version", {232}}}));
+  objects.push_back(FbxRecord("Model", {int64_t{-4}, "Model::kindless"}, {{"Version", {232}}}));
   objects.push_back(FbxRecord("Material", {int64_t{3}, "Material::undefined", ""}, {{"Version"}}));
   for (FbxRecord& record : records) {
     if (record.name == "Definitions") record.Add({"ObjectType", {"Model"}});
@@ -100,7 +101,8 @@ TEST(ReadObjects, PassesOverWhatHasNoBlockNoDefinitionOrAKnownId) {
   for (const bool ascii : {false, true}) {
     const Imported file(WriteFbx(records, {.ascii = ascii}));
     EXPECT_TRUE(file.isLoaded);
-    EXPECT_THAT(file.Names<FbxNode>(), ElementsAre("RootNode", "first", "nameless::id"));
+    EXPECT_THAT(file.Names<FbxNode>(),
+                ElementsAre("RootNode", "first", "nameless::id", "kindless"));
     EXPECT_EQ(file.Find<FbxSurfaceMaterial>("undefined"), nullptr);
   }
 }
@@ -110,7 +112,7 @@ TEST(ReadObjects, ReadsOldFieldsOfBones) {
   SceneBuilder scene;
   scene.AddNodeAttribute(
       "limb", "Limb", {},
-      {{"Properties", {}, {{"Size", {12.5}}, {"Color", {0.1, 0.2, 0.3}}, {"LimbLength", {2.0}}}}});
+      {{"LimbLength", {2.0}}, {"Properties", {}, {{"Size", {12.5}}, {"Color", {0.1, 0.2, 0.3}}}}});
   scene.AddNodeAttribute("root", "Root", {P("Size", {7})},
                          {{"Properties", {}, {{"Size", {12.5}}, {"Color", {0.1, 0.2, 0.3}}}}});
   const Imported file(scene);
