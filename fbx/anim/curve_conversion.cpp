@@ -58,7 +58,9 @@ void FbxCurveConversion::Convert(FbxProperty property) {
     if (!source.IsRoot() || !source.GetFbxObject()->Is<FbxAnimCurveNode>()) continue;
     before.push_back(static_cast<FbxAnimCurveNode*>(source.GetFbxObject()));
   }
-  for (FbxAnimCurveNode* node : before) after.push_back(Converted(*node));
+  for (FbxAnimCurveNode* node : before) {
+    after.push_back(exempt_ && exempt_(*node) ? Kept(*node, property) : Converted(*node));
+  }
   if (after == before) return;
   // All of them, since their order tells which one counts in a layer.
   for (FbxAnimCurveNode* node : before) property.DisconnectSrcObject(node);
@@ -67,7 +69,7 @@ void FbxCurveConversion::Convert(FbxProperty property) {
 
 FbxAnimCurveNode* FbxCurveConversion::Converted(FbxAnimCurveNode& node) {
   const auto [at, added] = nodes_.try_emplace(&node, &node);
-  if (!added || (exempt_ && exempt_(node))) return at->second;
+  if (!added) return at->second;
   const std::vector<FbxProperty>& users = node.RootProperty().Destinations();
   const bool shared = std::any_of(users.begin(), users.end(), [this](const FbxProperty& user) {
     return !user.IsRoot() && !converted_(user);
@@ -78,6 +80,25 @@ FbxAnimCurveNode* FbxCurveConversion::Converted(FbxAnimCurveNode& node) {
   }
   Permute(*nodes_.at(&node));
   return nodes_.at(&node);
+}
+
+// Where an exempt curve node shows the value of the property, which has been converted, it goes on
+// showing what that was.
+FbxAnimCurveNode* FbxCurveConversion::Kept(FbxAnimCurveNode& node, const FbxProperty& property) {
+  const auto converted = property.Get<FbxDouble3>();
+  FbxDouble3 before{};
+  for (size_t i = 0; i < 3; ++i) {
+    before[axes_.from[i]] = axes_.sign[i] < 0 ? 0.0 - converted[i] : converted[i];
+  }
+  FbxAnimCurveNode* kept = &node;
+  for (size_t i = 0; i < 3; ++i) {
+    const FbxProperty channel = node.GetChannel(kChannels[i]);
+    if (channel.Modified() || channel.GetSrcObjectCount<FbxAnimCurve>() > 0) continue;
+    const bool isShared = node.RootProperty().GetDstPropertyCount() > 1;
+    if (isShared && kept == &node) kept = Copy(node);
+    kept->CreateChannel(kChannels[i], FbxDoubleDT).Set(before[i]);
+  }
+  return kept;
 }
 
 // A curve node of the same layers with the same curves, connected to no property.

@@ -27,17 +27,19 @@ struct FbxAxisPermutation {
 
 class FbxCurveConversion {
  public:
-  // Curve nodes that are `exempt` (the second argument, if given) stay as they are. `converted`
-  // tells of any property whether it is among those that Convert will be called with.
+  // The animation of curve nodes that are `exempt` (the second argument, if given) stays as it is.
+  // `converted` tells of any property whether it is among those that Convert will be called with.
   FbxCurveConversion(FbxScene& scene, const FbxAxisPermutation& axes,
                      std::function<bool(const FbxProperty&)> converted,
                      std::function<bool(const FbxAnimCurveNode&)> exempt = {});
 
-  // Converts the curve nodes of a property, in every layer and stack.
+  // Converts the curve nodes of a property, whose own value has been converted, in every layer and
+  // stack.
   void Convert(FbxProperty property);
 
  private:
   FbxAnimCurveNode* Converted(FbxAnimCurveNode& node);
+  FbxAnimCurveNode* Kept(FbxAnimCurveNode& node, const FbxProperty& property);
   FbxAnimCurveNode* Copy(const FbxAnimCurveNode& node);
   void Permute(FbxAnimCurveNode& node);
   FbxAnimCurve* Negated(FbxAnimCurve& curve, bool inPlace);

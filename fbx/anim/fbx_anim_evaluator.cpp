@@ -97,6 +97,14 @@ void ScaleRows(FbxAMatrix& matrix, const FbxVector4& scaling) {
   matrix = FbxAMatrix(rows);
 }
 
+// The local transform where the parent's global one, flattened by a scaling of 0, doesn't tell it.
+FbxAMatrix OwnTransform(const FbxTransform& transform, const FbxNodeEvalState& state) {
+  FbxAMatrix matrix = transform.DoF2LRM(state.rotation);
+  matrix.SetTOnly(transform.DoF2LT(state.translation, matrix, state.scaling));
+  ScaleRows(matrix, state.scaling);
+  return matrix;
+}
+
 }  // namespace
 
 FbxAnimEvaluator::FbxAnimEvaluator(const FbxScene* scene) : scene_(scene) { Reset(); }
@@ -119,8 +127,13 @@ const FbxNodeEvalState& FbxAnimEvaluator::GetNodeEvalStateWithLocal(const FbxNod
   FbxNodeEvalState& state = StateOf(node);
   if (!state.hasLocal) {
     const FbxNode* parent = node.GetParent();
-    state.local =
-        parent == nullptr ? state.global : StateOf(*parent).global.Inverse() * state.global;
+    if (parent == nullptr) {
+      state.local = state.global;
+    } else if (const FbxAMatrix& above = StateOf(*parent).global; !above.IsFlat()) {
+      state.local = above.Inverse() * state.global;
+    } else {
+      state.local = OwnTransform(node.GetTransform(), state);
+    }
     state.hasLocal = true;
   }
   return state;

@@ -9,6 +9,9 @@ namespace {
 constexpr double kRadians = std::numbers::pi / 180.0;
 constexpr double kDegrees = 180.0 / std::numbers::pi;
 
+// The volume of three rows of length 1 below which they lie in a plane, but for rounding.
+constexpr double kFlatness = 1e-12;
+
 // The axes in the order in which they rotate. All orders share the formulas of XYZ with the axes
 // renamed; renaming by an odd permutation mirrors the frame, which turns the sense of the angles.
 struct AxisOrder {
@@ -185,7 +188,8 @@ void FbxAMatrix::SetS(const FbxVector4& s) {
 FbxVector4 FbxAMatrix::GetS() const {
   const FbxVector4 x = Row(m_, 0), y = Row(m_, 1), z = Row(m_, 2);
   FbxVector4 s(x.Length(), y.Length(), z.Length());
-  if (x.CrossProduct(y).DotProduct(z) < 0.0) {
+  // Of a flat matrix the sign of the volume is rounding.
+  if (x.CrossProduct(y).DotProduct(z) < -kFlatness * s[0] * s[1] * s[2]) {
     s[0] = -s[0];
     s[1] = -s[1];
   }
@@ -213,6 +217,12 @@ FbxAMatrix FbxAMatrix::GetPureRotation() const {
   FbxAMatrix rotation;
   WriteTurns(rotation.m_, turns, kAxisTable[eEulerXYZ]);
   return rotation;
+}
+
+bool FbxAMatrix::IsFlat() const {
+  const FbxVector4 x = Row(m_, 0), y = Row(m_, 1), z = Row(m_, 2);
+  const double volume = std::abs(x.CrossProduct(y).DotProduct(z));
+  return volume <= kFlatness * x.Length() * y.Length() * z.Length();
 }
 
 FbxAMatrix FbxAMatrix::Inverse() const {

@@ -57,6 +57,9 @@ class FbxAMatrix {
   FbxQuaternion GetQ() const;
   FbxAMatrix GetPureRotation() const;
 
+  // Whether the images of the axes lie in one plane, but for rounding: what the inverse of such a
+  // matrix holds, if it has one, is noise.
+  bool IsFlat() const;
   // The inverse; the identity for a matrix that has none.
   FbxAMatrix Inverse() const;
   // The image of a point; its w is 1.

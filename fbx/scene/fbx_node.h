@@ -58,7 +58,8 @@ class FbxNode : public FbxObject {
   FbxAMatrix EvaluateGlobalTransform(FbxTime time = FbxTime::Infinite(),
                                      EPivotSet set = eSourcePivot, bool applyTarget = false,
                                      bool forceEval = false) const;
-  // The inverse of the parent's global transform times this node's.
+  // The inverse of the parent's global transform times this node's; the node's own transform where
+  // a scaling of 0 leaves the parent's without an inverse.
   FbxAMatrix EvaluateLocalTransform(FbxTime time = FbxTime::Infinite(),
                                     EPivotSet set = eSourcePivot, bool applyTarget = false,
                                     bool forceEval = false) const;

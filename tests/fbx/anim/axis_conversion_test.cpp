@@ -157,8 +157,13 @@ TEST(AxisConversion, HandednessIsCarriedByTheSignOfTheScaling) {
     FbxAnimStack* stack = a.scene->GetCurrentAnimationStack();
     for (const char* axis : {"X", "Y", "Z"}) {
       a.Drive(stack->GetLayer(0), top->LclScaling(), axis, {1, 3, 1});
-      a.Drive(stack->GetLayer(1), top->LclScaling(), axis, {1, 1, 5});
     }
+    // A factor whose Z is the property's value, used by a node below, too.
+    FbxAnimCurveNode* factor = nullptr;
+    for (const char* axis : {"X", "Y"}) {
+      factor = a.Drive(stack->GetLayer(1), top->LclScaling(), axis, {1, 1, 5});
+    }
+    top->GetChild(0)->LclScaling().ConnectSrcObject(factor);
     ExpectConverted(a, FbxAxisSystem::Max);
   }
 }

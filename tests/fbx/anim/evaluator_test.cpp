@@ -83,6 +83,10 @@ TEST(NodeTransform, InheritTypesPassScalingOn) {
   ExpectNear(
       children[2]->EvaluateGlobalTransform(FbxTime::Infinite(), FbxNode::eSourcePivot, false, true),
       T(1, 0, 0) * R(0, 0, 90) * R(30, 40, 50) * S(1, 5, 1));
+  // Its children's local transforms, which the global ones don't tell any more, are their own.
+  for (const FbxNode* child : children) {
+    ExpectNear(child->EvaluateLocalTransform(), T(1, 0, 0) * R(30, 40, 50) * S(1, 5, 1));
+  }
 }
 
 TEST(NodeTransform, LimitsClampEachAxisWhereSet) {
