@@ -85,10 +85,10 @@ class FbxProperty {
   void SetValueInheritType(EInheritType type);
   bool Modified() const { return GetValueInheritType() == eOverride; }
 
-  // Converts the value into `*out`, whose type `type` names: numbers among each other; vectors of
-  // doubles, the shorter taking the first components and the rest of a longer target left as it is;
-  // a vector's first component into a double; time into seconds; anything into FbxString. False,
-  // with `*out` untouched, for a pair without a rule.
+  // Converts the value into `*out`, whose type `type` names: numbers among each other; three
+  // doubles and four, the shorter taking the first components and the rest of a longer target left
+  // as it is; a vector's first component into a double; time into seconds; anything into FbxString.
+  // False, with `*out` untouched, for a pair without a rule.
   bool Get(void* out, EFbxType type) const;
   // As Get, by the type of T: bool, the integer types, float, double, FbxDouble2, FbxDouble3,
   // FbxDouble4, FbxDouble4x4, FbxString, FbxTime. A T() when there is no rule.

@@ -84,9 +84,12 @@ bool GetScalar(const FbxPropertyValue& value, void* out) {
 template <typename Vector>
 bool GetVector(const FbxPropertyValue& value, void* out) {
   const std::span<const double> components = Components(value);
-  const bool matrix = components.size() == std::tuple_size_v<FbxDouble4x4>;
-  if (matrix != std::is_same_v<Vector, FbxDouble4x4> || components.size() < 2) return false;
   Vector& target = *static_cast<Vector*>(out);
+  const auto isThreeOrFour = [](size_t size) { return size == 3 || size == 4; };
+  if (components.size() != target.size() &&
+      !(isThreeOrFour(components.size()) && isThreeOrFour(target.size()))) {
+    return false;
+  }
   std::copy_n(components.begin(), std::min(components.size(), target.size()), target.begin());
   return true;
 }

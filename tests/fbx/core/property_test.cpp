@@ -76,6 +76,7 @@ TEST_F(PropertyTest, LeavesTheTargetAloneWithoutARule) {
   EXPECT_FALSE(text.Get(&whole, eFbxInt));
   EXPECT_FALSE(Make("number", "Number", 1.0).Get(&triple, eFbxDouble3));
   EXPECT_FALSE(Make("four", "Vector4", FbxDouble4{}).Get(&matrix, eFbxDouble4x4));
+  EXPECT_FALSE(Make("two", "Vector2", FbxDouble2{}).Get(&triple, eFbxDouble3));
   EXPECT_FALSE(Make("whole", "Integer", 1).Get(&time, eFbxTime));
   EXPECT_TRUE(whole == 7 && triple[0] == 7 && time.Get() == 7);
   EXPECT_FALSE(node->FindProperty("Lcl Scaling").Set("text"));
