@@ -16,19 +16,20 @@ FBX_OBJECT_DEFINE(FbxAnimCurveBase, FbxObject, "", "", nullptr)
 FBX_OBJECT_DEFINE(FbxAnimCurve, FbxAnimCurveBase, "AnimationCurve", "", nullptr)
 FBX_OBJECT_DEFINE(FbxAnimCurveNode, FbxObject, "AnimationCurveNode", "", DeclareCurveNode)
 
-std::vector<FbxProperty> FbxAnimCurveNode::Channels() const {
+const std::vector<FbxProperty>& FbxAnimCurveNode::Channels() const {
   const FbxProperty parent = FindProperty(kChannels);
-  std::vector<FbxProperty> channels;
-  for (FbxProperty p = GetFirstProperty(); p.IsValid(); p = GetNextProperty(p)) {
-    if (p.IsChildOf(parent) && p.GetPropertyDataType().HasValue()) channels.push_back(p);
+  FbxProperty p = lastSeen_.IsValid() ? GetNextProperty(lastSeen_) : GetFirstProperty();
+  for (; p.IsValid(); p = GetNextProperty(p)) {
+    if (p.IsChildOf(parent) && p.GetPropertyDataType().HasValue()) channels_.push_back(p);
+    lastSeen_ = p;
   }
-  return channels;
+  return channels_;
 }
 
 int FbxAnimCurveNode::GetChannelsCount() const { return static_cast<int>(Channels().size()); }
 
 FbxProperty FbxAnimCurveNode::GetChannel(int channel) const {
-  const std::vector<FbxProperty> channels = Channels();
+  const std::vector<FbxProperty>& channels = Channels();
   return channel < 0 || static_cast<size_t>(channel) >= channels.size()
              ? FbxProperty()
              : channels[static_cast<size_t>(channel)];
@@ -42,21 +43,13 @@ FbxProperty FbxAnimCurveNode::CreateChannel(const char* name, FbxDataType type) 
   return FbxProperty::Create(FindProperty(kChannels), type, name);
 }
 
-FbxString FbxAnimCurveNode::GetChannelName(int channel) const {
-  return GetChannel(channel).GetName();
-}
-
 int FbxAnimCurveNode::GetChannelIndex(const char* name) const {
-  const std::vector<FbxProperty> channels = Channels();
+  const std::vector<FbxProperty>& channels = Channels();
   const FbxProperty channel = GetChannel(name);
   for (size_t i = 0; i < channels.size(); ++i) {
     if (channels[i] == channel) return static_cast<int>(i);
   }
   return -1;
-}
-
-double FbxAnimCurveNode::GetChannelValue(int channel) const {
-  return GetChannel(channel).Get<double>();
 }
 
 int FbxAnimCurveNode::GetCurveCount(int channel) const {

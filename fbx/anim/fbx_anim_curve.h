@@ -28,7 +28,6 @@ class FbxAnimCurveNode : public FbxObject {
   FBX_OBJECT(FbxAnimCurveNode)
   // Channels are the properties below the compound property "d", as X, Y and Z of a translation.
   int GetChannelsCount() const;
-  FbxString GetChannelName(int channel) const;
   // -1 for an unknown name, which is given without the compound's.
   int GetChannelIndex(const char* name) const;
   // Invalid handles for an index out of range and an unknown name.
@@ -36,12 +35,15 @@ class FbxAnimCurveNode : public FbxObject {
   FbxProperty GetChannel(const char* name) const;
   // The channel of that name, made if there is none.
   FbxProperty CreateChannel(const char* name, FbxDataType type);
-  // The channel's value where no curve drives it.
-  double GetChannelValue(int channel) const;
   // The curves of a channel in connection order.
   int GetCurveCount(int channel) const;
   FbxAnimCurve* GetCurve(int channel, int index = 0) const;
 
  private:
-  std::vector<FbxProperty> Channels() const;
+  const std::vector<FbxProperty>& Channels() const;
+
+  // The channels among the properties up to `lastSeen_`. Properties are only ever appended, so each
+  // is looked at once, however many ask for a channel.
+  mutable std::vector<FbxProperty> channels_;
+  mutable FbxProperty lastSeen_;
 };

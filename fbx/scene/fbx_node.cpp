@@ -205,10 +205,6 @@ void FbxNode::UpdatePivotsAndLimitsFromProperties() {
       static_cast<EFbxRotationOrder>(Property(&PropertyIndex::rotationOrder).Get<int>()));
   t.rotationActive = flag(&PropertyIndex::rotationActive);
   t.rotationSpaceForLimitOnly = flag(&PropertyIndex::rotationSpaceForLimitOnly);
-  const int inheritType = Property(&PropertyIndex::inheritType).Get<int>();
-  t.inheritType = inheritType == eInheritRSrs || inheritType == eInheritRrs
-                      ? static_cast<EFbxInheritType>(inheritType)
-                      : eInheritRrSs;
   t.translationLimits =
       limits(&PropertyIndex::translationActive, &PropertyIndex::translationMin,
              &PropertyIndex::translationMax, &PropertyIndex::translationLimitFlags);

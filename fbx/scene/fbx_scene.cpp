@@ -71,7 +71,6 @@ void FbxScene::FixInheritType(FbxNode* node) {
       if (child->GetCorrectInheritType() && isSkeleton(*child) && !isSkeleton(parent) &&
           type.Get<int>() == eInheritRrs) {
         type.Set(int{eInheritRSrs});
-        child->UpdatePivotsAndLimitsFromProperties();
       }
     }
   }

@@ -1,5 +1,5 @@
 // The fixed parts of a node's transform: what a node's properties say about rotation order, pre and
-// post rotation, pivots, limits and inheritance, in the form in which the evaluator needs them.
+// post rotation, pivots and limits, in the form in which the evaluator needs them.
 #pragma once
 
 #include <array>
@@ -33,7 +33,6 @@ struct FbxTransform {
   FbxRotationOrder rotationOrder{eEulerXYZ};
   bool rotationActive = false;
   bool rotationSpaceForLimitOnly = false;
-  EFbxInheritType inheritType = eInheritRrSs;
 
   FbxLimits translationLimits;
   FbxLimits rotationLimits;

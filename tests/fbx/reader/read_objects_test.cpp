@@ -127,15 +127,12 @@ TEST(ReadObjects, ReadsOldFieldsOfBones) {
 
 TEST(ReadObjects, CopiesPivotsOfNodes) {
   SceneBuilder scene;
-  scene.AddModel("Node", "Null",
-                 {P("RotationPivot", {1, 2, 3}), P("PreRotation", {0, 0, 90}),
-                  P("InheritType", "enum", "", "", {1})});
+  scene.AddModel("Node", "Null", {P("RotationPivot", {1, 2, 3}), P("PreRotation", {0, 0, 90})});
   const Imported file(scene);
   const FbxTransform& transform = file.Node("Node").GetTransform();
   EXPECT_TRUE(transform.hasRotationPivot && transform.hasPreRotation);
   EXPECT_FALSE(transform.hasScalingPivot);
   EXPECT_EQ(transform.rotationPivot[2], 3.0);
-  EXPECT_EQ(transform.inheritType, eInheritRSrs);
 }
 
 TEST(ReadCurves, ReadsKeysAttributesAndExtrapolation) {

@@ -81,7 +81,6 @@ TEST_F(SceneTest, CorrectsInheritTypesOfMarkedBonesUnderOtherNodes) {
     return node->FindProperty("InheritType").Get<int>();
   };
   EXPECT_EQ(type(bone), eInheritRSrs);
-  EXPECT_EQ(bone->GetTransform().inheritType, eInheritRSrs);
   EXPECT_EQ(type(below), eInheritRrs);
   EXPECT_EQ(type(unmarked), eInheritRrs);
 }
