@@ -54,7 +54,7 @@ void RebuildTargetShapes(FbxScene& scene) {
   const int count = scene.GetSrcObjectCount<FbxShape>();
   for (int i = 0; i < count; ++i) {
     const FbxShape& shape = *scene.GetSrcObject<FbxShape>(i);
-    if (shape.indices.empty() || shape.normalOffsets.empty()) continue;
+    if (shape.normalOffsets.empty()) continue;
     FbxGeometry* base = shape.GetBaseGeometry();
     if (base != nullptr && base->Is<FbxMesh>() && base->GetElementNormalCount() == 0) {
       GenerateNormals(static_cast<FbxMesh&>(*base));

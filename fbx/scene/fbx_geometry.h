@@ -90,8 +90,8 @@ class FbxShape : public FbxGeometryBase {
   const std::vector<FbxVector4>& ControlPoints() const override;
 
   std::vector<int> indices;               // of the base's control points
-  std::vector<FbxVector4> offsets;        // parallel to the indices
-  std::vector<FbxVector4> normalOffsets;  // parallel to the indices, or empty
+  std::vector<FbxVector4> offsets;        // parallel to the indices; may be shorter
+  std::vector<FbxVector4> normalOffsets;  // the same
 
  protected:
   // Normals are by control point where the geometry's are, else by corner. Where the geometry has

@@ -163,7 +163,9 @@ TEST(ReadDeformers, ShapesTurnTheNormalsOfTheirPoints) {
   for (const FbxRecords& normals : {byPolygon, FbxRecords{}}) {
     ShapeScene scene(normals);
     scene.AddShape("one", shape);
+    scene.AddShape("none", {{"Normals", {std::vector<double>{1, 0, 0}}}});
     const Imported file(scene);
+    EXPECT_EQ(file.Find<FbxShape>("none")->GetElementNormal(), nullptr);
     EXPECT_EQ(file.Find<FbxMesh>("mesh")->GetElementNormalCount(), 1);
     const FbxLayerElementNormal* element = file.Find<FbxShape>("one")->GetElementNormal();
     ASSERT_NE(element, nullptr);
