@@ -149,7 +149,7 @@ bool ExportMesh::FillInControlPointsForMesh(GroupMesh& mesh, const FbxNode* node
                 mesh.holder->name.c_str());
     dumpTransformTree(node);
   }
-  if (args_.verbosity >= 2) PrintMeshMatrices(*mesh.holder, mesh.meshInit);
+  if (args_.verbosity >= 2) PrintMeshMatrices(node, *mesh.holder, mesh.meshInit);
   if (points.empty()) return false;
 
   mesh.controlPointCount = static_cast<uint32_t>(points.size());

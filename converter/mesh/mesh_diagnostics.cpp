@@ -32,9 +32,9 @@ void PrintTitledMatrix(const char* title, const FbxAMatrix& matrix) {
   dumpMatrixInfo(matrix);
 }
 
-void PrintMeshMatrices(MeshHolder_& holder, const FbxAMatrix& meshInit) {
+void PrintMeshMatrices(const FbxNode* node, MeshHolder_& holder, const FbxAMatrix& meshInit) {
   PrintTitledMatrix("global position:", meshInit);
-  PrintTitledMatrix("pose:", getBindPoseMatrix(holder.node));
+  PrintTitledMatrix("pose:", getBindPoseMatrix(node));
   for (const auto& [bone, cluster] : GetClusterMap({&holder})) {
     FbxAMatrix transform;
     cluster->GetTransformMatrix(transform);

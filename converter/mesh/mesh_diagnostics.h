@@ -18,7 +18,7 @@ void dumpControlPoints(const std::vector<FbxVector4>& points, const FbxAMatrix& 
 void dumpTransformTree(const FbxNode* node);
 // The matrix under a title of its own line.
 void PrintTitledMatrix(const char* title, const FbxAMatrix& matrix);
-// meshInit, the node's bind pose and its clusters' transforms.
-void PrintMeshMatrices(MeshHolder_& holder, const FbxAMatrix& meshInit);
+// meshInit, the node's bind pose and the transforms of the mesh's clusters.
+void PrintMeshMatrices(const FbxNode* node, MeshHolder_& holder, const FbxAMatrix& meshInit);
 // The note on a channel of which only the last target is exported.
 void PrintIgnoredTargets(const MorphSource& source);
