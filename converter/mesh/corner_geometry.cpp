@@ -10,15 +10,17 @@ namespace {
 // in the cheap form and in the full one together.
 constexpr double kRounding = 64.0 * std::numeric_limits<double>::epsilon();
 
-// The same for distances from the edges and the plane of a triangle that is no sliver.
-constexpr double kLeastSine = 1e-5;
-constexpr double kSlack = 1e-9;
-
 FbxDouble3 Subtract(const FbxDouble3& a, const FbxDouble3& b) {
   return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
 }
 FbxDouble3 Cross(const FbxDouble3& a, const FbxDouble3& b) {
   return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+FbxDouble3 Sum(const FbxDouble3& a, const FbxDouble3& b) {
+  return {a[0] + b[0], a[1] + b[1], a[2] + b[2]};
+}
+FbxDouble3 Scaled(const FbxDouble3& a, double factor) {
+  return {a[0] * factor, a[1] * factor, a[2] * factor};
 }
 double Dot(const FbxDouble3& a, const FbxDouble3& b) {
   return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
@@ -29,6 +31,22 @@ FbxDouble3 Normalized(const FbxDouble3& a) {
   FbxVector4 vector(a);
   vector.Normalize();
   return vector.Xyz();
+}
+
+struct Range {
+  double low;
+  double high;
+};
+
+// Of square * t * t + linear * t + middle for t in [-1, 1].
+Range RangeOfQuadratic(double square, double linear, double middle) {
+  Range range{middle + square - std::abs(linear), middle + square + std::abs(linear)};
+  if (std::abs(linear) < 2.0 * std::abs(square)) {
+    const double extreme = middle - 0.25 * linear * linear / square;
+    range.low = std::min(range.low, extreme);
+    range.high = std::max(range.high, extreme);
+  }
+  return range;
 }
 
 }  // namespace
@@ -58,18 +76,30 @@ bool VecNearZero(const FbxVector4& vector, double tolerance) {
          std::abs(vector[2]) <= tolerance;
 }
 
+void OrientedBox::SetAxes(const FbxVector4& first, const FbxVector4& second) {
+  axes[0] = first.IsZero(3) ? FbxDouble3{1.0, 0.0, 0.0} : first.Xyz();
+  FbxDouble3 other = second.Xyz();
+  if (second.IsZero(3)) {
+    other = std::abs(axes[0][0]) < 0.5 ? FbxDouble3{1.0, 0.0, 0.0} : FbxDouble3{0.0, 1.0, 0.0};
+  }
+  axes[1] = Normalized(Subtract(other, Scaled(axes[0], Dot(other, axes[0]))));
+  axes[2] = Cross(axes[0], axes[1]);
+}
+
+void OrientedBox::Extend(const FbxDouble3& point) {
+  const FbxDouble3 offset = Subtract(point, origin);
+  for (size_t i = 0; i < 3; ++i) {
+    const double t = Dot(offset, axes[i]);
+    from[i] = std::min(from[i], t);
+    to[i] = std::max(to[i], t);
+  }
+}
+
 EarTriangle::EarTriangle(const FbxVector4& previous, const FbxVector4& corner,
                          const FbxVector4& next)
     : corners_{corner, next, previous} {
   for (size_t i = 0; i < 3; ++i) {
     edges_[i] = Normalized(Subtract(corners_[i].Xyz(), corners_[(i + 2) % 3].Xyz()));
-  }
-  const FbxDouble3 across = Cross(edges_[0], edges_[1]);
-  hasPlane_ = LengthBound(across) > kLeastSine;
-  normal_ = Normalized(across);
-  for (size_t i = 0; i < 3; ++i) {
-    inward_[i] = Cross(normal_, edges_[i]);
-    size_ = std::max(size_, LengthBound(Subtract(corners_[i].Xyz(), corners_[0].Xyz())));
   }
 }
 
@@ -112,66 +142,61 @@ bool EarTriangle::ContainsExactly(const FbxVector4& point) const {
   return is12Negative == is23Negative && is23Negative == (c3.DotProduct(c1) < 0.0);
 }
 
-// The product of the directions across two edges is that of the distances from them, up to the
-// square of the height above the plane. For a point on opposite sides of two edges their product is
-// negative, and those with the third edge have different signs: unless the height, or rounding,
-// outweighs its distance `side` from the third edge, one of them is positive.
-bool EarTriangle::IsClearBesideEdge(double side, double height, double reach,
-                                    double distance) const {
-  return side > 0.0 && side * distance > 2.0 * height * height + kRounding * reach * reach;
-}
-
-EarTriangle::Outlook EarTriangle::Look(const FbxDouble3& boxMin, const FbxDouble3& boxMax,
-                                       bool isFlat, const Outlook& known) const {
-  if (!hasPlane_) return {};
-  FbxDouble3 center;
-  FbxDouble3 half;
-  for (size_t i = 0; i < 3; ++i) {
-    center[i] = 0.5 * (boxMin[i] + boxMax[i]);
-    half[i] = 0.5 * (boxMax[i] - boxMin[i]);
+// The direction across an edge is linear in the point, so that the product of two of them is a
+// quadratic polynomial. Its range over the first two axes of the box is known but for one term;
+// what the third adds is bounded. Corners far along the line of an edge, as a comb has thousands,
+// are told from points inside by nothing less: their distances from the edge and from the plane,
+// both near 0, decide together.
+bool EarTriangle::IsClearOf(const OrientedBox& box, bool isFlat) const {
+  FbxDouble3 toCenter{};
+  std::array<FbxDouble3, 3> halves;
+  double size = 0.0;
+  for (size_t a = 0; a < 3; ++a) {
+    const double half = 0.5 * (box.to[a] - box.from[a]);
+    toCenter = Sum(toCenter, Scaled(box.axes[a], box.from[a] + half));
+    halves[a] = Scaled(box.axes[a], half);
+    size += half;
   }
-  const auto spread = [&half](const FbxDouble3& direction) {
-    return std::abs(direction[0]) * half[0] + std::abs(direction[1]) * half[1] +
-           std::abs(direction[2]) * half[2];
+  // The direction across an edge at the center, and what half the box adds to it along each axis.
+  struct Across {
+    FbxDouble3 center;
+    std::array<FbxDouble3, 3> halves;
+    double reach;
   };
-  const FbxDouble3 toCenter = Subtract(center, corners_[0].Xyz());
-  const double reach = LengthBound(toCenter) + LengthBound(half) + size_;
-  const double slack = kSlack * reach;
-  // How far off the plane points of the box are at most.
-  const double height = std::abs(Dot(toCenter, normal_)) + spread(normal_) + slack;
-  // How far they are from an edge at least, with the side as the sign; 0 if they may lie on it.
-  const auto sideOf = [&](size_t edge) {
-    const double distance = Dot(Subtract(center, corners_[edge].Xyz()), inward_[edge]);
-    const double margin = spread(inward_[edge]) + slack;
-    return distance > margin ? distance - margin : distance < -margin ? distance + margin : 0.0;
-  };
-  if (known.openEdge >= 0) {
-    Outlook outlook = known;
-    const double side = std::abs(sideOf(static_cast<size_t>(known.openEdge)));
-    outlook.isClear = IsClearBesideEdge(side, height, reach, known.distance);
-    return outlook;
-  }
-  const std::array<double, 3> sides{sideOf(0), sideOf(1), sideOf(2)};
+  std::array<Across, 3> across;
   for (size_t i = 0; i < 3; ++i) {
-    const size_t j = (i + 1) % 3;
-    const size_t open = (i + 2) % 3;
-    if (!(sides[i] * sides[j] < 0.0)) continue;
-    // In a flat polygon all directions are along one axis: two opposite ones are enough.
-    if (isFlat) return {.isClear = true};
-    const double distance = std::min(std::abs(sides[i]), std::abs(sides[j]));
-    if (!IsClearBesideEdge(distance, height, reach, distance)) continue;
-    return {IsClearBesideEdge(std::abs(sides[open]), height, reach, distance),
-            static_cast<int>(open), distance};
+    const FbxDouble3 offset = Sum(Subtract(box.origin, corners_[i].Xyz()), toCenter);
+    across[i].center = Cross(edges_[i], offset);
+    for (size_t a = 0; a < 3; ++a) across[i].halves[a] = Cross(edges_[i], halves[a]);
+    across[i].reach = LengthBound(offset) + size;
   }
-  return {};
-}
-
-bool EarTriangle::IsClear(const FbxDouble3& point, const Outlook& known) const {
-  const auto edge = static_cast<size_t>(known.openEdge);
-  const FbxDouble3 offset = Subtract(point, corners_[edge].Xyz());
-  const double reach = LengthBound(offset) + size_;
-  const double slack = kSlack * reach;
-  const double side = std::abs(Dot(offset, inward_[edge])) - slack;
-  const double height = std::abs(Dot(offset, normal_)) + slack;
-  return IsClearBesideEdge(side, height, reach, known.distance);
+  bool isNegative = false;
+  bool isPositive = false;
+  for (size_t i = 0; i < 3; ++i) {
+    const Across& p = across[i];
+    const Across& q = across[(i + 1) % 3];
+    // Terms of the product for a point at (t, u, v), each in [-1, 1], along the halves.
+    const auto linear = [&](size_t a) {
+      return Dot(p.center, q.halves[a]) + Dot(p.halves[a], q.center);
+    };
+    const auto mixed = [&](size_t a, size_t b) {
+      return Dot(p.halves[a], q.halves[b]) + Dot(p.halves[b], q.halves[a]);
+    };
+    const auto square = [&](size_t a) { return Dot(p.halves[a], q.halves[a]); };
+    const double middle = Dot(p.center, q.center);
+    const double t = linear(0);
+    const double tt = square(0);
+    const double u = linear(1);
+    const double tu = mixed(0, 1);
+    // But for its square, u counts most at its ends.
+    const Range left = RangeOfQuadratic(tt, t - tu, middle - u);
+    const Range right = RangeOfQuadratic(tt, t + tu, middle + u);
+    const double margin = std::abs(square(1)) + std::abs(linear(2)) + std::abs(mixed(0, 2)) +
+                          std::abs(mixed(1, 2)) + std::abs(square(2)) +
+                          2.0 * kRounding * p.reach * q.reach;
+    isNegative = isNegative || std::max(left.high, right.high) < -margin;
+    isPositive = isPositive || std::min(left.low, right.low) > margin;
+  }
+  // In a flat polygon all directions are along one axis: two opposite ones are enough.
+  return isNegative && (isPositive || isFlat);
 }

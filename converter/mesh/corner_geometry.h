@@ -19,6 +19,21 @@ bool IsConvexCorner(const FbxVector4& previous, const FbxVector4& corner, const 
 // Whether x, y and z lie within `tolerance` of 0, ends included.
 bool VecNearZero(const FbxVector4& vector, double tolerance);
 
+// A box around points, along axes of its own: origin + the sum of t[i] * axes[i] with t[i] in
+// [from[i], to[i]]. Corners of a polygon stand in rows of any direction; a box along a row is thin
+// and tells much of all of them at once.
+struct OrientedBox {
+  FbxDouble3 origin{};
+  std::array<FbxDouble3, 3> axes{};  // of length 1 and across each other
+  FbxDouble3 from{};
+  FbxDouble3 to{};
+
+  // From the directions of two axes; one that is zero is chosen freely.
+  void SetAxes(const FbxVector4& first, const FbxVector4& second);
+  // Makes it reach the point.
+  void Extend(const FbxDouble3& point);
+};
+
 // The triangle that an ear would cut off, prepared for tests of many points.
 class EarTriangle {
  public:
@@ -28,29 +43,13 @@ class EarTriangle {
   // are on the same side. For points off the plane that says more than its name.
   bool Contains(const FbxVector4& point) const;
 
-  // What is known of the points of a box: that none of them can be inside; or that all of them lie
-  // on opposite sides of two edges, at least so far away, so that the third decides. That holds for
-  // every box within it, too.
-  struct Outlook {
-    bool isClear = false;
-    int openEdge = -1;
-    double distance = 0.0;
-  };
-  // `known` is what is known of a box around this one. With `isFlat` the box and the triangle lie
-  // in one plane across an axis, exactly.
-  Outlook Look(const FbxDouble3& boxMin, const FbxDouble3& boxMax, bool isFlat,
-               const Outlook& known) const;
-  // The same for a point of such a box: true only if it can't be inside.
-  bool IsClear(const FbxDouble3& point, const Outlook& known) const;
+  // True only if no point of the box can be inside. With `isFlat` the points and the triangle lie
+  // in one plane across an axis of the space, exactly.
+  bool IsClearOf(const OrientedBox& box, bool isFlat) const;
 
  private:
   bool ContainsExactly(const FbxVector4& point) const;
-  bool IsClearBesideEdge(double side, double height, double reach, double distance) const;
 
   std::array<FbxVector4, 3> corners_;  // the end of each edge: corner, next, previous
   std::array<FbxDouble3, 3> edges_;    // into that end, of length 1
-  std::array<FbxDouble3, 3> inward_;   // across each edge in the plane
-  FbxDouble3 normal_{};
-  double size_ = 0.0;      // no corner is further from another
-  bool hasPlane_ = false;  // false for a sliver, whose plane rounding leaves open
 };

@@ -1,5 +1,5 @@
-// A tree of boxes over the corners of a large polygon, in which corners are switched on and off:
-// finds one that lies inside an ear without looking at all of them.
+// A tree over the corners of a large polygon, in which corners are switched on and off: finds one
+// that lies inside an ear without looking at all of them.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +10,8 @@
 
 class PointTree {
  public:
-  // `points` must stay alive, and be finite. All are off.
-  explicit PointTree(const std::vector<FbxVector4>& points);
+  // `points` must stay alive, and be finite. Those are on whose entry in `isOn` says so.
+  PointTree(const std::vector<FbxVector4>& points, const std::vector<bool>& isOn);
 
   void Switch(uint32_t point, bool on);
   // A point that is on, inside the triangle and none of its corners; -1 if there is none.
@@ -22,31 +22,26 @@ class PointTree {
   static constexpr uint32_t kLeafSize = 16;
 
   struct Node {
-    FbxDouble3 min;
-    FbxDouble3 max;
     uint32_t first;  // in order_
     uint32_t count;
-    uint32_t onCount = 0;
     uint32_t parent;
     uint32_t children = 0;  // the first of two in a row; 0 for a leaf
+    uint32_t onCount = 0;
+    bool hasBox = false;
+    OrientedBox box{};  // around all points that are or were on
   };
 
-  // A node on the way down, with what is known of its parent.
-  struct Step {
-    uint32_t node;
-    EarTriangle::Outlook known;
-  };
-
-  void Build(uint32_t node);
+  void Build(uint32_t node, const std::vector<bool>& isOn);
+  void FitBox(Node& node, const std::vector<bool>& isOn) const;
+  // Adds a point that is on for the first time.
+  void Include(uint32_t point);
 
   const std::vector<FbxVector4>& points_;
-  // Leaf by leaf, and in each the points that are on first.
-  std::vector<uint32_t> order_;
-  std::vector<FbxDouble3> ordered_;  // the points in that order
-  std::vector<uint32_t> places_;     // in order_, by point
-  std::vector<uint32_t> leaves_;     // by point
-  std::vector<uint8_t> isOn_;        // by point
+  std::vector<uint32_t> order_;   // leaf by leaf, and in each the points that are on first
+  std::vector<uint32_t> places_;  // in order_, by point
+  std::vector<uint32_t> leaves_;  // by point
+  std::vector<bool> wasOn_;       // by point
   std::vector<Node> nodes_;
   bool isFlat_ = false;  // all points have one x, one y or one z
-  mutable std::vector<Step> stack_;
+  mutable std::vector<uint32_t> stack_;
 };

@@ -128,10 +128,9 @@ void Triangulator::TriangulateConcaveFace() {
   }
   tree_.reset();
   if (size_ > kSmallPolygon && notFinite_ == kNone) {
-    tree_.emplace(positions_);
-    for (size_t i = 0; i < count; ++i) {
-      if (convexity_[i] == 0) tree_->Switch(static_cast<uint32_t>(i), true);
-    }
+    std::vector<bool> isOn(count);
+    for (size_t i = 0; i < count; ++i) isOn[i] = convexity_[i] == 0;
+    tree_.emplace(positions_, isOn);
   }
 
   // The corners that a cut leaves unknown are known again at once; only the verbose form has to
