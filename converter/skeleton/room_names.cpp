@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "converter/driver/names.h"
+#include "converter/skeleton/substring_index.h"
 #include "fbx/scene/fbx_node.h"
 
 namespace {
@@ -49,8 +50,11 @@ bool IsRoomCamera(std::string_view name) {
          name.ends_with(kBack) && !IsLineEnd(name[kFront.size()]);
 }
 
-// The first and third part of "[^0-9]*([0-9]*)([^0-9]*)([0-9]*)": up to two numbers, as text.
-std::pair<std::string_view, std::string_view> TwoNumbers(std::string_view name) {
+// Up to two numbers of a name, as text.
+using Numbers = std::pair<std::string_view, std::string_view>;
+
+// The first and third part of "[^0-9]*([0-9]*)([^0-9]*)([0-9]*)".
+Numbers TwoNumbers(std::string_view name) {
   const auto takeWhile = [&name](auto&& belongs) {
     const auto end = std::find_if_not(name.begin(), name.end(), belongs);
     const std::string_view taken = name.substr(0, static_cast<size_t>(end - name.begin()));
@@ -82,15 +86,57 @@ std::string_view WordAfterNumber(std::string_view name) {
   return name.substr(dot + 1, end - dot - 1);
 }
 
-// Takes the first candidate that passes the test off the list; null if none does.
-template <typename Test>
-FbxNode* TakeFirst(std::vector<FbxNode*>& candidates, Test&& test) {
-  const auto found = std::find_if(candidates.begin(), candidates.end(), test);
-  if (found == candidates.end()) return nullptr;
-  FbxNode* node = *found;
-  candidates.erase(found);
-  return node;
-}
+// Nodes that seats choose from, one after the other. What is taken is gone, and each test takes the
+// first that passes of those that are left.
+class Candidates {
+ public:
+  // No text that is looked for in the names may be longer than `longestText`.
+  Candidates(const std::vector<FbxNode*>& nodes, size_t longestText)
+      : nodes_(nodes), isTaken_(nodes.size(), false), names_(NamesOf(nodes), longestText) {
+    for (size_t i = nodes.size(); i-- > 0;) {
+      const Numbers numbers = TwoNumbers(nodes[i]->Name());
+      byFirstNumber_[numbers.first].push_back(i);
+      byNumbers_[numbers].push_back(i);
+    }
+  }
+
+  // These return null if no node is left that passes.
+  FbxNode* TakeHolding(std::string_view text) {
+    const int found = names_.FirstHolding(text);
+    return found < 0 ? nullptr : Take(static_cast<size_t>(found));
+  }
+  FbxNode* TakeNumbered(const Numbers& numbers) { return TakeFrom(byNumbers_[numbers]); }
+  FbxNode* TakeNumbered(std::string_view first) { return TakeFrom(byFirstNumber_[first]); }
+
+ private:
+  static std::vector<std::string_view> NamesOf(const std::vector<FbxNode*>& nodes) {
+    std::vector<std::string_view> names;
+    for (const FbxNode* node : nodes) names.emplace_back(node->Name());
+    return names;
+  }
+
+  FbxNode* Take(size_t index) {
+    isTaken_[index] = true;
+    names_.Remove(static_cast<int>(index));
+    return nodes_[index];
+  }
+
+  FbxNode* TakeFrom(std::vector<size_t>& indices) {
+    while (!indices.empty()) {
+      const size_t index = indices.back();
+      indices.pop_back();
+      if (!isTaken_[index]) return Take(index);
+    }
+    return nullptr;
+  }
+
+  const std::vector<FbxNode*>& nodes_;
+  std::vector<bool> isTaken_;
+  SubstringIndex names_;
+  // The first node is the last of each list.
+  std::map<std::string_view, std::vector<size_t>> byFirstNumber_;
+  std::map<Numbers, std::vector<size_t>> byNumbers_;
+};
 
 // The places of one seat; null where there is none.
 struct PoseNodeGroup {
@@ -100,33 +146,27 @@ struct PoseNodeGroup {
   FbxNode* handle = nullptr;
 };
 
-// Builds the group of one seat, taking its members off the candidates.
-PoseNodeGroup GroupOfSeat(FbxNode* seat, std::vector<FbxNode*>& pitchers,
-                          std::vector<FbxNode*>& catchers, std::vector<FbxNode*>& handles) {
-  PoseNodeGroup group;
-  const std::string& name = seat->Name();
-  const size_t at = ToLower(name).find("seat");
-  if (at == std::string::npos) return group;
-  group.seat = seat;
-  const size_t behind = at + 4;
-  const auto lineEnd =
-      std::find_if(name.begin() + static_cast<std::ptrdiff_t>(behind), name.end(), IsLineEnd);
-  const std::string suffix(name.begin() + static_cast<std::ptrdiff_t>(behind), lineEnd);
-  const auto holdsSuffix = [&](const FbxNode* node) {
-    return node->Name().find(suffix) != std::string::npos;
-  };
-  group.catcher = TakeFirst(catchers, holdsSuffix);
-  group.pitcher = TakeFirst(pitchers, holdsSuffix);
+// What stands behind the word "seat" in a seat's name, up to the end of the line.
+std::string_view SuffixOfSeat(const FbxNode& seat) {
+  const std::string_view behind =
+      std::string_view(seat.Name()).substr(ToLower(seat.Name()).find("seat") + 4);
+  const auto lineEnd = std::find_if(behind.begin(), behind.end(), IsLineEnd);
+  return behind.substr(0, static_cast<size_t>(lineEnd - behind.begin()));
+}
 
-  const auto numbers = TwoNumbers(name);
-  const auto sharesFirst = [&](const FbxNode* node) {
-    return TwoNumbers(node->Name()).first == numbers.first;
-  };
-  if (group.pitcher == nullptr) group.pitcher = TakeFirst(pitchers, sharesFirst);
-  if (group.catcher == nullptr) group.catcher = TakeFirst(catchers, sharesFirst);
-  group.handle =
-      TakeFirst(handles, [&](const FbxNode* node) { return TwoNumbers(node->Name()) == numbers; });
-  if (group.handle == nullptr) group.handle = TakeFirst(handles, sharesFirst);
+// Builds the group of one seat, taking its members off the candidates.
+PoseNodeGroup GroupOfSeat(FbxNode* seat, Candidates& pitchers, Candidates& catchers,
+                          Candidates& handles) {
+  PoseNodeGroup group;
+  group.seat = seat;
+  const std::string_view suffix = SuffixOfSeat(*seat);
+  group.catcher = catchers.TakeHolding(suffix);
+  group.pitcher = pitchers.TakeHolding(suffix);
+  const Numbers numbers = TwoNumbers(seat->Name());
+  if (group.pitcher == nullptr) group.pitcher = pitchers.TakeNumbered(numbers.first);
+  if (group.catcher == nullptr) group.catcher = catchers.TakeNumbered(numbers.first);
+  group.handle = handles.TakeNumbered(numbers);
+  if (group.handle == nullptr) group.handle = handles.TakeNumbered(numbers.first);
   return group;
 }
 
@@ -190,21 +230,22 @@ void RenameCameraNodes(const std::vector<FbxNode*>& nodes, NodeNames& names) {
 }
 
 void RenamePoseNodes(const NodeNameVisitor& visitor, int counter, NodeNames& names) {
-  std::vector<FbxNode*> pitchers = visitor.Matches("pitcher");
-  std::vector<FbxNode*> catchers = visitor.Matches("catcher");
-  std::vector<FbxNode*> handles = visitor.Matches("handle");
-  std::vector<PoseNodeGroup> groups;
-  for (FbxNode* seat : visitor.Matches("seat")) {
-    groups.push_back(GroupOfSeat(seat, pitchers, catchers, handles));
+  const std::vector<FbxNode*>& seats = visitor.Matches("seat");
+  size_t longestSuffix = 0;
+  for (const FbxNode* seat : seats) {
+    longestSuffix = std::max(longestSuffix, SuffixOfSeat(*seat).size());
   }
-  for (const PoseNodeGroup& group : groups) {
-    if (group.seat == nullptr) continue;
+  Candidates pitchers(visitor.Matches("pitcher"), longestSuffix);
+  Candidates catchers(visitor.Matches("catcher"), longestSuffix);
+  Candidates handles(visitor.Matches("handle"), 0);
+  for (FbxNode* seat : seats) {
+    const PoseNodeGroup group = GroupOfSeat(seat, pitchers, catchers, handles);
     const std::string number = std::to_string(counter++);
-    const std::string text = number + "." + std::string(WordAfterNumber(group.seat->Name()));
+    const std::string text = number + "." + std::string(WordAfterNumber(seat->Name()));
     // A pitcher is taken off the candidates but keeps its own name: the runtime knows the place by
     // its seat.
     if (group.catcher != nullptr) names[group.catcher] = _catcherStr + text;
-    names[group.seat] = _seatStr + text;
+    names[seat] = _seatStr + text;
     if (group.handle != nullptr) names[group.handle] = _handleStr + number;
   }
 }

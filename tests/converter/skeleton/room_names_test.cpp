@@ -1,11 +1,13 @@
 #include "converter/skeleton/room_names.h"
 
+#include <algorithm>
 #include <map>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "converter/skeleton/substring_index.h"
 #include "fbx/core/fbx_manager.h"
 #include "fbx/scene/fbx_node.h"
 
@@ -80,6 +82,32 @@ TEST_F(RoomNames, SeatsWithTheirPlaces) {
   // A node taken by one seat is not there for the next.
   EXPECT_EQ(Rename({"seat1.A", "seat1.B", "handle1"}),
             (Names{{"seat1.A", "Seat1.A"}, {"seat1.B", "Seat2.B"}, {"handle1", "Handle1"}}));
+}
+
+TEST(SubstringIndex, AnswersAsASearchOfEachTextWould) {
+  // Repetitive texts, so that long parts agree in most of their bytes.
+  std::vector<std::string> texts;
+  for (int i = 0; i < 60; ++i) {
+    std::string text = std::string(static_cast<size_t>(i % 23), 'a') + (i % 3 == 0 ? "b" : "");
+    texts.push_back(text + std::string(static_cast<size_t>(i * 7 % 19), 'a') + std::to_string(i));
+  }
+  SubstringIndex index({texts.begin(), texts.end()}, 50);
+  for (int round = 0; round < 60; ++round) {
+    for (size_t a = 0; a < 40; a += 3) {
+      for (const char* end : {"", "b", "ba", "1", "baaaaaaaaaa"}) {
+        const std::string part = std::string(a, 'a') + end;
+        const auto holds = [&](const std::string& text) {
+          return text != "gone" && text.find(part) != std::string::npos;
+        };
+        const auto first = std::find_if(texts.begin(), texts.end(), holds);
+        ASSERT_EQ(index.FirstHolding(part), first == texts.end() ? -1 : first - texts.begin());
+      }
+    }
+    const int gone = round * 37 % 60;
+    index.Remove(gone);
+    texts[static_cast<size_t>(gone)] = "gone";
+  }
+  EXPECT_EQ(SubstringIndex({}, 3).FirstHolding(""), -1);
 }
 
 TEST_F(RoomNames, NamesOfAnyLength) {
