@@ -8,6 +8,8 @@
 #include <unordered_map>
 #include <utility>
 
+#include "fbx/anim/fbx_anim_curve.h"
+#include "fbx/anim/fbx_anim_stack.h"
 #include "fbx/scene/fbx_material.h"
 #include "fbx/scene/fbx_node.h"
 
@@ -166,12 +168,26 @@ void FilterChains(const std::vector<FbxConnection>& connections, std::vector<boo
   }
 }
 
+// Marks connections of curve nodes to more layers, and of layers to more stacks, than the limit.
+void FilterAnimations(const std::vector<FbxConnection>& connections, std::vector<bool>& isDropped) {
+  std::unordered_map<const FbxObject*, int> owners;
+  for (size_t i = 0; i < connections.size(); ++i) {
+    const auto& [source, destination] = connections[i];
+    const bool isOwner = (IsObjectOf(source, FbxAnimCurveNode::ClassId) &&
+                          IsObjectOf(destination, FbxAnimLayer::ClassId)) ||
+                         (IsObjectOf(source, FbxAnimLayer::ClassId) &&
+                          IsObjectOf(destination, FbxAnimStack::ClassId));
+    if (isOwner && ++owners[source.GetFbxObject()] > kMaxAnimationOwners) isDropped[i] = true;
+  }
+}
+
 }  // namespace
 
 void FilterConnections(std::vector<FbxConnection>& connections, const FbxNode* rootNode) {
   std::vector<bool> isDropped(connections.size(), false);
   FilterNodes(connections, rootNode, isDropped);
   FilterChains(connections, isDropped);
+  FilterAnimations(connections, isDropped);
   size_t kept = 0;
   for (size_t i = 0; i < connections.size(); ++i) {
     if (!isDropped[i]) connections[kept++] = connections[i];

@@ -19,8 +19,12 @@ struct FbxConnection {
 
 // Levels that a tree of nodes, or a chain of textures or properties, may have.
 inline constexpr int kMaxConnectionDepth = 10000;
+// Layers that a curve node, and stacks that a layer, may belong to. One is what files hold; shared
+// without limit, a few thousand connections would stand for millions of animated properties.
+inline constexpr int kMaxAnimationOwners = 16;
 
 // Removes connections, keeping the order of the others: of a node to a second parent, of a node
-// below itself, of the root node, of a texture or a property that would close a ring, and those
-// that lead deeper than the limit. What hangs below such a node isn't in the scene's tree then.
+// below itself, of the root node, of a texture or a property that would close a ring, those that
+// lead deeper than the limit, and those of a curve node or layer to more owners than the limit.
+// What hangs below a node without its connection isn't in the scene's tree then.
 void FilterConnections(std::vector<FbxConnection>& connections, const FbxNode* rootNode);

@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "fbx/anim/fbx_anim_curve.h"
+#include "fbx/anim/fbx_anim_stack.h"
 #include "fbx/scene/fbx_material.h"
 #include "fbx/scene/fbx_mesh.h"
 #include "tests/fbx/reader/imported.h"
@@ -134,6 +136,19 @@ TEST(ReadConnections, RingsOfTexturesAndPropertiesAreCut) {
   const FbxNode& n = file.Node("node");
   EXPECT_EQ(n.FindProperty("p").GetSrcPropertyCount() + n.FindProperty("q").GetSrcPropertyCount(),
             1);
+}
+
+TEST(ReadConnections, AnimationsHaveAFewOwners) {
+  SceneBuilder scene;
+  const int64_t layer = scene.AddAnimationLayer("layer");
+  const int64_t curves = scene.AddAnimationCurveNode("T", {});
+  for (int i = 0; i < 20; ++i) {
+    scene.Connect(layer, scene.AddAnimationStack("stack", 0, 1));
+    scene.Connect(curves, scene.AddAnimationLayer("other"));
+  }
+  const Imported file(scene);
+  EXPECT_EQ(file.Find<FbxAnimLayer>("layer")->GetDstObjectCount(), 16 + 1) << "and the scene";
+  EXPECT_EQ(file.Find<FbxAnimCurveNode>("T")->GetDstObjectCount(), 16 + 1);
 }
 
 // Deeper than any tree of an artist; connected from the leaves up, the costly way round.
