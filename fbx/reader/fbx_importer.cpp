@@ -62,6 +62,10 @@ bool FbxImporter::Import(FbxDocument* document, bool /*nonBlocking*/) {
   return reader_->Read(document);
 }
 
+const FbxIOFileHeaderInfo* FbxImporter::GetFileHeaderInfo() const {
+  return fileSettings_ == nullptr ? nullptr : &reader_->GetFileHeaderInfo();
+}
+
 void FbxImporter::GetFileVersion(int& major, int& minor, int& revision) const {
   FbxIO::ProjectConvertVersionNumber(version_, major, minor, revision);
 }

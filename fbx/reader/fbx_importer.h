@@ -10,6 +10,7 @@
 
 class FbxDocument;
 class FbxGlobalSettings;
+class FbxIOFileHeaderInfo;
 class FbxIOSettings;
 class FbxReaderFbx7;
 
@@ -28,8 +29,9 @@ class FbxImporter : public FbxObject {
   bool Import(FbxDocument* document, bool nonBlocking = false);
   const FbxStatus& GetStatus() const { return status_; }
   void GetFileVersion(int& major, int& minor, int& revision) const;
-  // Those of the file, known from Initialize on; null before.
+  // What the file says of itself, known from Initialize on; null before.
   const FbxGlobalSettings* GetFileGlobalSettings() const { return fileSettings_; }
+  const FbxIOFileHeaderInfo* GetFileHeaderInfo() const;
 
  protected:
   FbxImporter();

@@ -34,7 +34,8 @@ bool FbxReaderFbx7::Open(const Source& source) {
   for (const auto type : {FbxIO::eBinary64, FbxIO::eBinary32}) {
     io_ = std::make_unique<FbxIO>(type, status_);
     io_->Fbx7Support(true);
-    if (io_->ProjectOpen(source)) {
+    headerInfo_ = {};
+    if (io_->ProjectOpen(source, false, &headerInfo_)) {
       // What the first attempt found may have been the other width's doing.
       status_.Clear();
       return true;

@@ -39,6 +39,8 @@ class FbxReaderFbx7 {
   bool FileOpenFromMemory(std::string_view bytes);
   void FileClose();
   bool IsFileOpen() const { return io_ != nullptr; }
+  // What the header block of the open file says about it.
+  const FbxIOFileHeaderInfo& GetFileHeaderInfo() const { return headerInfo_; }
   // major * 1000 + minor * 100 + revision.
   int GetFileVersion() const { return io_ == nullptr ? 0 : io_->GetFileVersionNumber(); }
 
@@ -76,6 +78,7 @@ class FbxReaderFbx7 {
   FbxStatus& status_;
   const FbxIOSettings* settings_;
   std::unique_ptr<FbxIO> io_;
+  FbxIOFileHeaderInfo headerInfo_;
   FbxMediaFolder media_;
 
   FbxDocument* document_ = nullptr;

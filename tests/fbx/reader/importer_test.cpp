@@ -99,6 +99,7 @@ TEST(Importer, KnowsVersionAndSettingsBeforeTheImport) {
   int revision = 0;
   file.importer->GetFileVersion(major, minor, revision);
   EXPECT_EQ(major * 100 + minor * 10 + revision, 730);
+  EXPECT_EQ(file.importer->GetFileHeaderInfo()->creationTimeStamp.year, 2024);
   EXPECT_EQ(file.importer->GetFileGlobalSettings()->GetSystemUnit(), 2.54);
   EXPECT_TRUE(file.importer->GetFileGlobalSettings()->GetAxisSystem() == FbxAxisSystem::MayaZUp);
   EXPECT_TRUE(file.scene->GetGlobalSettings().GetAxisSystem() == FbxAxisSystem::MayaZUp);
