@@ -37,6 +37,16 @@ const KFCurve* WeightCurve(const FbxAnimLayer& layer, const FbxAnimStack& stack)
   return nullptr;
 }
 
+// Which of a node's animated properties it is, if any.
+std::optional<FbxNodeEvalDriver::EProperty> AnimatedProperty(const FbxProperty& property) {
+  if (property.IsRoot() || !property.GetFbxObject()->Is<FbxNode>()) return {};
+  const auto& node = static_cast<const FbxNode&>(*property.GetFbxObject());
+  if (property == node.LclTranslation()) return FbxNodeEvalDriver::eTranslation;
+  if (property == node.LclRotation()) return FbxNodeEvalDriver::eRotation;
+  if (property == node.LclScaling()) return FbxNodeEvalDriver::eScaling;
+  return {};
+}
+
 std::array<FbxNodeEvalDriver::Channel, 3> ChannelsOf(const FbxAnimCurveNode& node) {
   static constexpr std::array<const char*, 3> kNames = {"X", "Y", "Z"};
   std::array<FbxNodeEvalDriver::Channel, 3> channels;
@@ -176,39 +186,34 @@ void FbxAnimEvaluator::FindDriversOfLayer(const FbxAnimLayer& layer, size_t inde
   for (const FbxProperty& source : layer.RootProperty().Sources()) {
     if (!source.IsRoot() || !source.GetFbxObject()->Is<FbxAnimCurveNode>()) continue;
     const auto& curves = static_cast<const FbxAnimCurveNode&>(*source.GetFbxObject());
-    FbxNodeEvalDriver driver;
-    driver.layer = index;
-    bool hasChannels = false;
+    std::optional<FbxNodeEvalDriver> driver;
     for (const FbxProperty& destination : curves.RootProperty().Destinations()) {
-      if (destination.IsRoot() || !destination.GetFbxObject()->Is<FbxNode>()) continue;
-      const auto& node = static_cast<const FbxNode&>(*destination.GetFbxObject());
-      if (destination == node.LclTranslation()) {
-        driver.property = FbxNodeEvalDriver::eTranslation;
-      } else if (destination == node.LclRotation()) {
-        driver.property = FbxNodeEvalDriver::eRotation;
-      } else if (destination == node.LclScaling()) {
-        driver.property = FbxNodeEvalDriver::eScaling;
-      } else {
-        continue;
-      }
-      if (!hasChannels) driver.channels = ChannelsOf(curves);
-      hasChannels = true;
-      FbxNodeEvalState& state = StateOf(node);
-      if (state.driversGeneration != driversGeneration_) state.drivers.clear();
-      state.driversGeneration = driversGeneration_;
-      const auto end = state.drivers.rbegin() +
-                       static_cast<std::ptrdiff_t>(std::min<size_t>(3, state.drivers.size()));
-      const auto other =
-          std::find_if(state.drivers.rbegin(), end, [&](const FbxNodeEvalDriver& candidate) {
-            return candidate.layer == index && candidate.property == driver.property;
-          });
-      if (other == end) {
-        state.drivers.push_back(driver);
-      } else if (!other->isOneOfSeveral) {
-        other->isOneOfSeveral = true;
-        other->channels = ChannelsOf(*destination.GetCurveNode(&layer));
-      }
+      const auto property = AnimatedProperty(destination);
+      if (!property) continue;
+      if (!driver) driver = {index, *property, false, ChannelsOf(curves)};
+      driver->property = *property;
+      AddDriver(layer, destination, *driver);
     }
+  }
+}
+
+void FbxAnimEvaluator::AddDriver(const FbxAnimLayer& layer, const FbxProperty& property,
+                                 const FbxNodeEvalDriver& driver) {
+  FbxNodeEvalState& state = StateOf(static_cast<const FbxNode&>(*property.GetFbxObject()));
+  if (state.driversGeneration != driversGeneration_) state.drivers.clear();
+  state.driversGeneration = driversGeneration_;
+  // Those of the layer are the last ones, one for each property at most.
+  const auto end = state.drivers.rbegin() +
+                   static_cast<std::ptrdiff_t>(std::min<size_t>(3, state.drivers.size()));
+  const auto other =
+      std::find_if(state.drivers.rbegin(), end, [&driver](const FbxNodeEvalDriver& candidate) {
+        return candidate.layer == driver.layer && candidate.property == driver.property;
+      });
+  if (other == end) {
+    state.drivers.push_back(driver);
+  } else if (!other->isOneOfSeveral) {
+    other->isOneOfSeveral = true;
+    other->channels = ChannelsOf(*property.GetCurveNode(&layer));
   }
 }
 

@@ -17,6 +17,7 @@
 
 class FbxAnimLayer;
 class FbxNode;
+class FbxProperty;
 class FbxScene;
 class KFCurve;
 
@@ -102,6 +103,9 @@ class FbxAnimEvaluator {
   void FindDrivers();
   void ReadLayers();
   void FindDriversOfLayer(const FbxAnimLayer& layer, size_t index);
+  // Lets the driver, of a curve node of the layer, drive the property, unless another one does.
+  void AddDriver(const FbxAnimLayer& layer, const FbxProperty& property,
+                 const FbxNodeEvalDriver& driver);
   FbxNodeEvalState& StateOf(const FbxNode& node) const;
   FbxNodeEvalState& Compute(const FbxNode& node);
   // A rotation by the angles of the node's global matrix.
