@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <map>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include <boost/make_shared.hpp>
 
@@ -32,26 +34,12 @@ bool IsSameNormal(const FbxVector4& delta) {
          std::abs(delta[2]) < kNormalTolerance;
 }
 
-// The morphs of a group by name, and which of them each mesh has.
-struct MorphNames {
-  explicit MorphNames(const MeshGroup& group) : ofMesh(group.meshes.size()) {
-    std::map<std::string_view, size_t> numbers;
-    for (const GroupMesh& mesh : group.meshes) {
-      for (const MorphChannel& channel : mesh.morphs) numbers.emplace(channel.name, 0);
-    }
-    for (auto& [name, number] : numbers) {
-      number = names.size();
-      names.push_back(name);
-    }
-    for (size_t m = 0; m < group.meshes.size(); ++m) {
-      for (const MorphChannel& channel : group.meshes[m].morphs) {
-        ofMesh[m].push_back(numbers.find(channel.name)->second);
-      }
-    }
-  }
-
-  std::vector<std::string_view> names;
-  std::vector<std::vector<size_t>> ofMesh;  // ascending, parallel to the mesh's channels
+// A morph of a submesh in the making.
+struct Target {
+  cal3d::SSEArray<VertexOffset> offsets;
+  // The last mesh that was found to have it, and its place among that mesh's channels.
+  uint32_t mesh = 0;
+  size_t channel = 0;
 };
 
 // What a channel makes of the vertex at work.
@@ -118,10 +106,10 @@ void ExportMesh::DumpMorphPoints(const GroupMesh& mesh, const MorphChannel& chan
 
 void ExportMesh::AddMorphs(const MeshGroup& group, const std::vector<uint32_t>& vertices,
                            CalCoreSubmesh& submesh) const {
-  const MorphNames names(group);
-  if (names.names.empty()) return;
-  std::vector<bool> isKnown(names.names.size(), false);
-  std::vector<cal3d::SSEArray<VertexOffset>> offsets(names.names.size());
+  // By name; a morph is in it from the first vertex on that has it.
+  std::map<std::string_view, Target> targets;
+  std::vector<Target*> own;  // of the channels of the mesh at work
+  const GroupMesh* meshAtWork = nullptr;
   std::vector<MorphState> states;
   uint64_t offsetCount = 0;
 
@@ -129,7 +117,8 @@ void ExportMesh::AddMorphs(const MeshGroup& group, const std::vector<uint32_t>& 
     const uint32_t corner = vertices[i];
     const ControlPoint& point = group.PointOf(corner);
     const GroupMesh& mesh = group.meshes[point.mesh];
-    const std::vector<size_t>& numbers = names.ofMesh[point.mesh];
+    if (mesh.morphs.empty()) continue;
+    if (std::exchange(meshAtWork, &mesh) != &mesh) own.assign(mesh.morphs.size(), nullptr);
     const MeshCorner place = group.CornerOf(mesh, corner);
     bool hasMorphs = false;
     states.assign(mesh.morphs.size(), {});
@@ -139,26 +128,27 @@ void ExportMesh::AddMorphs(const MeshGroup& group, const std::vector<uint32_t>& 
       if (state.hasNormal) state.normal = mesh.TurnNormal(state.normal);
       if (!state.hasNormal && !mesh.morphs[m].hasPoints) continue;
       hasMorphs = true;
-      isKnown[numbers[m]] = true;
+      if (own[m] != nullptr) continue;
+      own[m] = &targets[mesh.morphs[m].name];
+      own[m]->mesh = point.mesh;
+      own[m]->channel = m;
     }
     if (!hasMorphs) continue;
 
     // All morphs met so far, those of other meshes included.
     const FbxVector4 vertexNormal(group.corners[corner].normal);
     const FbxVector4& raw = mesh.mesh->ControlPoints()[static_cast<size_t>(place.controlPoint)];
-    size_t own = 0;
-    for (size_t number = 0; number < names.names.size(); ++number) {
-      const bool isOwn = own < numbers.size() && numbers[own] == number;
-      const size_t m = isOwn ? own++ : 0;
-      if (!isKnown[number]) continue;
+    for (auto& [name, target] : targets) {
+      const bool isOwn = target.mesh == point.mesh;
       FbxVector4 morphed = point.position;
-      if (isOwn && mesh.morphs[m].hasPoints) {
+      if (isOwn && mesh.morphs[target.channel].hasPoints) {
         // A point that stays needs no transform: the same numbers give the same result.
-        const FbxVector4& target = mesh.morphs[m].points.At(place.controlPoint);
-        if (!(target == raw)) morphed = ToOutputSpace(mesh, target);
+        const FbxVector4& moved = mesh.morphs[target.channel].points.At(place.controlPoint);
+        if (!(moved == raw)) morphed = ToOutputSpace(mesh, moved);
       }
-      const FbxVector4 normal =
-          isOwn && states[m].hasNormal ? states[m].normal : FbxVector4(0.0, 0.0, 0.0, 0.0);
+      const FbxVector4 normal = isOwn && states[target.channel].hasNormal
+                                    ? states[target.channel].normal
+                                    : FbxVector4(0.0, 0.0, 0.0, 0.0);
       const FbxVector4 delta = morphed - point.position;
       const FbxVector4 normalDelta = normal - vertexNormal;
       if (IsSameNormal(normalDelta) && delta.IsZero(4)) continue;
@@ -170,14 +160,14 @@ void ExportMesh::AddMorphs(const MeshGroup& group, const std::vector<uint32_t>& 
                    ") has too many morphed vertices; a submesh is written without morph targets");
         return;
       }
-      offsets[number].push_back({static_cast<int32_t>(i), Narrow(delta), Narrow(normal)});
+      target.offsets.push_back({static_cast<int32_t>(i), Narrow(delta), Narrow(normal)});
     }
   }
 
-  for (size_t number = 0; number < names.names.size(); ++number) {
-    if (offsets[number].empty()) continue;
-    const cal3d::SSEArray<VertexOffset> taken = std::move(offsets[number]);
+  for (auto& [name, target] : targets) {
+    if (target.offsets.empty()) continue;
+    const cal3d::SSEArray<VertexOffset> taken = std::move(target.offsets);
     submesh.addMorphTarget(boost::make_shared<CalCoreMorphTarget>(
-        std::string(names.names[number]), static_cast<int32_t>(vertices.size()), taken));
+        std::string(name), static_cast<int32_t>(vertices.size()), taken));
   }
 }
