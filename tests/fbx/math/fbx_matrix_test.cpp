@@ -81,6 +81,11 @@ TEST(FbxAMatrix, MirrorIsReportedInTheFirstTwoScales) {
   EXPECT_EQ(m.GetS(), FbxVector4(-1, -1, 1));
   const FbxAMatrix turned({1, 2, 3}, {30, 40, 50}, {2, 3, -4});
   ExpectNear(turned.GetS(), {-2, -3, 4});
+  // Rows in a plane mirror nothing, whichever way rounding moves them.
+  const FbxAMatrix inPlane(FbxDouble4x4{1, 0, 0, 0, 0, 1, 0, 0, 3, 4, -1e-17, 0, 0, 0, 0, 1});
+  EXPECT_EQ(inPlane.GetS(), FbxVector4(1, 1, 5));
+  EXPECT_TRUE(inPlane.IsFlat());
+  EXPECT_FALSE(turned.IsFlat());
   // A row of length 0 gives no NaN.
   const FbxAMatrix flat({0, 0, 0}, {0, 0, 0}, {1, 0, 1});
   EXPECT_EQ(flat.GetR(), FbxVector4(0, 0, 0));
