@@ -14,15 +14,13 @@
 
 namespace {
 
-using BoneIds = AnimationCurveVisitorAnimKeyFramer::BoneIds;
-
 void PrintBones(const std::vector<NodeSpan>& skeletons, const std::string& rootPath,
-                const BoneIds& boneIds) {
+                const BoneNameMap& bones) {
   for (const NodeSpan& skeleton : skeletons) {
     if (BuildRootNodeName(skeleton.front(), nullptr) != rootPath) continue;
     for (size_t i = 0; i < skeleton.size(); ++i) {
-      const auto id = boneIds.find(BuildRootNodeName(skeleton[i], nullptr));
-      std::printf("%s %zu %d\n", skeleton[i]->GetName(), i, id == boneIds.end() ? 0 : id->second);
+      const Bone* bone = bones.Find(skeleton[i]);
+      std::printf("%s %zu %d\n", skeleton[i]->GetName(), i, bone == nullptr ? 0 : bone->id);
     }
     return;
   }
@@ -30,9 +28,9 @@ void PrintBones(const std::vector<NodeSpan>& skeletons, const std::string& rootP
 
 // These write nothing and return false for an animation without tracks.
 bool SaveSkeletal(const ConversionArguments& args, SceneChannels& channels,
-                  const AnimationInfoHolder& holder, const BoneIds& boneIds,
+                  const AnimationInfoHolder& holder, const BoneNameMap& bones,
                   const std::string& path) {
-  AnimationCurveVisitorAnimKeyFramer visitor(boneIds, holder.animStack);
+  AnimationCurveVisitorAnimKeyFramer visitor(bones, holder.animStack);
   DisplayAnimation(channels, holder.animStack, holder.rootNode, visitor);
   const CalCoreAnimation animation = visitor.GetAnimation(args);
   return !animation.tracks.empty() && CalSaver::saveCoreAnimation(path, &animation);
@@ -53,10 +51,10 @@ void ExportAnimation::ExportAnimationsFromList(const AnimationMap& animations,
   ConversionArguments args = args_;
   args.verbosity = 3;
   std::string skeletonName;
-  const BoneIds boneIds = ExportMesh(args).BoneNameMapForSkeleton(skeletonName);
+  const BoneNameMap bones = ExportMesh(args).BoneNameMapForSkeleton(skeletonName);
   FbxWrapper* const wrapper = FbxWrapper::getInstance(args);
   if (args_.verbosity >= 2) {
-    PrintBones(wrapper->BuildSkeletonList(args.treatAsRoom), args.skeletonRootPath, boneIds);
+    PrintBones(wrapper->BuildSkeletonList(args.treatAsRoom), args.skeletonRootPath, bones);
   }
   const auto list = animations.find(args.skeletonRootPath);
   if (list == animations.end()) return;
@@ -68,7 +66,7 @@ void ExportAnimation::ExportAnimationsFromList(const AnimationMap& animations,
                               urlencode(holder.fileName) + (holder.isMorph ? ".xpf" : ".xaf"));
     const bool saved = holder.isMorph
                            ? SaveMorph(wrapper->Channels(), holder, path)
-                           : SaveSkeletal(args_, wrapper->Channels(), holder, boneIds, path);
+                           : SaveSkeletal(args_, wrapper->Channels(), holder, bones, path);
     if (saved) {
       AddOutput(holder.isMorph ? "MORPHANIMS" : "ANIMATION", holder.fileName, false);
       AddOutput("FILENAME", path, true);

@@ -71,45 +71,44 @@ bool ExportAnimation::AddAnimation(ConversionArguments& args, CalCoreAnimation& 
   FbxWrapper* const wrapper = FbxWrapper::getInstance(args);
   const FbxNode* root = GetSkeletonRoot(wrapper, args);
   if (root == nullptr) return false;
-  const std::map<std::string, int> boneIds = BuildBoneNameMap(BuildSkeleton(wrapper, root, args));
+  const BoneNameMap bones = BuildBoneNameMap(BuildSkeleton(wrapper, root, args));
   for (FbxAnimStack* stack : wrapper->GetAnimList()) {
     if (stack->Name() != args.exportObjectName) continue;
     if (args.verbosity > 0) std::printf(" [%s]", stack->GetName());
     wrapper->GetScene()->SetCurrentAnimationStack(stack);
     animation.duration = std::max(animation.duration, StackSeconds(*stack, args.frameRate));
-    AddTracksToAnimation(args, *wrapper, stack, animation, boneIds);
+    AddTracksToAnimation(args, *wrapper, stack, animation, bones);
   }
   return true;
 }
 
 void ExportAnimation::AddTracksToAnimation(const ConversionArguments& args, FbxWrapper& wrapper,
                                            FbxAnimStack* stack, CalCoreAnimation& animation,
-                                           const std::map<std::string, int>& boneIds) {
+                                           const BoneNameMap& bones) {
   for (int i = 0; i < stack->GetLayerCount(); ++i) {
-    AddTracksFromLayer(args, wrapper.GetRootNode(), stack->GetLayer(i), animation, boneIds);
+    AddTracksFromLayer(args, wrapper.GetRootNode(), stack->GetLayer(i), animation, bones);
   }
 }
 
 void ExportAnimation::AddTracksFromLayer(const ConversionArguments& args, FbxNode* node,
                                          FbxAnimLayer* layer, CalCoreAnimation& animation,
-                                         const std::map<std::string, int>& boneIds) {
+                                         const BoneNameMap& bones) {
   for (const NodeChannels& channels : Channels().Of(layer).Below(node)) {
-    AddTracksFromChannels(args, channels, animation, boneIds);
+    AddTracksFromChannels(args, channels, animation, bones);
   }
 }
 
 void ExportAnimation::AddTracksFromChannels(const ConversionArguments& args,
                                             const NodeChannels& channels,
-                                            CalCoreAnimation& animation,
-                                            const std::map<std::string, int>& boneIds) {
+                                            CalCoreAnimation& animation, const BoneNameMap& bones) {
   const FbxNode& node = *channels.node;
   if (std::all_of(channels.transform.begin(), channels.transform.end(), IsScaling)) return;
   if (args.verbosity > 0) std::printf("\n%s", node.GetName());
   const std::vector<FbxTime> times = KeyTimes(channels);
-  const auto bone = boneIds.find(BuildRootNodeName(&node, nullptr));
-  if (bone == boneIds.end() || times.empty()) return;
+  const Bone* bone = bones.Find(&node);
+  if (bone == nullptr || times.empty()) return;
   if (args.verbosity > 0) {
-    std::printf("%s %zu key frames ", bone->first.c_str(), times.size());
+    std::printf("%s %zu key frames ", BuildRootNodeName(&node, nullptr).c_str(), times.size());
   }
   const double factor =
       node.EvaluateGlobalTransform().GetS()[0] * static_cast<double>(args.scaleFactor);
@@ -125,5 +124,5 @@ void ExportAnimation::AddTracksFromChannels(const ConversionArguments& args,
                          {narrow(t[0]), narrow(t[1]), narrow(t[2])}});
     if (args.verbosity > 1) PrintKeyframe(args.verbosity, time, t, q);
   }
-  animation.tracks.emplace_back(bone->second, keyframes);
+  animation.tracks.emplace_back(bone->id, keyframes);
 }

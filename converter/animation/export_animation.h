@@ -17,6 +17,7 @@
 #include "converter/animation/animation_cache.h"
 #include "converter/animation/animation_info.h"
 #include "converter/driver/conversion_arguments.h"
+#include "converter/skeleton/bone_name_map.h"
 
 class FbxAnimLayer;
 class FbxAnimStack;
@@ -104,12 +105,11 @@ class ExportAnimation {
   // A track for each layer of the stack and each bone of the scene with keys in it.
   void AddTracksToAnimation(const ConversionArguments& args, FbxWrapper& wrapper,
                             FbxAnimStack* stack, CalCoreAnimation& animation,
-                            const std::map<std::string, int>& boneIds);
+                            const BoneNameMap& bones);
   void AddTracksFromLayer(const ConversionArguments& args, FbxNode* node, FbxAnimLayer* layer,
-                          CalCoreAnimation& animation, const std::map<std::string, int>& boneIds);
+                          CalCoreAnimation& animation, const BoneNameMap& bones);
   static void AddTracksFromChannels(const ConversionArguments& args, const NodeChannels& channels,
-                                    CalCoreAnimation& animation,
-                                    const std::map<std::string, int>& boneIds);
+                                    CalCoreAnimation& animation, const BoneNameMap& bones);
 
   // A track for each curve of a blend shape channel in the scene that changes.
   void AddTracksToMorphAnimation(const ConversionArguments& args, FbxWrapper& wrapper,

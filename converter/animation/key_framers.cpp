@@ -4,7 +4,6 @@
 #include <iterator>
 
 #include "converter/animation/frames.h"
-#include "converter/scene/node_paths.h"
 #include "converter/space/axis_mod.h"
 #include "converter/space/key_values.h"
 #include "fbx/anim/fbx_anim_curve.h"
@@ -32,16 +31,17 @@ CalCoreKeyframe KeyframeAt(const ConversionArguments& args, const FbxNode& node,
 
 }  // namespace
 
-AnimationCurveVisitorAnimKeyFramer::AnimationCurveVisitorAnimKeyFramer(const BoneIds& boneIds,
+AnimationCurveVisitorAnimKeyFramer::AnimationCurveVisitorAnimKeyFramer(const BoneNameMap& bones,
                                                                        FbxAnimStack* stack)
-    : boneIds_(boneIds), stack_(stack) {}
+    : bones_(bones), stack_(stack) {}
 
 AnimationCurveVisitorAnimKeyFramer::BoneKeys*
 AnimationCurveVisitorAnimKeyFramer::KeysOfCurrentNode() {
   if (lastNode_ == currentNode) return lastKeys_;
   lastNode_ = currentNode;
-  const auto bone = boneIds_.find(BuildRootNodeName(currentNode, nullptr));
-  lastKeys_ = bone == boneIds_.end() ? nullptr : &keyCurves_[bone];
+  const Bone* bone = bones_.Find(currentNode);
+  lastKeys_ = bone == nullptr ? nullptr : &keyCurves_[bone->rank];
+  if (bone != nullptr) lastKeys_->boneId = bone->id;
   return lastKeys_;
 }
 
@@ -91,7 +91,7 @@ CalCoreAnimation AnimationCurveVisitorAnimKeyFramer::GetAnimation(const Conversi
   std::vector<Sample> samples;
   std::vector<const FbxNode*> nodes;
   std::vector<std::vector<CalCoreKeyframe>> keyframes;
-  for (const auto& [bone, keys] : keyCurves_) {
+  for (const auto& [rank, keys] : keyCurves_) {
     const auto track = static_cast<uint32_t>(nodes.size());
     for (const int32_t frame : keys.frames) samples.push_back({frame, track});
     nodes.push_back(keys.node);
@@ -105,8 +105,8 @@ CalCoreAnimation AnimationCurveVisitorAnimKeyFramer::GetAnimation(const Conversi
     keyframes[sample.track].push_back(keyframe);
   }
   size_t track = 0;
-  for (const auto& [bone, keys] : keyCurves_) {
-    animation.tracks.emplace_back(bone->second, keyframes[track++]);
+  for (const auto& [rank, keys] : keyCurves_) {
+    animation.tracks.emplace_back(keys.boneId, keyframes[track++]);
   }
   return animation;
 }

@@ -11,6 +11,7 @@
 #include "cal3d/model/core_morph_animation.h"
 #include "converter/animation/curve_visitors.h"
 #include "converter/driver/conversion_arguments.h"
+#include "converter/skeleton/bone_name_map.h"
 
 class FbxAnimStack;
 
@@ -18,10 +19,8 @@ class FbxAnimStack;
 // bone's whole local transform, evaluated at that frame.
 class AnimationCurveVisitorAnimKeyFramer : public AnimationCurveVisitor {
  public:
-  using BoneIds = std::map<std::string, int>;
-
-  // `boneIds` must stay alive: bones by their path.
-  AnimationCurveVisitorAnimKeyFramer(const BoneIds& boneIds, FbxAnimStack* stack);
+  // `bones` must stay alive.
+  AnimationCurveVisitorAnimKeyFramer(const BoneNameMap& bones, FbxAnimStack* stack);
 
   void VisitCurve(const std::string& channel, FbxAnimCurve* curve) override;
 
@@ -32,6 +31,7 @@ class AnimationCurveVisitorAnimKeyFramer : public AnimationCurveVisitor {
 
  private:
   struct BoneKeys {
+    int boneId = -1;
     const FbxNode* node = nullptr;            // the last one visited, where several share the path
     std::vector<int32_t> frames;              // ascending, each once, of translation and rotation
     const FbxAnimCurve* lastCurve = nullptr;  // the last one that gave frames
@@ -45,15 +45,9 @@ class AnimationCurveVisitorAnimKeyFramer : public AnimationCurveVisitor {
   BoneKeys* KeysOfCurrentNode();
   void AddFrames(const FbxAnimCurve& curve, std::vector<int32_t>& frames);
 
-  const BoneIds& boneIds_;
+  const BoneNameMap& bones_;
   FbxAnimStack* stack_;
-  // Ordered by bone path through the entries of boneIds_, so that long paths are held once.
-  struct ByPath {
-    bool operator()(BoneIds::const_iterator a, BoneIds::const_iterator b) const {
-      return a->first < b->first;
-    }
-  };
-  std::map<BoneIds::const_iterator, BoneKeys, ByPath> keyCurves_;
+  std::map<int, BoneKeys> keyCurves_;  // by the rank of the bone's path
   const FbxNode* lastNode_ = nullptr;  // whose scale all translations are multiplied by
   BoneKeys* lastKeys_ = nullptr;       // of that node; null if it is no bone
   std::vector<int32_t> curveFrames_;   // working space

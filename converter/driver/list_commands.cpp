@@ -80,14 +80,14 @@ void ListSkeletons(FbxWrapper* wrapper, const std::vector<NodeSpan>& skeletons,
 
 void ListNodesOfSkeleton(NodeSpan skeleton, const ConversionArguments& args) {
   const FbxNode* root = skeleton.front();
-  const std::map<std::string, int> boneIds = BuildBoneNameMap(skeleton);
+  const BoneNameMap bones = args.verbosity > 0 ? BuildBoneNameMap(skeleton) : BoneNameMap();
   for (const FbxNode* node : skeleton) {
     const std::string name = BuildRootNodeName(node, root);
     std::string label = "NODE";
     if (args.verbosity > 0) {
       // The map is by full path, so only the skeleton at the scene's root shows numbers.
-      const auto id = boneIds.find(name);
-      const int number = id == boneIds.end() ? 0 : id->second;
+      const Bone* bone = bones.Find(name);
+      const int number = bone == nullptr ? 0 : bone->id;
       label.append(" ").append(std::to_string(number)).append(":").append(NodeTypeString(node));
     }
     AddOutput(label, name, true);

@@ -1,7 +1,6 @@
 // The first stage: control points in the output space, and the weights that bind them to bones.
 #include <algorithm>
 #include <cstdio>
-#include <unordered_map>
 #include <unordered_set>
 
 #include "converter/driver/records.h"
@@ -17,39 +16,11 @@
 
 namespace {
 
-// A bone of the command's skeleton: its place in the order of paths, and its number.
-struct Bone {
-  int rank = -1;  // -1: not in the skeleton
-  int id = 0;
-};
-
 // One weight that a cluster gives a control point.
 struct StoredWeight {
   int rank;
   int boneId;
   float weight;
-};
-
-// Finds bones by node. A path is built and looked up once, however many clusters share the bone.
-class BoneFinder {
- public:
-  explicit BoneFinder(const ExportMesh::BoneMap& bones) {
-    int rank = 0;
-    for (const auto& [path, id] : bones) byPath_.emplace(path, Bone{rank++, id});
-  }
-
-  const Bone& Find(const FbxNode* node) {
-    const auto [at, isNew] = byNode_.try_emplace(node);
-    if (isNew) {
-      const auto found = byPath_.find(BuildRootNodeName(node, nullptr));
-      if (found != byPath_.end()) at->second = found->second;
-    }
-    return at->second;
-  }
-
- private:
-  std::unordered_map<std::string, Bone> byPath_;
-  std::unordered_map<const FbxNode*, Bone> byNode_;
 };
 
 // The clusters of all skins of the mesh, in order.
@@ -129,8 +100,8 @@ FbxVector4 ExportMesh::ToOutputSpace(const GroupMesh& mesh, const FbxVector4& po
   return result;
 }
 
-bool ExportMesh::FillInControlPoints(GroupMesh& mesh, const PathIndex& paths, const BoneMap& bones,
-                                     MeshGroup& group) const {
+bool ExportMesh::FillInControlPoints(GroupMesh& mesh, const PathIndex& paths,
+                                     const BoneNameMap& bones, MeshGroup& group) const {
   const FbxNode* node = paths.FirstWithPathOf(mesh.holder->node);
   if (node == nullptr) node = FbxWrapper::getInstance(args_)->GetNodeByPath(mesh.holder->path);
   if (node == nullptr || GetAttributeType(node) != FbxNodeAttribute::eMesh) return false;
@@ -138,7 +109,7 @@ bool ExportMesh::FillInControlPoints(GroupMesh& mesh, const PathIndex& paths, co
 }
 
 bool ExportMesh::FillInControlPointsForMesh(GroupMesh& mesh, const FbxNode* node,
-                                            const BoneMap& bones, MeshGroup& group) const {
+                                            const BoneNameMap& bones, MeshGroup& group) const {
   const std::string path = BuildRootNodeName(node, nullptr);
   if (path != mesh.holder->path || mesh.mesh == nullptr) return false;
   mesh.meshInit = node->EvaluateGlobalTransform() * GetGeometry(node);
@@ -183,23 +154,22 @@ bool ExportMesh::FillInControlPointsForMesh(GroupMesh& mesh, const FbxNode* node
       FillInControlPointsForSkinnedBones(mesh, bones, group)) {
     return true;
   }
-  WeightMeshToParentNode(mesh, bones, group);
+  WeightMeshToParentNode(mesh, node, bones, group);
   return true;
 }
 
-bool ExportMesh::FillInControlPointsForSkinnedBones(const GroupMesh& mesh, const BoneMap& bones,
+bool ExportMesh::FillInControlPointsForSkinnedBones(const GroupMesh& mesh, const BoneNameMap& bones,
                                                     MeshGroup& group) const {
   const size_t pointCount = mesh.controlPointCount;
   const std::string beginOfError =
       "Mesh " + mesh.holder->name + " (" + mesh.holder->path + ") is skinned to bone [";
-  BoneFinder finder(bones);
   int linkMode = -1;
   std::vector<const FbxCluster*> clusters;  // of bones of the skeleton
   for (const FbxCluster* cluster : GatherClusters(*mesh.mesh)) {
     linkMode = cluster->GetLinkMode();
     const FbxNode* link = cluster->GetLink();
     if (link == nullptr) continue;
-    if (finder.Find(link).rank >= 0) {
+    if (bones.Find(link) != nullptr) {
       clusters.push_back(cluster);
       continue;
     }
@@ -224,7 +194,7 @@ bool ExportMesh::FillInControlPointsForSkinnedBones(const GroupMesh& mesh, const
 
   std::vector<StoredWeight> stored(ends[pointCount]);
   for (const FbxCluster* cluster : clusters) {
-    const Bone bone = finder.Find(cluster->GetLink());
+    const Bone bone = *bones.Find(cluster->GetLink());
     VisitWeights(*cluster, pointCount, [&](size_t point, double weight) {
       stored[ends[point]++] = {bone.rank, bone.id, static_cast<float>(weight)};
     });
@@ -251,12 +221,12 @@ bool ExportMesh::FillInControlPointsForSkinnedBones(const GroupMesh& mesh, const
   return true;
 }
 
-bool ExportMesh::WeightMeshToParentNode(const GroupMesh& mesh, const BoneMap& bones,
-                                        MeshGroup& group) {
-  const auto bone = bones.find(mesh.holder->path);
-  if (bone == bones.end()) return false;
+bool ExportMesh::WeightMeshToParentNode(const GroupMesh& mesh, const FbxNode* node,
+                                        const BoneNameMap& bones, MeshGroup& group) {
+  const Bone* bone = bones.Find(node);
+  if (bone == nullptr) return false;
   const auto weight = static_cast<uint32_t>(group.weights.size());
-  group.weights.push_back({bone->second, 1.0F});
+  group.weights.push_back({bone->id, 1.0F});
   for (size_t i = 0; i < mesh.controlPointCount; ++i) {
     ControlPoint& point = group.controlPoints[mesh.firstControlPoint + i];
     point.firstWeight = weight;

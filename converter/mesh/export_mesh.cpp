@@ -32,7 +32,7 @@ bool ExportMesh::Export(bool /*unused*/) {
     return false;
   }
   wrapper->BuildMeshesOnSkeletonsList(args_);
-  const BoneMap bones = BuildBoneNameMap(BuildSkeleton(wrapper, root, args_));
+  const BoneNameMap bones = BuildBoneNameMap(BuildSkeleton(wrapper, root, args_));
   const std::vector<MeshHolder_*> selected = BuildSelectedMeshList();
   GroupMap groups;
   BuildGroupedMeshLists(groups, selected);
@@ -73,7 +73,7 @@ void ExportMesh::BuildGroupedMeshLists(GroupMap& groups,
 
 bool ExportMesh::ExportMeshesGroupedAsSubmeshes(const std::string& groupName,
                                                 const std::vector<MeshHolder_*>& holders,
-                                                const PathIndex& paths, const BoneMap& bones,
+                                                const PathIndex& paths, const BoneNameMap& bones,
                                                 MaterialMasterMap& master) {
   MeshGroup group;
   group.meshes.reserve(holders.size());

@@ -12,6 +12,7 @@
 #include "converter/material/material_master_map.h"
 #include "converter/mesh/mesh_group.h"
 #include "converter/mesh/mesh_holder.h"
+#include "converter/skeleton/bone_name_map.h"
 
 class CalCoreSubmesh;
 class FbxWrapper;
@@ -38,7 +39,6 @@ bool isMeshNameMatch(const ConversionArguments& args, const MeshHolder_* holder)
 class ExportMesh {
  public:
   using GroupMap = std::map<std::string, std::vector<MeshHolder_*>>;
-  using BoneMap = std::map<std::string, int>;
 
   // `args` must stay alive as long as the exporter.
   explicit ExportMesh(ConversionArguments& args) : args_(args) {}
@@ -56,7 +56,7 @@ class ExportMesh {
 
   // The bones of the skeleton that the command names and, in `skeletonName`, the path of its root.
   // Empty, and "RootNode", if it names none.
-  BoneMap BoneNameMapForSkeleton(std::string& skeletonName);
+  BoneNameMap BoneNameMapForSkeleton(std::string& skeletonName);
   // The number of those bones.
   int BoneCountInSkeletonForListing(std::string& skeletonName);
   // The meshes on that skeleton; all meshes of the scene, and no name, if the command has no root.
@@ -68,21 +68,22 @@ class ExportMesh {
  private:
   bool ExportMeshesGroupedAsSubmeshes(const std::string& groupName,
                                       const std::vector<MeshHolder_*>& holders,
-                                      const PathIndex& paths, const BoneMap& bones,
+                                      const PathIndex& paths, const BoneNameMap& bones,
                                       MaterialMasterMap& master);
 
   // These append the control points of a mesh, with their weights, and set the parts of `mesh` that
   // have to do with points. False if the mesh can't be found again or has no points; then nothing
   // is appended.
-  bool FillInControlPoints(GroupMesh& mesh, const PathIndex& paths, const BoneMap& bones,
+  bool FillInControlPoints(GroupMesh& mesh, const PathIndex& paths, const BoneNameMap& bones,
                            MeshGroup& group) const;
-  bool FillInControlPointsForMesh(GroupMesh& mesh, const FbxNode* node, const BoneMap& bones,
+  bool FillInControlPointsForMesh(GroupMesh& mesh, const FbxNode* node, const BoneNameMap& bones,
                                   MeshGroup& group) const;
   void FillInControlPointsForMorph(GroupMesh& mesh) const;
   void DumpMorphPoints(const GroupMesh& mesh, const MorphChannel& channel) const;
-  bool FillInControlPointsForSkinnedBones(const GroupMesh& mesh, const BoneMap& bones,
+  bool FillInControlPointsForSkinnedBones(const GroupMesh& mesh, const BoneNameMap& bones,
                                           MeshGroup& group) const;
-  static bool WeightMeshToParentNode(const GroupMesh& mesh, const BoneMap& bones, MeshGroup& group);
+  static bool WeightMeshToParentNode(const GroupMesh& mesh, const FbxNode* node,
+                                     const BoneNameMap& bones, MeshGroup& group);
   // A point of the mesh in the output space.
   FbxVector4 ToOutputSpace(const GroupMesh& mesh, const FbxVector4& point) const;
 

@@ -8,7 +8,7 @@
 #include "converter/scene/node_paths.h"
 #include "converter/skeleton/skeleton_roots.h"
 
-ExportMesh::BoneMap ExportMesh::BoneNameMapForSkeleton(std::string& skeletonName) {
+BoneNameMap ExportMesh::BoneNameMapForSkeleton(std::string& skeletonName) {
   skeletonName = kRootNodeName;
   if (args_.skeletonRootPath.empty()) return {};
   FbxWrapper* wrapper = FbxWrapper::getInstance(args_);
@@ -22,7 +22,7 @@ ExportMesh::BoneMap ExportMesh::BoneNameMapForSkeleton(std::string& skeletonName
 }
 
 int ExportMesh::BoneCountInSkeletonForListing(std::string& skeletonName) {
-  return static_cast<int>(BoneNameMapForSkeleton(skeletonName).size());
+  return BoneNameMapForSkeleton(skeletonName).Count();
 }
 
 std::vector<MeshHolder_*> ExportMesh::ListMeshesForSkeleton(std::string& skeletonName) {

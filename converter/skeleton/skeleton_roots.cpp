@@ -20,13 +20,7 @@ NodeSpan BuildSkeleton(FbxWrapper* wrapper, const FbxNode* root, const Conversio
   return {};
 }
 
-std::map<std::string, int> BuildBoneNameMap(NodeSpan nodes) {
-  std::map<std::string, int> indices;
-  for (size_t i = 0; i < nodes.size(); ++i) {
-    indices[BuildRootNodeName(nodes[i], nullptr)] = static_cast<int>(i);
-  }
-  return indices;
-}
+BoneNameMap BuildBoneNameMap(NodeSpan nodes) { return BoneNameMap(nodes); }
 
 FbxNode* GetSkeletonRoot(FbxWrapper* wrapper, ConversionArguments& args) {
   if (FbxNode* node = wrapper->GetNodeByPath(args.skeletonRootPath)) return node;
