@@ -201,12 +201,14 @@ MeshesBySkeleton FbxWrapper::BuildMeshesOnSkeletonsList(const ConversionArgument
   }
   MeshesBySkeleton result;
   for (size_t i = 0; i < skeletons.size(); ++i) {
-    if (bySkeleton[i].empty()) continue;
-    std::vector<MeshHolder_*>& meshes = result[BuildNodeName({}, skeletons[i].front(), nullptr)];
-    for (MeshHolder_* holder : bySkeleton[i]) {
+    // Moved out, so that one of the two lists is gone when the next is made.
+    const std::vector<MeshHolder_*> onSkeleton = std::move(bySkeleton[i]);
+    if (onSkeleton.empty()) continue;
+    for (MeshHolder_* holder : onSkeleton) {
       if (holder->skeletonRoot == nullptr) holder->skeletonRoot = skeletons[i].front();
-      meshes.push_back(holder);
     }
+    std::vector<MeshHolder_*>& meshes = result[BuildNodeName({}, skeletons[i].front(), nullptr)];
+    meshes.insert(meshes.end(), onSkeleton.begin(), onSkeleton.end());
   }
   return result;
 }
