@@ -11,7 +11,7 @@ PointTree::PointTree(const std::vector<FbxVector4>& points, const std::vector<bo
       leaves_(points.size()),
       wasOn_(isOn) {
   std::iota(order_.begin(), order_.end(), 0U);
-  nodes_.reserve(points.size() / 4 + 1);
+  nodes_.reserve(4 * points.size() / kLeafSize + 1);
   nodes_.push_back({0, static_cast<uint32_t>(points.size()), 0});
   // Children are appended behind, so that this walks the tree level by level.
   for (uint32_t node = 0; node < nodes_.size(); ++node) Build(node, isOn);

@@ -19,7 +19,7 @@ class PointTree {
                      uint32_t next) const;
 
  private:
-  static constexpr uint32_t kLeafSize = 16;
+  static constexpr uint32_t kLeafSize = 64;
 
   struct Node {
     uint32_t first;  // in order_
