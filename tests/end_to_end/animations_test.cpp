@@ -1,17 +1,11 @@
 // Scenes in, animation listings and animation files out, through the program.
 #include <limits>
-#include <string>
-#include <vector>
 
-#include <boost/shared_ptr.hpp>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "cal3d/io/loader.h"
 #include "cal3d/model/core_animation.h"
-#include "tests/support/clip_scene.h"
-#include "tests/support/run_program.h"
-#include "tests/support/temp_dir.h"
+#include "tests/end_to_end/program_test.h"
 
 namespace {
 
@@ -19,14 +13,13 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr const char* kVersionLine = "VERSION: 012 FBX lib version 1.0.0\n";
 constexpr const char* kHips = "--root=RootNode/Hips";
 // Behind the name, in a clip of frames 0 to 20.
 const std::string kTo20 =
     " MODE: 30 frames/s PROTOCOL:  Default protocol (initialized to eFRAMES) START: 0 END: 20 "
     "DURATION: 20\n";
 
-class Animations : public testing::Test {
+class Animations : public SceneTest {
  protected:
   Animations() : hips_(scene_.Bone("Hips")) {}
 
@@ -37,23 +30,13 @@ class Animations : public testing::Test {
     return clip;
   }
 
-  // What the program prints behind its version line.
-  std::string Run(std::vector<std::string> words) {
-    folder_.Write("s.fbx", scene_.builder.Write());
-    words.insert(words.begin(), "-2");
-    const RunResult result = RunVeltrum(words, folder_.Path());
-    EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_TRUE(result.out.starts_with(kVersionLine));
-    return result.out.substr(std::min(result.out.size(), std::string(kVersionLine).size()));
-  }
-
   CalCoreAnimation Load(const std::string& name) {
-    const std::string bytes = ReadFile(folder_.File(name));
+    const std::string bytes = File(name);
     return *CalLoader::loadCoreAnimation(CalBufferSource(bytes.data(), bytes.size()));
   }
 
   // Exports the clip "Walk" of the hips with further options and loads it.
-  CalCoreAnimation ExportWalk(std::vector<std::string> options = {}) {
+  CalCoreAnimation ExportWalk(Words options = {}) {
     options.insert(options.end(), {kHips, "s.fbx", "export", "anim", "Walk"});
     EXPECT_EQ(Run(options), "ANIMATION: Walk FILENAME: Walk.xaf\n");
     return Load("Walk.xaf");
@@ -65,9 +48,7 @@ class Animations : public testing::Test {
     return times;
   }
 
-  ClipScene scene_;
   int64_t hips_;
-  TempDir folder_;
 };
 
 TEST_F(Animations, ListingCountsThirtiethsAndSortsByCurveText) {
@@ -166,20 +147,18 @@ TEST_F(Animations, KeyframesAreTheKeyedFramesOfEachBone) {
   EXPECT_THAT(Times(walk.tracks[2]), ElementsAre());  // scaling makes a track, but no keyframe
 }
 
-TEST_F(Animations, OptionsOfTheOutputSpace) {
-  Walk("Walk", 5);
-  EXPECT_EQ(ExportWalk().tracks[0].keyframes[1].translation.x, 5);
-  EXPECT_EQ(ExportWalk({"--scale=2"}).tracks[0].keyframes[1].translation.x, 10);
-  const CalVector turned = ExportWalk({"--up=y", "--front=-z"}).tracks[0].keyframes[1].translation;
-  EXPECT_EQ(turned.x, -5);  // that pair's new x is -x
-}
-
-TEST_F(Animations, TranslationsTakeTheScaleOfTheNodeVisitedLast) {
+TEST_F(Animations, TranslationsTakeAxesAndScales) {
   const int64_t big = scene_.Bone("Big", hips_, {P("Lcl Scaling", {3, 1, 1})});
   const ClipScene::Clip clip = Walk("Walk", 5);
-  EXPECT_EQ(ExportWalk().tracks[0].keyframes[1].translation.x, 5);
-  scene_.Key(clip.layer, big, "SX", {0, 1, 2}, {9, 9, 9});  // its rest scale counts
-  EXPECT_EQ(ExportWalk().tracks[0].keyframes[1].translation.x, 15);
+  const auto highest = [this](const Words& options) {
+    return ExportWalk(options).tracks.at(0).keyframes.at(1).translation.x;
+  };
+  EXPECT_EQ(highest({}), 5);
+  EXPECT_EQ(highest({"--scale=2"}), 10);
+  EXPECT_EQ(highest({"--up=y", "--front=-z"}), -5);  // that pair's new x is -x
+  // The rest scale of the moved node that was visited last counts.
+  scene_.Key(clip.layer, big, "SX", {0, 1, 2}, {9, 9, 9});
+  EXPECT_EQ(highest({}), 15);
 }
 
 TEST_F(Animations, SelectionAndFailures) {
@@ -194,14 +173,14 @@ TEST_F(Animations, SelectionAndFailures) {
   EXPECT_EQ(Run({"--root=RootNode/Prop", "s.fbx", "export", "anim", "Both"}),
             "ANIMATION: Both FILENAME: Both.xaf\n");
   EXPECT_EQ(Load("Both.xaf").tracks.size(), 1U);  // the other bone belongs to another skeleton
-  folder_.Write("no.directory", "");
+  dir_.Write("no.directory", "");
   EXPECT_EQ(Run({kHips, "--directory=no.directory", "s.fbx", "export", "anim", "Walk", "Both"}),
             "ERROR: Failed to create file no.directory/Walk.xaf for ANIMATION Walk\n"
             "ERROR: Failed to create file no.directory/Both.xaf for ANIMATION Both\n");
   // Known to the complete list alone, whose name is no skeleton: no bones, no tracks.
   EXPECT_EQ(Run({"--root=COMPLETE_SKELETAL_ANIM_LIST", "s.fbx", "export", "anim", "Walk"}),
             "ERROR: Failed to create file Walk.xaf for ANIMATION Walk\n");
-  EXPECT_FALSE(FileExists(folder_.File("Walk.xaf")));
+  EXPECT_FALSE(Exists("Walk.xaf"));
 }
 
 TEST_F(Animations, MorphsAreTiedToSkeletonsByTheNamesOfTargets) {
@@ -209,13 +188,12 @@ TEST_F(Animations, MorphsAreTiedToSkeletonsByTheNamesOfTargets) {
   const ClipScene::Morphed face = scene_.Mesh("Face", {"smile", "blink"});
   scene_.Skin(face.mesh, hips_);
   scene_.Skin(face.mesh, other);
-  const ClipScene::Clip talk = scene_.AddClip("Talk", 0, 20);
-  scene_.KeyMorph(talk.layer, face.channels[1], {0, 10, 20}, {0, 100, 50});
-  scene_.KeyMorph(talk.layer, face.channels[0], {0.5, 10, 20}, {100.0004F, 0.0004F, -20});
-  // Another stack with the same curves adds nothing, not even its name.
-  const ClipScene::Clip again = scene_.AddClip("A", 0, 20);
-  scene_.KeyMorph(again.layer, face.channels[1], {0, 10, 20}, {0, 100, 50});
-  scene_.KeyMorph(again.layer, face.channels[0], {0.5, 10, 20}, {100.0004F, 0.0004F, -20});
+  // The second stack has the same curves and adds nothing, not even its name.
+  for (const char* stack : {"Talk", "A"}) {
+    const ClipScene::Clip clip = scene_.AddClip(stack, 0, 20);
+    scene_.KeyMorph(clip.layer, face.channels[1], {0, 10, 20}, {0, 100, 50});
+    scene_.KeyMorph(clip.layer, face.channels[0], {0.5, 10, 20}, {100.0004F, 0.0004F, -20});
+  }
   const std::string line = "MORPH: Talk-smile-blink" + kTo20;
   EXPECT_EQ(Run({"s.fbx", "list", "morphanim"}), line);
   EXPECT_EQ(Run({kHips, "s.fbx", "list", "morphanim"}), line);
@@ -224,7 +202,7 @@ TEST_F(Animations, MorphsAreTiedToSkeletonsByTheNamesOfTargets) {
 
   EXPECT_EQ(Run({kHips, "s.fbx", "export", "morphanim", "Talk-smile-blink"}),
             "MORPHANIMS: Talk-smile-blink FILENAME: Talk-smile-blink.xpf\n");
-  const std::string file = ReadFile(folder_.File("Talk-smile-blink.xpf"));
+  const std::string file = File("Talk-smile-blink.xpf");
   EXPECT_THAT(file, HasSubstr("DURATION=\"0.6666667\" NUMTRACKS=\"2\""));
   EXPECT_LT(file.find("MORPHNAME=\"smile\""), file.find("MORPHNAME=\"blink\""));
   // Times aren't truncated to frames, weights are rounded to thousandths of a percent.
@@ -262,31 +240,11 @@ TEST_F(Animations, MorphsOfAStackThatAlsoMoves) {
 }
 
 TEST_F(Animations, SceneWithoutSkeletonHasNoAnimations) {
-  ClipScene plain;
-  const int64_t node = plain.builder.AddModel("Node");
-  plain.builder.Connect(node, SceneBuilder::kRoot);
-  const ClipScene::Clip clip = plain.AddClip("Walk", 0, 20);
-  plain.Key(clip.layer, node, "TX", {0, 10, 20}, {0, 1, 2});
-  scene_ = plain;
+  scene_ = ClipScene();
+  const int64_t node = scene_.Node("Node");
+  scene_.Key(scene_.AddClip("Walk", 0, 20).layer, node, "TX", {0, 10, 20}, {0, 1, 2});
   EXPECT_EQ(Run({"s.fbx", "list", "anim"}), "");
   EXPECT_EQ(Run({"s.fbx", "export", "anim", "Walk"}), "");
-}
-
-TEST_F(Animations, CommandsOfOneRun) {
-  Walk("Walk", 5);
-  ClipScene other;
-  const int64_t hips = other.Bone("Hips");
-  const ClipScene::Clip clip = other.AddClip("Walk", 0, 20);
-  other.Key(clip.layer, hips, "TX", {0, 10, 20}, {0, 8, 0});
-  folder_.Write("b.fbx", other.builder.Write());
-  // The same file again after another one: the scene was loaded anew.
-  EXPECT_EQ(Run({kHips,   "s.fbx",     "export", "anim",   "Walk", "-",  //
-                 "b.fbx", "list",      "anim",   "-",                    //
-                 kHips,   "s.fbx",     "export", "anim",   "Walk", "-",  //
-                 kHips,   "--scale=2", "s.fbx",  "export", "anim", "Walk"}),
-            "ANIMATION: Walk FILENAME: Walk.xaf\nANIM: Walk" + kTo20 +
-                "ANIMATION: Walk FILENAME: Walk.xaf\nANIMATION: Walk FILENAME: Walk.xaf\n");
-  EXPECT_EQ(Load("Walk.xaf").tracks[0].keyframes[1].translation.x, 10);
 }
 
 TEST_F(Animations, VerboseForms) {
@@ -301,17 +259,17 @@ TEST_F(Animations, VerboseForms) {
   EXPECT_THAT(one, HasSubstr("ANIM: Walk" + kTo20 + "\t: " + skeletal + "\n"));
   EXPECT_THAT(one, HasSubstr("MORPH: Walk-smile" + kTo20 + "MORPH: Walk-smile: " + morph + "\n"));
   EXPECT_THAT(one, Not(HasSubstr("DATA")));
-  const std::string two = Run({"-v", "-v", "s.fbx", "list", "anim"});
+  const std::string two = Run({"-vv", "s.fbx", "list", "anim"});
   EXPECT_THAT(two, HasSubstr("\n" + skeletal + "\n"));
   EXPECT_THAT(two, HasSubstr("\nCOMPLETE_MORPH_ANIM_LIST\n " + morph + "\n"));
   EXPECT_THAT(two, Not(HasSubstr("DATA")));
-  const std::string three = Run({"-v", "-v", "-v", "s.fbx", "list", "anim"});
+  const std::string three = Run({"-vvv", "s.fbx", "list", "anim"});
   EXPECT_THAT(three, HasSubstr("\nAnimation Stacks: 1\n"));
   EXPECT_THAT(three,
               HasSubstr("found morph animation in stack Walk on node Face; target: smile\n"));
   EXPECT_THAT(three, HasSubstr("DATA:smile 3\n0:0 10:100 20:0 \n"));
   EXPECT_THAT(three, HasSubstr("DATA: " + text + "\n"));
-  EXPECT_THAT(Run({"-v", "-v", kHips, "s.fbx", "export", "anim", "Walk"}),
+  EXPECT_THAT(Run({"-vv", kHips, "s.fbx", "export", "anim", "Walk"}),
               HasSubstr("\nHips 0 0\nFace 1 1\nANIMATION: Walk FILENAME"));
 }
 
@@ -321,7 +279,7 @@ TEST_F(Animations, HostileKeys) {
   const ClipScene::Clip clip = scene_.AddClip("Walk", -1e9, 5e9);
   scene_.KeyTicks(clip.layer, hips_, "TX", {-kMax, 0, kMax}, {kNaN, 3e38F, -3e38F});
   scene_.KeyTicks(clip.layer, hips_, "TY", {ClipScene::Ticks(7), 0, 0}, {1, 2});
-  const std::string list = Run({"-v", "-v", "-v", "s.fbx", "list", "anim"});
+  const std::string list = Run({"-vvv", "s.fbx", "list", "anim"});
   EXPECT_THAT(list, HasSubstr("DATA: Hips TX 3\n-5990997586:nan 0:"));
   ExportWalk();
 }
@@ -333,17 +291,6 @@ TEST_F(Animations, DeepSkeleton) {
   scene_.Key(clip.layer, bone, "TX", {0, 10, 20}, {0, 1, 0});
   EXPECT_EQ(Run({"s.fbx", "list", "anim"}), "ANIM: Walk" + kTo20);
   EXPECT_EQ(ExportWalk().tracks.size(), 2U);
-}
-
-TEST_F(Animations, SampleAvatar) {
-  const std::string avatar = SamplesDirectory() + "/avatar.fbx";
-  const std::string list = Run({avatar, "list"});
-  EXPECT_THAT(list, HasSubstr("ANIM: Walk "));
-  EXPECT_THAT(list, HasSubstr("MORPH: Wave-smile "));
-  EXPECT_EQ(Run({kHips, avatar, "export", "anim", "Walk"}), "ANIMATION: Walk FILENAME: Walk.xaf\n");
-  EXPECT_EQ(Run({kHips, avatar, "export", "morphanim", "Wave-smile"}),
-            "MORPHANIMS: Wave-smile FILENAME: Wave-smile.xpf\n");
-  EXPECT_THAT(ReadFile(folder_.File("Wave-smile.xpf")), HasSubstr("MORPHNAME=\"smile\""));
 }
 
 }  // namespace

@@ -1,140 +1,105 @@
 // Scenes in, listings and skeleton files out, through the program.
-#include <string>
-#include <vector>
+#include <filesystem>
 
 #include <boost/shared_ptr.hpp>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "cal3d/io/loader.h"
 #include "cal3d/model/core_skeleton.h"
-#include "tests/support/fbx_builder.h"
-#include "tests/support/run_program.h"
-#include "tests/support/temp_dir.h"
+#include "tests/end_to_end/program_test.h"
 
 namespace {
 
+using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr const char* kVersionLine = "VERSION: 012 FBX lib version 1.0.0\n";
-
 FbxRecord Translation(double x, double y, double z) { return P("Lcl Translation", {x, y, z}); }
-FbxRecord Rotation(double x, double y, double z) { return P("Lcl Rotation", {x, y, z}); }
-FbxRecord Scaling(double x, double y, double z) { return P("Lcl Scaling", {x, y, z}); }
 
-class Skeletons : public testing::Test {
+class Skeletons : public SceneTest {
  protected:
-  // A bone below `parent`.
-  int64_t Bone(const std::string& name, int64_t parent, FbxRecords properties = {}) {
-    const int64_t bone = scene_.AddModel(name, "LimbNode", std::move(properties));
-    scene_.Connect(scene_.AddNodeAttribute(name, "LimbNode"), bone);
-    scene_.Connect(bone, parent);
-    return bone;
-  }
-
-  int64_t Node(const std::string& name, int64_t parent, FbxRecords properties = {}) {
-    const int64_t node = scene_.AddModel(name, "Null", std::move(properties));
-    scene_.Connect(node, parent);
-    return node;
-  }
-
-  int64_t Mesh(const std::string& name, int64_t parent) {
-    const int64_t mesh = scene_.AddMesh(name, {0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, -3});
-    const int64_t node = scene_.AddModel(name, "Mesh");
-    scene_.Connect(mesh, node);
-    scene_.Connect(node, parent);
-    return mesh;
-  }
-
-  void Influence(int64_t mesh, int64_t bone, double weight) {
-    const std::vector<double> identity = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-    const int64_t skin = scene_.AddSkin();
-    const int64_t cluster = scene_.AddCluster("", {0}, {weight}, identity, identity);
-    scene_.Connect(skin, mesh);
-    scene_.Connect(cluster, skin);
-    scene_.Connect(bone, cluster);
-  }
-
-  // A bind pose with translations only.
-  void BindPose(const std::vector<std::pair<int64_t, std::vector<double>>>& entries) {
-    FbxRecords records = {{"NbPoseNodes", {static_cast<int32_t>(entries.size())}}};
-    for (const auto& [node, t] : entries) {
-      records.push_back(
-          {"PoseNode",
-           {},
-           {{"Node", {node}},
-            {"Matrix",
-             {std::vector<double>{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, t[0], t[1], t[2], 1}}}}});
-    }
-    scene_.AddObject("Pose", "Pose", "bind", "BindPose", {}, std::move(records));
-  }
-
-  // What the program prints behind its version line.
-  std::string Run(std::vector<std::string> words) {
-    folder_.Write("s.fbx", scene_.Write());
-    words.insert(words.begin(), "-2");
-    const RunResult result = RunVeltrum(words, folder_.Path());
-    EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_TRUE(result.out.starts_with(kVersionLine));
-    return result.out.substr(std::min(result.out.size(), std::string(kVersionLine).size()));
-  }
-
   boost::shared_ptr<CalCoreSkeleton> Load(const std::string& name) {
-    const std::string bytes = ReadFile(folder_.File(name));
+    const std::string bytes = File(name);
     return CalLoader::loadCoreSkeleton(CalBufferSource(bytes.data(), bytes.size()));
   }
 
-  // Exports from `root` with further options and loads the result.
-  boost::shared_ptr<CalCoreSkeleton> Export(const std::string& root,
-                                            std::vector<std::string> options = {}) {
+  // Exports from `root` with further options, and checks where the bones stand below their parents.
+  boost::shared_ptr<CalCoreSkeleton> Export(const std::string& root, Words options,
+                                            const std::vector<CalVector>& translations) {
     options.insert(options.end(), {"--root=" + root, "s.fbx", "export", "skel", "out"});
     Run(options);
-    return Load("out.xsf");
+    auto skeleton = Load("out.xsf");
+    EXPECT_EQ(skeleton->coreBones.size(), translations.size());
+    for (size_t i = 0; i < std::min(skeleton->coreBones.size(), translations.size()); ++i) {
+      SCOPED_TRACE(options[0] + ", bone " + std::to_string(i));
+      ExpectVector(skeleton->coreBones[i]->relativeTranslation, translations[i]);
+    }
+    return skeleton;
   }
 
-  static void ExpectVector(const CalVector& v, float x, float y, float z) {
-    EXPECT_NEAR(v.x, x, 1e-4);
-    EXPECT_NEAR(v.y, y, 1e-4);
-    EXPECT_NEAR(v.z, z, 1e-4);
+  static void ExpectVector(const CalVector& v, const CalVector& expected) {
+    EXPECT_NEAR(v.x, expected.x, 1e-4);
+    EXPECT_NEAR(v.y, expected.y, 1e-4);
+    EXPECT_NEAR(v.z, expected.z, 1e-4);
   }
 
-  SceneBuilder scene_;
-  TempDir folder_;
+  static Words Names(const CalCoreSkeleton& skeleton) {
+    Words names;
+    for (const auto& bone : skeleton.coreBones) names.push_back(bone->name);
+    return names;
+  }
 };
 
-TEST_F(Skeletons, ListingNamesCountsAndMeshes) {
-  const int64_t left = Node("Left", SceneBuilder::kRoot);
-  const int64_t right = Node("Right", SceneBuilder::kRoot);
-  const int64_t leftHips = Bone("Hips", left);
-  Bone("Spine", leftHips);
-  const int64_t rightHips = Bone("Hips", right);
-  Influence(Mesh("Coat", SceneBuilder::kRoot), leftHips, 0.5);
-  Influence(Mesh("Body", SceneBuilder::kRoot), leftHips, 1.0);
-  Influence(Mesh("Hat", SceneBuilder::kRoot), rightHips, 0.0);  // a bone that moves nothing
-  EXPECT_EQ(
-      Run({"s.fbx", "list", "skel"}),
-      "NODE: RootNode/Left/Hips MESHCOUNT: 2 FRIENDLYSKELNAME: RootNode/Left/Hips MESHNAME: Body "
-      "MESHNAME: Coat BONECOUNT: 2\n"
-      "NODE: RootNode/Right/Hips MESHCOUNT: 0 FRIENDLYSKELNAME: RootNode/Right/Hips BONECOUNT: "
-      "1\n"
-      "NODE: RootNode MESHCOUNT: 1 FRIENDLYSKELNAME: No Skeleton MESHNAME: Hat BONECOUNT: 6\n");
-  EXPECT_THAT(Run({"--root=RootNode/Left/Hips", "-v", "s.fbx", "list", "skel"}),
-              HasSubstr("\nNODE 0:eSkeleton: Hips\nNODE 0:eSkeleton: Hips/Spine\n"));
-  EXPECT_EQ(Run({"--root=RootNode/Left/Hips", "s.fbx", "list", "skel"}),
-            "NODE: Hips\nNODE: Hips/Spine\n");
-  EXPECT_EQ(Run({"--root=RootNode/None", "s.fbx", "list", "skel"}), "");
+TEST_F(Skeletons, ListsWithTheirMeshes) {
+  const std::string hips = "NODE: RootNode/group/Hips MESHCOUNT: 2 FRIENDLYSKELNAME: ";
+  const std::string rest =
+      "NODE: RootNode/Tail MESHCOUNT: 1 FRIENDLYSKELNAME: Tail MESHNAME: Hair BONECOUNT: 2\n";
+  const int64_t bone = scene_.Bone("Hips", scene_.Node("group"));
+  scene_.Bone("Spine", bone);
+  const int64_t tail = scene_.Bone("Tail");
+  scene_.Mesh("Hair", {}, tail);
+  scene_.Skin(scene_.Mesh("Coat").mesh, bone, 0.5);
+  scene_.Skin(scene_.Mesh("Body").mesh, bone);
+  EXPECT_EQ(Run({"s.fbx", "list", "skel"}),
+            hips + "Hips MESHNAME: Body MESHNAME: Coat BONECOUNT: 2\n" + rest);
+  // Meshes of no skeleton, and of two skeletons with one name the paths.
+  scene_.Mesh("zz");
+  scene_.Skin(scene_.Mesh("Hat").mesh, tail, 0.0);  // a bone that moves nothing
+  scene_.Bone("Hips");
+  EXPECT_EQ(Run({"s.fbx", "list", "nodes"}),
+            hips + "RootNode/group/Hips MESHNAME: Body MESHNAME: Coat BONECOUNT: 2\n" + rest +
+                "NODE: RootNode/Hips MESHCOUNT: 0 FRIENDLYSKELNAME: RootNode/Hips BONECOUNT: 1\n"
+                "NODE: RootNode MESHCOUNT: 2 FRIENDLYSKELNAME: No Skeleton MESHNAME: Hat MESHNAME: "
+                "zz BONECOUNT: 6\n");
 }
 
-TEST_F(Skeletons, WhereSkeletonsBegin) {
-  const int64_t rig = Node("MyROOTs", SceneBuilder::kRoot);
-  const int64_t hips = Bone("Hips", rig);
-  const int64_t spine = Bone("Spine_root", hips);
-  const int64_t old = Node("old skeleton.Room 2", SceneBuilder::kRoot);
-  Mesh("Cap", spine);
-  const int64_t glove = Mesh("Glove", SceneBuilder::kRoot);
-  Influence(glove, hips, 1.0);
-  Influence(glove, old, 1.0);
+TEST_F(Skeletons, ListsTheNodesOfOne) {
+  const int64_t hips = scene_.Bone("Hips");
+  scene_.Bone("Spine", hips);
+  scene_.Node("bare", hips);
+  scene_.Mesh("Body");
+  EXPECT_EQ(Run({"-rRootNode/Hips", "s.fbx", "list", "node"}),
+            "NODE: Hips\nNODE: Hips/Spine\nNODE: Hips/bare\n");
+  // The numbers are by full path, so a skeleton below the scene's root shows none.
+  EXPECT_THAT(Run({"-v", "-rRootNode/Hips", "s.fbx", "list", "node"}),
+              EndsWith("\nNODE 0:eSkeleton: Hips\nNODE 0:eSkeleton: Hips/Spine\n"
+                       "NODE 0:eNull: Hips/bare\n"));
+  EXPECT_THAT(Run({"-v", "-rRootNode", "s.fbx", "list", "node"}),
+              EndsWith("\nNODE 0:eNull: RootNode\nNODE 1:eMesh: RootNode/Body\n"));
+  EXPECT_THAT(Run({"-vvv", "-rRootNode/Hips", "s.fbx", "list", "node"}),
+              HasSubstr("\nNODE 0:eSkeleton: Hips\n\tT:"));
+  // A path without a skeleton shows no nodes, and no error.
+  EXPECT_EQ(Run({"-rRootNode/Hips/Spine", "s.fbx", "list", "node"}), "");
+}
+
+TEST_F(Skeletons, BeginAtNodesWithANameOfRoots) {
+  const int64_t hips = scene_.Bone("Hips", scene_.Node("MyROOTs"));
+  const int64_t spine = scene_.Bone("Spine_root", hips);
+  scene_.Mesh("Cap", {}, spine);
+  const int64_t glove = scene_.Mesh("Glove").mesh;
+  scene_.Skin(glove, hips);
+  scene_.Skin(glove, scene_.Node("old skeleton.Room 2"));
   EXPECT_EQ(Run({"s.fbx", "list", "skel"}),
             "NODE: RootNode/MyROOTs MESHCOUNT: 2 FRIENDLYSKELNAME: MyROOTs MESHNAME: Cap MESHNAME: "
             "Glove BONECOUNT: 4\n"
@@ -146,109 +111,115 @@ TEST_F(Skeletons, WhereSkeletonsBegin) {
             "MESHNAME: Glove BONECOUNT: 1\n");
 }
 
-TEST_F(Skeletons, FindingTheRoot) {
-  EXPECT_THAT(Run({"s.fbx", "list", "skel"}), "ERROR: Fbx file contains no skeleton hierarchies\n");
+TEST_F(Skeletons, TheRootThatIsFound) {
+  const auto exported = [this] { return Run({"-rfind", "s.fbx", "export", "skel", "a"}); };
+  EXPECT_EQ(Run({"s.fbx", "list", "skel"}), "ERROR: Fbx file contains no skeleton hierarchies\n");
   EXPECT_EQ(
-      Run({"--root=find", "s.fbx", "export", "skel", "a"}),
+      exported(),
       "WARNING: No skeleton roots found in FBX, using RootNode\nSKELETON: a FILENAME: a.xsf\n");
-  Bone("Hips", SceneBuilder::kRoot);
-  EXPECT_EQ(
-      Run({"--root=find", "s.fbx", "export", "skel", "b b"}),
-      "WARNING: Using node RootNode/Hips as skeleton root\nSKELETON: b b FILENAME: b%20b.xsf\n");
-  Bone("Other", SceneBuilder::kRoot);
-  EXPECT_EQ(Run({"--root=find", "-d", "out", "s.fbx", "export", "skel", "c"}),
+  scene_.Bone("Hips");
+  EXPECT_EQ(exported(),
+            "WARNING: Using node RootNode/Hips as skeleton root\nSKELETON: a FILENAME: a.xsf\n");
+  scene_.Bone("Other");
+  EXPECT_EQ(exported(),
             "ERROR: You must choose a skeleton root:\n\n"
-            "ERROR: Failed to create file out/c.xsf for ANIMATION c\n");
+            "ERROR: Failed to create file a.xsf for ANIMATION a\n");
+}
+
+TEST_F(Skeletons, FilesOfAnExport) {
+  scene_.Bone("Left Hip");
+  std::filesystem::create_directory(dir_.File("out"));
+  const std::string root = "--root=RootNode/Left Hip";
+  EXPECT_EQ(Run({root, "s.fbx", "export", "skel", "Left Hip", "x/y"}),
+            "SKELETON: Left Hip FILENAME: Left%20Hip.xsf\nSKELETON: x/y FILENAME: x%2Fy.xsf\n");
+  EXPECT_EQ(File("Left%20Hip.xsf"), File("x%2Fy.xsf"));
+  EXPECT_EQ(Run({"-e", "-dout", root, "s.fbx", "export", "skel", "Left Hip"}),
+            "SKELETON: Left%20Hip FILENAME: out/Left%20Hip.xsf\n");
+  EXPECT_TRUE(Exists("out/Left%20Hip.xsf"));
+  EXPECT_EQ(Run({root, "s.fbx", "export", "skel"}), "");  // no names, no skeletons
+  EXPECT_EQ(Run({"-rNone", "s.fbx", "export", "skel", "My Hip"}),
+            "ERROR: Failed to create file My%20Hip.xsf for ANIMATION My Hip\n");
+  EXPECT_EQ(Run({"-dno/such", root, "s.fbx", "export", "skel", "b"}),
+            "ERROR: Failed to create file no/such/b.xsf for ANIMATION b\n");
 }
 
 // A Y-up scene: what is (x, y, z) there comes out as (x, -z, y).
 TEST_F(Skeletons, RestPoseFromTheScene) {
-  const int64_t hips = Bone("Hips", SceneBuilder::kRoot, {Translation(1, 90, 5), Scaling(2, 2, 2)});
-  const int64_t arm = Bone("Arm", hips, {Translation(10, 0, 0), Rotation(0, 0, 90)});
-  Bone("Hand", arm, {Translation(0, 4, 0)});
-  auto skeleton = Export("RootNode/Hips");
-  ASSERT_EQ(skeleton->coreBones.size(), 3U);
-  const CalCoreBone& root = *skeleton->coreBones[0];
-  ExpectVector(root.relativeTranslation, 1, -5, 90);
+  scene_.builder.SetAxes(1, 1, 2, 1, 0, 1);
+  const int64_t hips = scene_.Bone("Hips", SceneBuilder::kRoot,
+                                   {Translation(1, 90, 5), P("Lcl Scaling", {2, 2, 2})});
+  const int64_t arm =
+      scene_.Bone("Arm", hips, {Translation(10, 0, 0), P("Lcl Rotation", {0, 0, 90})});
+  scene_.Bone("Hand", arm, {Translation(0, 4, 0)});
+  // Bones hold no scaling: it goes into the translations below.
+  const auto skeleton = Export("RootNode/Hips", {}, {{1, -5, 90}, {20, 0, 0}, {0, 8, 0}});
+  const CalCoreBone& root = *skeleton->coreBones.at(0);
   EXPECT_NEAR(root.relativeRotation.x, 0.70710678, 1e-6);  // the turn of the axes: 90 about X
   EXPECT_NEAR(root.relativeRotation.w, 0.70710678, 1e-6);
-  const CalCoreBone& elbow = *skeleton->coreBones[1];
-  EXPECT_EQ(elbow.parentId, 0);
-  ExpectVector(elbow.relativeTranslation, 20, 0, 0);  // bones hold no scaling: it goes in here
+  const CalCoreBone& elbow = *skeleton->coreBones.at(1);
   EXPECT_NEAR(elbow.relativeRotation.z, 0.70710678, 1e-6);
-  ExpectVector(skeleton->coreBones[2]->relativeTranslation, 0, 8, 0);
   // Bone space takes the bone's own place in the file to the origin. The elbow lies at (21, -5,
   // 90), and its frame is turned by the root's turn and then its own.
-  ExpectVector(elbow.boneSpaceTranslation, -90, 21, -5);
+  ExpectVector(elbow.boneSpaceTranslation, {-90, 21, -5});
+  EXPECT_EQ(skeleton->coreBones.at(2)->parentId, 1);
 
-  auto scaled = Export("RootNode/Hips", {"--scale=3"});
-  ExpectVector(scaled->coreBones[0]->relativeTranslation, 3, -15, 270);
-  ExpectVector(scaled->coreBones[1]->relativeTranslation, 60, 0, 0);
-  auto turned = Export("RootNode/Hips", {"--up=y", "--front=z"});
-  ExpectVector(turned->coreBones[0]->relativeTranslation, 1, -90, -5);
+  Export("RootNode/Hips", {"--scale=3"}, {{3, -15, 270}, {60, 0, 0}, {0, 24, 0}});
+  Export("RootNode/Hips", {"--up=y", "--front=z"}, {{1, -90, -5}, {20, 0, 0}, {0, 0, 8}});
 }
 
 TEST_F(Skeletons, RestPoseFromTheBindPose) {
-  const int64_t hips = Bone("Hips", SceneBuilder::kRoot, {Translation(0, 1, 0)});
-  const int64_t spine = Bone("Spine", hips, {Translation(0, 2, 0)});
-  const int64_t head = Bone("Head", spine, {Translation(0, 4, 0)});
-  // The first entry of a pose doesn't count.
-  BindPose({{hips, {0, 70, 0}}, {spine, {0, 80, 0}}, {head, {0, 100, 0}}});
-  auto skeleton = Export("RootNode/Hips");
-  ExpectVector(skeleton->coreBones[0]->relativeTranslation, 0, 0, 1);
-  ExpectVector(skeleton->coreBones[1]->relativeTranslation, 0, 79, 0);
-  ExpectVector(skeleton->coreBones[2]->relativeTranslation, 0, 20, 0);
-  auto evaluated = Export("RootNode/Hips", {"-u"});
-  ExpectVector(evaluated->coreBones[1]->relativeTranslation, 0, 2, 0);
-  auto whole = Export("RootNode");  // from the scene's root the pose plays no part
-  ExpectVector(whole->coreBones[2]->relativeTranslation, 0, 2, 0);
+  const int64_t hips = scene_.Bone("Hips", SceneBuilder::kRoot, {Translation(0, 1, 0)});
+  const int64_t spine = scene_.Bone("Spine", hips, {Translation(0, 2, 0)});
+  const int64_t head = scene_.Bone("Head", spine, {Translation(0, 4, 0)});
+  FbxRecords records = {{"NbPoseNodes", {3}}};
+  for (const auto& [node, y] : {std::pair(hips, 70), {spine, 80}, {head, 100}}) {
+    const std::vector<double> matrix{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 1.0 * y, 0, 1};
+    records.push_back({"PoseNode", {}, {{"Node", {node}}, {"Matrix", {matrix}}}});
+  }
+  scene_.builder.AddObject("Pose", "Pose", "bind", "BindPose", {}, std::move(records));
+  // The first entry of a pose doesn't count, and from the scene's root none does.
+  Export("RootNode/Hips", {}, {{0, 1, 0}, {0, 79, 0}, {0, 20, 0}});
+  Export("RootNode/Hips", {"-u"}, {{0, 1, 0}, {0, 2, 0}, {0, 4, 0}});
+  Export("RootNode", {}, {{0, 0, 0}, {0, 1, 0}, {0, 2, 0}, {0, 4, 0}});
 }
 
 TEST_F(Skeletons, RoomsGetARootNameACameraAndAnAmbientColour) {
-  const int64_t room = Node("myRoot", SceneBuilder::kRoot);
-  Node("seat01.Sit", room);
-  const std::string out = Run({"--room", "--root=RootNode/myRoot", "s.fbx", "export", "skel", "r",
-                               "-", "s.fbx", "list", "skel"});
-  EXPECT_EQ(out,
+  scene_.Node("seat01.Sit", scene_.Node("myRoot"));
+  EXPECT_EQ(Run({"--room", "--root=RootNode/myRoot", "s.fbx", "export", "skel", "r",  //
+                 "-", "s.fbx", "list", "skel"}),
             "WARNING: myRoot is renamed skeleton.Room\n"
             "WARNING: Adding camera.01.01.root and Target\n"
             "SKELETON: r FILENAME: r.xsf\n"
             "NODE: RootNode/myRoot MESHCOUNT: 0 FRIENDLYSKELNAME: myRoot BONECOUNT: 2\n");
-  auto skeleton = Load("r.xsf");
-  ASSERT_EQ(skeleton->coreBones.size(), 4U);
-  EXPECT_EQ(skeleton->coreBones[0]->name, "skeleton.Room");
-  EXPECT_EQ(skeleton->coreBones[1]->name, "seat01.Sit");
-  EXPECT_EQ(skeleton->coreBones[2]->name, "camera.01.01.root");
-  EXPECT_EQ(skeleton->coreBones[3]->parentId, 0);
-  EXPECT_EQ(skeleton->coreBones[0]->childIds, (std::vector<int32_t>{1, 2, 3}));
+  const auto skeleton = Load("r.xsf");
+  EXPECT_THAT(Names(*skeleton), ElementsAre("skeleton.Room", "seat01.Sit", "camera.01.01.root",
+                                            "camera.01.01.root.Target"));
+  EXPECT_THAT(skeleton->coreBones[0]->childIds, ElementsAre(1, 2, 3));
   EXPECT_EQ(skeleton->sceneAmbientColor, (CalVector{1, 1, 1}));
 }
 
 TEST_F(Skeletons, RenamedRooms) {
-  const int64_t room = Node("room_skeleton", SceneBuilder::kRoot);
-  Node("Camera1", room);
-  Node("camera1.target", room);
-  Node("seat7.Sit", room);
-  Node("LightAmbient_rgb336699", room);
+  const int64_t room = scene_.Node("room_skeleton");
+  for (const char* name : {"Camera1", "camera1.target", "seat7.Sit", "LightAmbient_rgb336699"}) {
+    scene_.Node(name, room);
+  }
   const std::string out = Run({"--room", "--rename", "-v", "--root=RootNode/room_skeleton", "s.fbx",
                                "export", "skel", "r"});
   EXPECT_THAT(out, HasSubstr("found 2 nodes for camera\n"));
   EXPECT_THAT(out, HasSubstr("found 1 nodes for ((room).*(skeleton))|((skeleton).*(room))\n"));
   EXPECT_THAT(out, HasSubstr("node seat7.Sit was renamed Seat1.Sit\n"));
   EXPECT_THAT(out, Not(HasSubstr("Adding camera")));
-  auto skeleton = Load("r.xsf");
-  std::vector<std::string> names;
-  for (const auto& bone : skeleton->coreBones) names.push_back(bone->name);
-  EXPECT_EQ(names, (std::vector<std::string>{"skeleton.Room", "camera.01.01.root",
-                                             "camera.01.01.root.Target", "Seat1.Sit",
-                                             "LightAmbient_rgb336699"}));
-  ExpectVector(skeleton->sceneAmbientColor, 0.2F, 0.4F, 0.6F);
+  const auto skeleton = Load("r.xsf");
+  EXPECT_THAT(Names(*skeleton),
+              ElementsAre("skeleton.Room", "camera.01.01.root", "camera.01.01.root.Target",
+                          "Seat1.Sit", "LightAmbient_rgb336699"));
+  ExpectVector(skeleton->sceneAmbientColor, {0.2F, 0.4F, 0.6F});
   EXPECT_EQ(skeleton->coreBones[4]->lightType, CalLightType::kAmbient);
 }
 
-TEST_F(Skeletons, DeepAndWideTreesOfAFile) {
+TEST_F(Skeletons, DeepTrees) {
   int64_t node = SceneBuilder::kRoot;
-  for (int i = 0; i < 5000; ++i) node = Node("n", node);
+  for (int i = 0; i < 5000; ++i) node = scene_.Node("n", node);
   EXPECT_EQ(Run({"--root=RootNode", "s.fbx", "export", "skel", "deep"}),
             "SKELETON: deep FILENAME: deep.xsf\n");
   EXPECT_EQ(Load("deep.xsf")->coreBones.size(), 5001U);

@@ -17,10 +17,16 @@ ClipScene::ClipScene() {
   builder.SetTimeMode(6);
 }
 
+int64_t ClipScene::Node(const std::string& name, int64_t parent, FbxRecords properties,
+                        const std::string& type) {
+  const int64_t node = builder.AddModel(name, type, std::move(properties));
+  builder.Connect(node, parent);
+  return node;
+}
+
 int64_t ClipScene::Bone(const std::string& name, int64_t parent, FbxRecords properties) {
-  const int64_t bone = builder.AddModel(name, "LimbNode", std::move(properties));
+  const int64_t bone = Node(name, parent, std::move(properties), "LimbNode");
   builder.Connect(builder.AddNodeAttribute(name, "LimbNode"), bone);
-  builder.Connect(bone, parent);
   return bone;
 }
 
@@ -28,9 +34,8 @@ ClipScene::Morphed ClipScene::Mesh(const std::string& name,
                                    const std::vector<std::string>& channels, int64_t parent) {
   Morphed result;
   result.mesh = builder.AddMesh(name, {0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, -3});
-  result.node = builder.AddModel(name, "Mesh");
+  result.node = Node(name, parent, {}, "Mesh");
   builder.Connect(result.mesh, result.node);
-  builder.Connect(result.node, parent);
   if (channels.empty()) return result;
   const int64_t shape = builder.AddObject("Deformer", "Deformer", "", "BlendShape");
   builder.Connect(shape, result.mesh);
@@ -42,9 +47,9 @@ ClipScene::Morphed ClipScene::Mesh(const std::string& name,
   return result;
 }
 
-void ClipScene::Skin(int64_t mesh, int64_t bone) {
+void ClipScene::Skin(int64_t mesh, int64_t bone, double weight) {
   const int64_t skin = builder.AddSkin();
-  const int64_t cluster = builder.AddCluster("", {0}, {1.0}, kIdentity, kIdentity);
+  const int64_t cluster = builder.AddCluster("", {0}, {weight}, kIdentity, kIdentity);
   builder.Connect(skin, mesh);
   builder.Connect(cluster, skin);
   builder.Connect(bone, cluster);

@@ -21,7 +21,9 @@ class ClipScene {
 
   static int64_t Ticks(double frame) { return static_cast<int64_t>(frame * 1539538600.0); }
 
-  // Under the scene's root unless there is a parent.
+  // A node without a shape of its own, and a bone.
+  int64_t Node(const std::string& name, int64_t parent = SceneBuilder::kRoot,
+               FbxRecords properties = {}, const std::string& type = "Null");
   int64_t Bone(const std::string& name, int64_t parent = SceneBuilder::kRoot,
                FbxRecords properties = {});
   // A node with a triangle and one blend shape with these channels.
@@ -33,7 +35,7 @@ class ClipScene {
   Morphed Mesh(const std::string& name, const std::vector<std::string>& channels = {},
                int64_t parent = SceneBuilder::kRoot);
   // Ties the first point of the mesh to the bone.
-  void Skin(int64_t mesh, int64_t bone);
+  void Skin(int64_t mesh, int64_t bone, double weight = 1.0);
 
   // A stack with one layer. The reference span is the local one unless `referenceStop` is given.
   Clip AddClip(const std::string& name, double start, double stop, double referenceStop = -1);

@@ -1,0 +1,91 @@
+// Scenes in, mesh listings and mesh files out, through the program.
+#include <gmock/gmock.h>
+
+#include "tests/end_to_end/program_test.h"
+
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+
+class Meshes : public SceneTest {};
+
+TEST_F(Meshes, Lists) {
+  EXPECT_EQ(Run({"s.fbx", "list", "mesh"}), "WARNING: Fbx file contains no meshes\n");
+  EXPECT_EQ(Run({"-n", "s.fbx", "list", "mesh"}), "");
+  scene_.Mesh("Body");
+  scene_.Mesh("Body");
+  scene_.builder.Connect(scene_.builder.AddMaterial("Skin"), scene_.Mesh("A b", {"smile"}).node);
+  scene_.Mesh("Zed", {}, scene_.builder.AddModel("Other"));  // no part of the tree
+  const std::string bodies = "MESH: Body MATERIALS: 0 \nMESH: Body_1 MATERIALS: 0 \n";
+  EXPECT_EQ(Run({"s.fbx", "list", "mesh"}), "MESH: A b MATERIALS: 1 \n" + bodies);
+  EXPECT_EQ(Run({"-n", "s.fbx", "list", "mesh"}), "A b\nBody\nBody_1\n");
+  // A labelled name is encoded twice.
+  EXPECT_EQ(Run({"-e", "s.fbx", "list", "mesh"}), "MESH: A%2520b MATERIALS: 1 \n" + bodies);
+  EXPECT_EQ(Run({"-ne", "s.fbx", "list", "mesh"}), "A%20b\nBody\nBody_1\n");
+  // A verbose listing ends its lines behind the morph targets.
+  const std::string verbose = Run({"-v", "s.fbx", "list", "mesh"});
+  EXPECT_THAT(verbose, HasSubstr("A b is RootNode/A b 0x"));
+  EXPECT_THAT(verbose, EndsWith("\nMESH: A b MATERIALS: 1  MORPH: smile \n"
+                                "MESH: Body MATERIALS: 0  \nMESH: Body_1 MATERIALS: 0  \n"));
+}
+
+TEST_F(Meshes, ExportsAWholeFile) {
+  SceneBuilder& builder = scene_.builder;
+  const int64_t node = scene_.Node("my m", SceneBuilder::kRoot, {}, "Mesh");
+  const int64_t mesh = builder.AddMesh("m", {0, 0, 0, 150, 0, 0, 0, 150, 0.5}, {0, 1, -3});
+  builder.Connect(mesh, node);
+  builder.Connect(builder.AddMaterial("Skin[3]"), node);
+  const int64_t blendShape = builder.AddObject("Deformer", "Deformer", "", "BlendShape");
+  const int64_t channel = builder.AddObject("Deformer", "SubDeformer", "up", "BlendShapeChannel");
+  const int64_t shape = builder.AddObject(
+      "Geometry", "Geometry", "up", "Shape", {},
+      {{"Indexes", {std::vector<int32_t>{1}}}, {"Vertices", {std::vector<double>{0, 0, 2.5}}}});
+  builder.Connect(blendShape, mesh);
+  builder.Connect(channel, blendShape);
+  builder.Connect(shape, channel);
+  const auto vertex = [](const std::string& id, const std::string& position) {
+    return "    <VERTEX ID=\"" + id + "\" NUMINFLUENCES=\"1\">\n      <POS>" + position +
+           "</POS>\n      <NORM>0 0 0</NORM>\n      <COLOR>1 1 1</COLOR>\n"
+           "      <TEXCOORD>0 1</TEXCOORD>\n      <INFLUENCE ID=\"1\">1</INFLUENCE>\n"
+           "    </VERTEX>\n";
+  };
+  const std::string expected =
+      "<MESH MAGIC=\"XMF\" VERSION=\"919\" NUMSUBMESH=\"1\">\n"
+      "  <SUBMESH NUMVERTICES=\"3\" NUMFACES=\"1\" NUMLODSTEPS=\"0\" NUMSPRINGS=\"0\" "
+      "NUMTEXCOORDS=\"1\" NUMMORPHS=\"1\" MATERIAL=\"3\">\n" +
+      vertex("0", "0 0 0") + vertex("1", "150 0 0") + vertex("2", "0 150 0.5") +
+      R"(    <MORPH NAME="up" NUMBLENDVERTS="1" MORPHID="0">
+      <BLENDVERTEX VERTEXID="1" POSDIFF="2.5">
+        <POSITION>150 0 2.5</POSITION>
+        <NORMAL>0 0 0</NORMAL>
+        <TEXCOORD>0 1</TEXCOORD>
+      </BLENDVERTEX>
+    </MORPH>
+    <FACE VERTEXID="0 1 2" />
+  </SUBMESH>
+</MESH>
+)";
+  for (const FbxFormat& format :
+       {FbxFormat{}, FbxFormat{.ascii = true}, FbxFormat{.version = 7500, .compress = true}}) {
+    dir_.Write("f.fbx", builder.Write(format));
+    EXPECT_EQ(Run({"-rRootNode", "-d.", "f.fbx", "export", "mesh"}),
+              "MESH: my m MATERIAL: 3  FILENAME: ./my%20m.xmf\n");
+    EXPECT_EQ(File("my%20m.xmf"), expected);
+  }
+}
+
+TEST_F(Meshes, FailuresAreReportedAndGiveStatus1) {
+  scene_.Mesh("m");
+  const std::string start = "WARNING: could not create file for meshes from  s.fbx  with root  ";
+  EXPECT_EQ(Run({"s.fbx", "export", "mesh"}, 1),
+            "ERROR: Skeleton Root Node [] not found in FBX\n\n" + start + " for ALL OBJECTS\n");
+  // From the middle of the list on, the closing quotes have a comma.
+  EXPECT_THAT(Run({"-dmissing", "-rRootNode", "s.fbx", "export", "mesh", "m", "b", "c"}, 1),
+              EndsWith(start + "RootNode  and mesh names  ' m '   ' b '   ' c ',  \n"));
+  // The last command decides; a help screen decides nothing.
+  Run({"-rHips", "s.fbx", "export", "mesh", "-", "s.fbx", "list", "mesh"}, 0);
+  Run({"-rHips", "s.fbx", "export", "mesh", "-", "-h"}, 1);
+}
+
+}  // namespace
