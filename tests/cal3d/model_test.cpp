@@ -91,7 +91,6 @@ TEST(CoreTrack, BlendsBetweenItsKeyframes) {
   ASSERT_NE(track, nullptr);
   EXPECT_TRUE(CalCoreTrack(*track).rotates);
   EXPECT_FALSE(CalCoreTrack(1, {{0, {}, {1, 0, 0}}, {1, {}, {1, 0, 0}}}).translates);
-
   const CalTransform at = track->getCurrentTransform(2);
   EXPECT_EQ(at.translation, (CalVector{5, 0, -2}));
   EXPECT_NEAR(at.rotation.z, std::sin(std::acos(0.0f) / 4), 1e-6);

@@ -41,8 +41,8 @@ std::string SavedBy(const Save& save, const Object& object, std::string_view end
 }  // namespace
 
 CalCoreSkeleton SampleSkeleton() {
-  std::vector<boost::shared_ptr<CalCoreBone>> bones = {
-      Bone("Hips", -1, 0.1f), Bone("omni", 0, 1e-5f), Bone("Spine", 0, 3), Bone("", 2, -7.25f)};
+  std::vector<boost::shared_ptr<CalCoreBone>> bones = {Bone("Hips", -1, 0.1f),
+                                                       Bone("omni", 0, 1e-5f), Bone("", 0, -7.25f)};
   bones[1]->lightType = CalLightType::kPoint;
   bones[1]->lightColor = {1, 0.5f, 0};
   CalCoreSkeleton skeleton(bones);

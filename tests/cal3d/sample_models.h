@@ -10,7 +10,7 @@
 #include "cal3d/model/core_mesh.h"
 #include "cal3d/model/core_skeleton.h"
 
-// A root with two children, one of them a light, and a grandchild below the second.
+// A root with two children, one of them a light and one without a name.
 CalCoreSkeleton SampleSkeleton();
 // A submesh with coordinates, colours, a vertex of two bones and a morph; one without coordinates
 // whose vertex has no bone; and an empty one.

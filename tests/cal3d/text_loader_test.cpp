@@ -162,9 +162,9 @@ TEST(TextLoader, RefusesLyingFiles) {
     EXPECT_THAT(AnimationError(Replaced(animation, from, to)), HasSubstr(message)) << from;
   }
   const std::string skeleton = Saved(SampleSkeleton(), ".xsf");
-  EXPECT_THAT(SkeletonError(Replaced(skeleton, "NUMBONES=\"4\"", "NUMBONES=\"5\"")),
-              HasSubstr("NUMBONES is 5"));
-  EXPECT_THAT(SkeletonError(Replaced(skeleton, "<PARENTID>0<", "<PARENTID>3<")),
+  EXPECT_THAT(SkeletonError(Replaced(skeleton, "NUMBONES=\"3\"", "NUMBONES=\"4\"")),
+              HasSubstr("NUMBONES is 4"));
+  EXPECT_THAT(SkeletonError(Replaced(skeleton, "<PARENTID>0<", "<PARENTID>2<")),
               HasSubstr("lists the child 1"));
   // Above 65535 a face can't name a vertex that is there.
   std::string large = "<MESH MAGIC='XMF' VERSION='919'><SUBMESH><FACE VERTEXID='0 0 65536'/>";
