@@ -1,5 +1,4 @@
 // The binary form: blocks built by hand, byte for byte, of several versions, and hostile ones.
-#include <array>
 #include <bit>
 #include <cstdint>
 #include <string>
