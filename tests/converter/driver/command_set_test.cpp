@@ -2,10 +2,10 @@
 #include "converter/driver/command_set.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <stdlib.h>
 
-#include "tests/support/fbx_builder.h"
+#include "tests/support/clip_scene.h"
+#include "tests/support/printed.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -14,10 +14,8 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-std::string Printed(const ConversionArguments& args, int expectedStatus) {
-  testing::internal::CaptureStdout();
-  EXPECT_EQ(processCommandSet(args), expectedStatus);
-  return testing::internal::GetCapturedStdout();
+std::string PrintedBy(const ConversionArguments& args, int expectedStatus) {
+  return Printed([&] { EXPECT_EQ(processCommandSet(args), expectedStatus); });
 }
 
 TEST(CommandSet, HelpIsAsWideAsTheTerminal) {
@@ -25,9 +23,9 @@ TEST(CommandSet, HelpIsAsWideAsTheTerminal) {
   args.option = ConversionArguments::HELP;
   args.verbosity = 1;
   setenv("COLUMNS", "200", 1);
-  const std::string wide = Printed(args, 0);
+  const std::string wide = PrintedBy(args, 0);
   unsetenv("COLUMNS");
-  const std::string normal = Printed(args, 0);
+  const std::string normal = PrintedBy(args, 0);
   EXPECT_THAT(wide, StartsWith("veltrum version 012\n\nFBX lib version 1.0.0\n  -h --help  "));
   EXPECT_THAT(wide, HasSubstr("use more v's for more detail.\n"));
   EXPECT_THAT(normal, HasSubstr("use more v's for more\n"));
@@ -38,21 +36,19 @@ TEST(CommandSet, HelpIsAsWideAsTheTerminal) {
 
 TEST(CommandSet, TheOlderVersionTakesOneName) {
   const TempDir dir;
-  SceneBuilder scene;
-  const int64_t hips = scene.AddModel("Hips", "LimbNode");
-  scene.Connect(hips, SceneBuilder::kRoot);
-  scene.Connect(scene.AddNodeAttribute("Hips", "LimbNode"), hips);
+  ClipScene scene;
+  scene.Bone("Hips");
   ConversionArguments args;
-  args.inputFilename = dir.Write("a.fbx", scene.Write());
+  args.inputFilename = dir.Write("a.fbx", scene.builder.Write());
   args.mode = EXPORT_MODE;
   args.type = NODE_OBJECT;
   args.skeletonRootPath = "RootNode/Hips";
   args.outputFilename = dir.File("out.xsf");
-  EXPECT_EQ(Printed(args, 0), "SKELETON: RootNode/Hips FILENAME: " + args.outputFilename + "\n");
+  EXPECT_EQ(PrintedBy(args, 0), "SKELETON: RootNode/Hips FILENAME: " + args.outputFilename + "\n");
   args.type = MESH_OBJECT;
   args.skeletonRootPath = "Hips";
   args.exportObjectName = "Body";
-  EXPECT_EQ(Printed(args, 1),
+  EXPECT_EQ(PrintedBy(args, 1),
             "ERROR: Skeleton Root Node [Hips] not found in FBX\n\n"
             "could not create file " +
                 args.outputFilename + " from " + args.inputFilename +

