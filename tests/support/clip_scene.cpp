@@ -57,14 +57,8 @@ void ClipScene::Skin(int64_t mesh, int64_t bone, double weight) {
 
 ClipScene::Clip ClipScene::AddClip(const std::string& name, double start, double stop,
                                    double referenceStop) {
-  const auto time = [](const char* property, double frame) {
-    return P(property, "KTime", "Time", "", {Ticks(frame)});
-  };
   const double end = referenceStop < 0 ? stop : referenceStop;
-  Clip clip{builder.AddObject("AnimationStack", "AnimStack", name, "",
-                              {time("LocalStart", start), time("LocalStop", stop),
-                               time("ReferenceStart", start), time("ReferenceStop", end)}),
-            0};
+  Clip clip{builder.AddAnimationStack(name, Ticks(start), Ticks(stop), Ticks(end)), 0};
   clip.layer = AddLayer(clip);
   return clip;
 }

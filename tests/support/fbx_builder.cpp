@@ -253,10 +253,6 @@ FbxRecord Properties70(FbxRecords properties) {
   return {"Properties70", {}, std::move(properties)};
 }
 
-bool EndsIn(const std::string& text, std::string_view end) {
-  return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
 }  // namespace
 
 std::string WriteFbxRecords(const FbxRecords& records, const FbxFormat& format, size_t start) {
@@ -330,7 +326,7 @@ FbxRecord P(std::string name, FbxValues values) {
   } else if (values.size() == 1) {
     type = "double";
     subType = "Number";
-  } else if (EndsIn(name, "Color")) {
+  } else if (name.ends_with("Color")) {
     type = "Color";
     subType.clear();
   }
@@ -365,13 +361,8 @@ SceneBuilder& SceneBuilder::SetTimeMode(int mode, double customFrameRate) {
 
 SceneBuilder& SceneBuilder::AddTemplate(const std::string& objectType, const std::string& className,
                                         FbxRecords properties) {
-  for (auto& [type, entries] : templates_) {
-    if (type == objectType) {
-      entries.push_back({className, std::move(properties)});
-      return *this;
-    }
-  }
-  templates_.push_back({objectType, {{className, std::move(properties)}}});
+  templates_[objectType].push_back(
+      {"PropertyTemplate", {className}, {Properties70(std::move(properties))}});
   return *this;
 }
 
@@ -445,12 +436,15 @@ int64_t SceneBuilder::AddCluster(const std::string& name, std::vector<int32_t> i
   return AddObject("Deformer", "SubDeformer", name, "Cluster", {}, std::move(records));
 }
 
-int64_t SceneBuilder::AddAnimationStack(const std::string& name, int64_t start, int64_t stop) {
+int64_t SceneBuilder::AddAnimationStack(const std::string& name, int64_t start, int64_t stop,
+                                        std::optional<int64_t> referenceStop) {
+  const auto time = [](const char* property, int64_t ticks) {
+    return P(property, "KTime", "Time", "", {ticks});
+  };
   return AddObject(
       "AnimationStack", "AnimStack", name, "",
-      {P("LocalStart", "KTime", "Time", "", {start}), P("LocalStop", "KTime", "Time", "", {stop}),
-       P("ReferenceStart", "KTime", "Time", "", {start}),
-       P("ReferenceStop", "KTime", "Time", "", {stop})});
+      {time("LocalStart", start), time("LocalStop", stop), time("ReferenceStart", start),
+       time("ReferenceStop", referenceStop.value_or(stop))});
 }
 
 int64_t SceneBuilder::AddAnimationLayer(const std::string& name, FbxRecords properties) {
@@ -487,27 +481,23 @@ void SceneBuilder::AddConnection(FbxValues values) {
 }
 
 FbxRecord SceneBuilder::Definitions() const {
-  std::vector<std::pair<std::string, int32_t>> counts = {{"GlobalSettings", 1}};
-  std::map<std::string, size_t> index;
-  const auto count = [&](const std::string& type, int32_t objects) {
-    const auto [entry, isNew] = index.emplace(type, counts.size());
-    if (isNew) counts.push_back({type, 0});
-    counts[entry->second].second += objects;
-  };
-  for (const FbxRecord& object : objects_) count(object.name, 1);
-  for (const auto& [type, entries] : templates_) count(type, 0);
+  std::vector<std::string> types = {"GlobalSettings"};  // in the order of first use
+  std::map<std::string, int32_t> counts = {{"GlobalSettings", 1}};
+  for (const FbxRecord& object : objects_) {
+    if (++counts[object.name] == 1) types.push_back(object.name);
+  }
+  for (const auto& [type, entries] : templates_) {
+    if (counts.try_emplace(type, 0).second) types.push_back(type);
+  }
 
   FbxRecord definitions(
       "Definitions", {},
       {{"Version", {100}}, {"Count", {static_cast<int32_t>(objects_.size()) + 1}}});
-  for (const auto& [type, number] : counts) {
-    FbxRecord& record = definitions.Add({"ObjectType", {type}, {{"Count", {number}}}});
-    for (const auto& [templateType, entries] : templates_) {
-      if (templateType != type) continue;
-      for (const Template& entry : entries) {
-        record.Add({"PropertyTemplate", {entry.className}, {Properties70(entry.properties)}});
-      }
-    }
+  for (const std::string& type : types) {
+    FbxRecord& record = definitions.Add({"ObjectType", {type}, {{"Count", {counts[type]}}}});
+    const auto found = templates_.find(type);
+    if (found == templates_.end()) continue;
+    for (const FbxRecord& entry : found->second) record.Add(entry);
   }
   return definitions;
 }

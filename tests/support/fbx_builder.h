@@ -13,6 +13,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -117,7 +118,9 @@ class SceneBuilder {
   int64_t AddCluster(const std::string& name, std::vector<int32_t> indexes,
                      std::vector<double> weights, std::vector<double> transform,
                      std::vector<double> transformLink);
-  int64_t AddAnimationStack(const std::string& name, int64_t start, int64_t stop);
+  // Times in ticks. Both spans begin at `start`; the reference span may end elsewhere.
+  int64_t AddAnimationStack(const std::string& name, int64_t start, int64_t stop,
+                            std::optional<int64_t> referenceStop = {});
   int64_t AddAnimationLayer(const std::string& name = "BaseLayer", FbxRecords properties = {});
   // `name` is "T", "R", "S" ...; `properties` are the defaults of its channels, as
   // P("d|X", "Number", "", "A", {0}).
@@ -139,11 +142,6 @@ class SceneBuilder {
   std::string Write(const FbxFormat& format = {}) const;
 
  private:
-  struct Template {
-    std::string className;
-    FbxRecords properties;
-  };
-
   FbxRecord Definitions() const;
 
   FbxRecords globals_ = {
@@ -164,8 +162,7 @@ class SceneBuilder {
   };
   FbxRecords objects_;
   FbxRecords connections_;
-  // In the order of first use.
-  std::vector<std::pair<std::string, std::vector<Template>>> templates_;
+  std::map<std::string, FbxRecords> templates_;  // by object type
   std::map<int64_t, size_t> objectIndex_;
   int64_t nextId_ = 1000000;
 };
