@@ -23,12 +23,13 @@ class Animations : public SceneTest {
  protected:
   Animations() : hips_(scene_.Bone("Hips")) {}
 
-  // A clip of frames 0 to 20 that moves the hips to `x` and back.
-  ClipScene::Clip Walk(const std::string& name, float x) {
+  // A clip of frames 0 to 20 that moves a node to `x` and back.
+  ClipScene::Clip Move(const std::string& name, int64_t node, const std::string& channel, float x) {
     const ClipScene::Clip clip = scene_.AddClip(name, 0, 20);
-    scene_.Key(clip.layer, hips_, "TX", {0, 10, 20}, {0, x, 0});
+    scene_.Key(clip.layer, node, channel, {0, 10, 20}, {0, x, 0});
     return clip;
   }
+  ClipScene::Clip Walk(const std::string& name, float x) { return Move(name, hips_, "TX", x); }
 
   CalCoreAnimation Load(const std::string& name) {
     const std::string bytes = File(name);
@@ -86,8 +87,7 @@ TEST_F(Animations, NamesAreMadeUniqueWithinEachList) {
   const int64_t other = scene_.Bone("Other");
   Walk("My Walk", 6);
   Walk("My Walk", 5);
-  const ClipScene::Clip clip = scene_.AddClip("My Walk", 0, 20);
-  scene_.Key(clip.layer, other, "TX", {0, 10, 20}, {1, 2, 3});
+  Move("My Walk", other, "TX", 2);
   // By text: Hips 5, Hips 6, Other.
   EXPECT_EQ(Run({"s.fbx", "list", "anim"}),
             "ANIM: My Walk" + kTo20 + "ANIM: My Walk_1" + kTo20 + "ANIM: My Walk_2" + kTo20);
@@ -103,8 +103,7 @@ TEST_F(Animations, NamesAreMadeUniqueWithinEachList) {
 }
 
 TEST_F(Animations, WhatCountsAsAnimation) {
-  const ClipScene::Clip scale = scene_.AddClip("OnlyScale", 0, 20);
-  scene_.Key(scale.layer, hips_, "SX", {0, 10, 20}, {1, 2, 1});
+  Move("OnlyScale", hips_, "SX", 2);
   const ClipScene::Clip twoKeys = scene_.AddClip("TwoKeys", 0, 20);
   scene_.Key(twoKeys.layer, hips_, "TX", {0, 20}, {1, 2});
   EXPECT_EQ(Run({"s.fbx", "list", "anim"}), "");
@@ -116,9 +115,7 @@ TEST_F(Animations, WhatCountsAsAnimation) {
 TEST_F(Animations, AnimationBelowTheSceneRootAlone) {
   // A node that no skeleton holds, beside a mesh: the skeleton of the scene's root comes last, and
   // so its animation is listed under "RootNode".
-  const ClipScene::Morphed body = scene_.Mesh("Body");
-  const ClipScene::Clip clip = scene_.AddClip("Spin", 0, 20);
-  scene_.Key(clip.layer, body.node, "RZ", {0, 10, 20}, {0, 90, 0});
+  Move("Spin", scene_.Mesh("Body").node, "RZ", 90);
   EXPECT_EQ(Run({"--root=RootNode", "s.fbx", "list", "anim"}), "ANIM: Spin" + kTo20);
   EXPECT_EQ(Run({kHips, "s.fbx", "list", "anim"}), "");
 }
@@ -241,8 +238,7 @@ TEST_F(Animations, MorphsOfAStackThatAlsoMoves) {
 
 TEST_F(Animations, SceneWithoutSkeletonHasNoAnimations) {
   scene_ = ClipScene();
-  const int64_t node = scene_.Node("Node");
-  scene_.Key(scene_.AddClip("Walk", 0, 20).layer, node, "TX", {0, 10, 20}, {0, 1, 2});
+  Move("Walk", scene_.Node("Node"), "TX", 1);
   EXPECT_EQ(Run({"s.fbx", "list", "anim"}), "");
   EXPECT_EQ(Run({"s.fbx", "export", "anim", "Walk"}), "");
 }
