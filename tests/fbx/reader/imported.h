@@ -73,6 +73,28 @@ class Imported {
   bool isLoaded = false;
 };
 
+// The record of a layer element, "LayerElementNormal" for one.
+inline FbxRecord Element(const std::string& field, int version, const std::string& name,
+                         const std::string& mapping, const std::string& reference,
+                         FbxRecords data) {
+  FbxRecord element(field, {0},
+                    {{"Version", {version}},
+                     {"Name", {name}},
+                     {"MappingInformationType", {mapping}},
+                     {"ReferenceInformationType", {reference}}});
+  for (FbxRecord& record : data) element.Add(std::move(record));
+  return element;
+}
+
+// The record of a layer that names elements by type and number.
+inline FbxRecord Layer(int number, const std::vector<std::pair<std::string, int>>& elements) {
+  FbxRecord layer("Layer", {number}, {{"Version", {100}}});
+  for (const auto& [type, index] : elements) {
+    layer.Add({"LayerElement", {}, {{"Type", {type}}, {"TypedIndex", {index}}}});
+  }
+  return layer;
+}
+
 // The name with a number behind it.
 inline std::string Numbered(std::string name, size_t number) {
   return name.append(std::to_string(number));

@@ -46,19 +46,19 @@ TEST(ReadConnections, TieObjectsAndPropertiesByTag) {
   scene.AddConnection({"PO", x, "a", y});
   scene.AddConnection({"PP", x, "g|b", y, "a"});
   scene.AddConnection({"EP", x, "a"});
-  for (const FbxValues& dropped : std::vector<FbxValues>{{"OP", x, y, "none"},
-                                                         {"OP", x, y, "b"},
-                                                         {"OP", x, y, ""},
-                                                         {"OP", x, y, "A"},
-                                                         {"PO", x, "none", y},
-                                                         {"PP", x, "none", y, "g"},
-                                                         {"OO", x, int64_t{424242}},
-                                                         {"OO", int64_t{424242}, y},
-                                                         {"XX", x, y},
-                                                         {"OO"},
-                                                         {}}) {
-    scene.AddConnection(dropped);
-  }
+  const int64_t absent = 424242;
+  const std::vector<FbxValues> dropped = {{"OP", x, y, "none"},
+                                          {"OP", x, y, "b"},
+                                          {"OP", x, y, ""},
+                                          {"OP", x, y, "A"},
+                                          {"PO", x, "none", y},
+                                          {"PP", x, "none", y, "g"},
+                                          {"OO", x, absent},
+                                          {"OO", absent, y},
+                                          {"XX", x, y},
+                                          {"OO"},
+                                          {}};
+  for (const FbxValues& values : dropped) scene.AddConnection(values);
   const Imported file(scene);
   const FbxNode& from = file.Node("x");
   const FbxNode& to = file.Node("y");
@@ -118,11 +118,8 @@ TEST(ReadConnections, NodesStayATree) {
 
 TEST(ReadConnections, RingsOfTexturesAndPropertiesAreCut) {
   SceneBuilder scene;
-  const auto layered = [&](const char* name) {
-    return scene.AddObject("LayeredTexture", "LayeredTexture", name, "");
-  };
-  const int64_t x = layered("x");
-  const int64_t y = layered("y");
+  const int64_t x = scene.AddObject("LayeredTexture", "LayeredTexture", "x", "");
+  const int64_t y = scene.AddObject("LayeredTexture", "LayeredTexture", "y", "");
   const int64_t node = scene.AddModel("node", "Null", {P("p", {1.0}), P("q", {1.0})});
   scene.Connect(x, y);
   scene.Connect(y, x);

@@ -5,6 +5,7 @@
 #include "fbx/scene/fbx_deformer.h"
 #include "fbx/scene/fbx_mesh.h"
 #include "fbx/scene/fbx_pose.h"
+#include "tests/fbx/near.h"
 #include "tests/fbx/reader/imported.h"
 
 using testing::ElementsAre;
@@ -12,23 +13,19 @@ using testing::IsEmpty;
 
 namespace {
 
-// Moved by x, y, z after a turn of 90 degrees about Z.
-std::vector<double> Turned(double x, double y, double z) {
-  return {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, x, y, z, 1};
-}
-std::vector<double> Moved(double x, double y, double z) {
-  return {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, x, y, z, 1};
-}
+// Moved along X by `x`.
+std::vector<double> Moved(double x) { return {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, x, 0, 0, 1}; }
 
 TEST(ReadDeformers, ClustersHoldTheirSkinsMatricesInTheWorld) {
   SceneBuilder scene;
   const int64_t mesh = scene.AddMesh("mesh", {0, 0, 0}, {});
   const int64_t bone = scene.AddModel("bone", "LimbNode");
   const int64_t skin = scene.AddSkin("skin");
-  const int64_t cluster =
-      scene.AddCluster("full", {3, 1}, {0.25, 0.75}, Moved(1, 0, 0), Turned(10, 20, 30));
+  // The bone is turned by 90 degrees about Z.
+  const int64_t cluster = scene.AddCluster("full", {3, 1}, {0.25, 0.75}, Moved(1),
+                                           {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 10, 20, 30, 1});
   const int64_t bare = scene.AddCluster("bare", {}, {}, {}, {});
-  scene.AddCluster("short", {1, 2, 3}, {0.5}, Moved(1, 2, 3), {1, 2});
+  scene.AddCluster("short", {1, 2, 3}, {0.5}, Moved(3), {1, 2});
   scene.Object(cluster).Add({"Mode", {"Total1"}});
   scene.Object(bare).Add({"Mode", {"Nonsense"}});
   scene.Object(skin).Add({"SkinningType", {"DualQuaternion"}});
@@ -42,7 +39,6 @@ TEST(ReadDeformers, ClustersHoldTheirSkinsMatricesInTheWorld) {
                                                         {.bigEndian = true}}) {
     const Imported file(scene, format);
     const auto* m = file.Find<FbxMesh>("mesh");
-    ASSERT_NE(m, nullptr);
     ASSERT_EQ(m->GetDeformerCount(FbxDeformer::eSkin), 1);
     EXPECT_EQ(m->GetDeformerCount(FbxDeformer::eBlendShape), 0);
     const auto* s = static_cast<FbxSkin*>(m->GetDeformer(0, FbxDeformer::eSkin));
@@ -54,35 +50,30 @@ TEST(ReadDeformers, ClustersHoldTheirSkinsMatricesInTheWorld) {
     EXPECT_EQ(full.GetLinkMode(), FbxCluster::eTotalOne);
     EXPECT_THAT(full.indices, ElementsAre(3, 1));
     EXPECT_THAT(full.weights, ElementsAre(0.25, 0.75));
-    FbxAMatrix matrix;
-    full.GetTransformMatrix(matrix);
+    const FbxVector4 turn(0, 0, 90);
+    ExpectNear(full.transformLink, FbxAMatrix({10, 20, 30}, turn, {1, 1, 1}));
     // The move along the bone's X is one along the world's Y.
-    EXPECT_THAT(std::vector<double>(&matrix[0], &matrix[0] + 16),
-                testing::Pointwise(testing::DoubleNear(1e-12), Turned(10, 21, 30)));
-    full.GetTransformLinkMatrix(matrix);
-    EXPECT_EQ(matrix.GetT()[1], 20.0);
+    ExpectNear(full.transform, FbxAMatrix({10, 21, 30}, turn, {1, 1, 1}));
 
     const FbxCluster& empty = *s->GetCluster(1);
-    EXPECT_EQ(empty.GetControlPointIndicesCount(), 0);
     EXPECT_EQ(empty.GetControlPointIndices(), nullptr);
     EXPECT_EQ(empty.GetControlPointWeights(), nullptr);
     EXPECT_EQ(empty.GetLink(), nullptr);
     EXPECT_EQ(empty.GetLinkMode(), FbxCluster::eNormalize);
-    empty.GetTransformMatrix(matrix);
-    EXPECT_TRUE(matrix.IsIdentity());
+    EXPECT_TRUE(empty.transform.IsIdentity());
     const auto* cut = file.Find<FbxCluster>("short");
     EXPECT_THAT(cut->weights, ElementsAre(0.5, 0.0, 0.0));
     EXPECT_TRUE(cut->transformLink.IsIdentity());
-    EXPECT_EQ(cut->transform.GetT()[2], 3.0);
+    EXPECT_EQ(cut->transform.GetT()[0], 3.0);
   }
 }
 
 TEST(ReadDeformers, SkinsOfTheBlendTypeHaveWeights) {
   SceneBuilder scene;
-  const int64_t skin = scene.AddSkin("skin");
-  scene.Object(skin).Add({"SkinningType", {"Blend"}});
-  scene.Object(skin).Add({"Indexes", {std::vector<int32_t>{0, 1, 2}}});
-  scene.Object(skin).Add({"BlendWeights", {std::vector<double>{0.5, 1}}});
+  FbxRecord& skin = scene.Object(scene.AddSkin("skin"));
+  skin.Add({"SkinningType", {"Blend"}});
+  skin.Add({"Indexes", {std::vector<int32_t>{0, 1, 2}}});
+  skin.Add({"BlendWeights", {std::vector<double>{0.5, 1}}});
   const Imported file(scene);
   EXPECT_EQ(file.Find<FbxSkin>("skin")->skinningType, FbxSkin::eBlend);
   EXPECT_THAT(file.Find<FbxSkin>("skin")->blendWeights, ElementsAre(0.5, 1.0, 0.0));
@@ -129,17 +120,11 @@ TEST(ReadDeformers, ShapesAreTheirMeshWithOffsets) {
   EXPECT_THAT(channel.GetTargetShapeFullWeights(), ElementsAre(100.0));
   EXPECT_EQ(channel.GetTargetShape(0), file.Find<FbxShape>("one"));
 
-  const auto points = [&](const char* name) {
-    std::vector<std::vector<double>> all;
-    for (const FbxVector4& p : file.Find<FbxShape>(name)->ControlPoints()) {
-      all.push_back({p[0], p[1], p[2]});
-    }
-    return all;
-  };
-  using Points = std::vector<std::vector<double>>;
-  EXPECT_EQ(points("one"), (Points{{0, 0, 0}, {1, 0, 0}, {1, 1, 5}, {0, 1, 0}}));
-  EXPECT_EQ(points("odd"), (Points{{0, 0, 0}, {3, 0, 0}, {1, 1, 0}, {0, 1, 0}}));
-  EXPECT_EQ(points("none"), Points{});
+  const auto points = [&](const char* name) { return file.Find<FbxShape>(name)->ControlPoints(); };
+  const FbxVector4 a(0, 0, 0, 0), d(0, 1, 0, 0);
+  EXPECT_THAT(points("one"), ElementsAre(a, FbxVector4(1, 0, 0, 0), FbxVector4(1, 1, 5, 0), d));
+  EXPECT_THAT(points("odd"), ElementsAre(a, FbxVector4(3, 0, 0, 0), FbxVector4(1, 1, 0, 0), d));
+  EXPECT_THAT(points("none"), IsEmpty());
   FbxStatus status;
   EXPECT_EQ(mesh->GetShapeChannel(0, 3, nullptr, &status), nullptr);
   EXPECT_EQ(status.GetCode(), FbxStatus::eIndexOutOfRange);
@@ -150,16 +135,9 @@ TEST(ReadDeformers, ShapesTurnTheNormalsOfTheirPoints) {
                             {"Vertices", {std::vector<double>{0, 0, 5}}},
                             {"Normals", {std::vector<double>{1, 0, 0}}}};
   // By polygon, so that the corners of the polygon come apart; and none, so that they are made.
-  const FbxRecords byPolygon = {
-      {"LayerElementNormal",
-       {0},
-       {{"Version", {101}},
-        {"MappingInformationType", {"ByPolygon"}},
-        {"ReferenceInformationType", {"Direct"}},
-        {"Normals", {std::vector<double>{0, 0, 1}}}}},
-      {"Layer",
-       {0},
-       {{"LayerElement", {}, {{"Type", {"LayerElementNormal"}}, {"TypedIndex", {0}}}}}}};
+  const FbxRecords byPolygon = {Element("LayerElementNormal", 101, "", "ByPolygon", "Direct",
+                                        {{"Normals", {std::vector<double>{0, 0, 1}}}}),
+                                Layer(0, {{"LayerElementNormal", 0}})};
   for (const FbxRecords& normals : {byPolygon, FbxRecords{}}) {
     ShapeScene scene(normals);
     scene.AddShape("one", shape);
@@ -171,9 +149,8 @@ TEST(ReadDeformers, ShapesTurnTheNormalsOfTheirPoints) {
     ASSERT_NE(element, nullptr);
     EXPECT_EQ(element->GetMappingMode(), FbxLayerElement::eByPolygonVertex);
     ASSERT_EQ(element->direct.size(), 4U);
-    EXPECT_EQ(element->direct[1][2], 1.0);
-    EXPECT_NEAR(element->direct[2][0], std::sqrt(0.5), 1e-12);
-    EXPECT_NEAR(element->direct[2][2], std::sqrt(0.5), 1e-12);
+    ExpectNear(element->direct[1], {0, 0, 1});
+    ExpectNear(element->direct[2], {std::sqrt(0.5), 0, std::sqrt(0.5)});
   }
 }
 
@@ -187,8 +164,7 @@ TEST(ReadPoses, HoldTheNodesThatExist) {
     scene.AddObject("Pose", "Pose", name, kind, {}, std::move(nodes));
   };
   const auto node = [](int64_t id, double x, int32_t local = 0) {
-    return FbxRecord("PoseNode", {},
-                     {{"Node", {id}}, {"Matrix", {Moved(x, 0, 0)}}, {"Local", {local}}});
+    return FbxRecord("PoseNode", {}, {{"Node", {id}}, {"Matrix", {Moved(x)}}, {"Local", {local}}});
   };
   pose("bind", "BindPose", 100,
        {node(424242, 1),
@@ -218,14 +194,14 @@ TEST(ReadPoses, HoldTheNodesThatExist) {
 
   std::vector<FbxPose*> poses;
   std::vector<int> indices;
-  EXPECT_TRUE(FbxPose::GetBindPoseContaining(file.scene, &file.Node("a"), poses, indices));
+  const auto isPosed = [&](const FbxNode* n) {
+    return FbxPose::GetBindPoseContaining(file.scene, n, poses, indices);
+  };
+  EXPECT_TRUE(isPosed(&file.Node("a")));
+  EXPECT_FALSE(isPosed(nullptr));
+  EXPECT_FALSE(isPosed(file.scene->GetRootNode())) << "what the lists hold already doesn't count";
   EXPECT_THAT(poses, ElementsAre(bind, file.Find<FbxPose>("cut")));
   EXPECT_THAT(indices, ElementsAre(1, 0));
-  poses.clear();
-  EXPECT_FALSE(FbxPose::GetBindPoseContaining(file.scene, nullptr, poses, indices));
-  EXPECT_FALSE(
-      FbxPose::GetBindPoseContaining(file.scene, file.scene->GetRootNode(), poses, indices));
-  EXPECT_THAT(poses, IsEmpty());
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "tests/support/temp_dir.h"
 
 using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::UnorderedElementsAre;
 
 namespace {
@@ -21,7 +22,6 @@ TEST(ReadMaterials, MakeTheClassOfTheirShading) {
     const char* expectedModel;
   };
   const std::vector<Case> cases = {
-      {"", "phong", "FbxSurfacePhong", "Unknown"},
       {"", "Blinn", "FbxSurfacePhong", "Unknown"},
       {"lambert", "phong", "FbxSurfaceLambert", "Unknown"},
       {"", "LAMBERT", "FbxSurfaceLambert", "Unknown"},
@@ -29,18 +29,18 @@ TEST(ReadMaterials, MakeTheClassOfTheirShading) {
       {"", "Toon", "FbxSurfaceMaterial", "Toon"},
       {"Hair", "phong", "FbxSurfaceMaterial", "Hair"},
   };
-  SceneBuilder scene;
-  for (size_t i = 0; i < cases.size(); ++i) {
-    FbxRecords records = {{"MultiLayer", {static_cast<int>(i % 3)}}};
-    if (cases[i].field != nullptr) records.push_back({"ShadingModel", {cases[i].field}});
-    scene.AddObject("Material", "Material", std::to_string(i), cases[i].subclass, {}, records);
-  }
-  const Imported file(scene);
-  for (size_t i = 0; i < cases.size(); ++i) {
-    const auto* material = file.Find<FbxSurfaceMaterial>(std::to_string(i));
-    EXPECT_STREQ(material->GetClassId().GetName(), cases[i].expectedClass);
-    EXPECT_EQ(material->GetShadingModel(), cases[i].expectedModel);
-    EXPECT_EQ(material->FindProperty("MultiLayer").Get<bool>(), i % 3 != 0);
+  for (const Case& c : cases) {
+    for (const int multiLayer : {0, 1, 2}) {
+      SceneBuilder scene;
+      FbxRecords records = {{"MultiLayer", {multiLayer}}};
+      if (c.field != nullptr) records.push_back({"ShadingModel", {c.field}});
+      scene.AddObject("Material", "Material", "m", c.subclass, {}, records);
+      const Imported file(scene);
+      const auto* material = file.Find<FbxSurfaceMaterial>("m");
+      EXPECT_STREQ(material->GetClassId().GetName(), c.expectedClass);
+      EXPECT_EQ(material->GetShadingModel(), c.expectedModel);
+      EXPECT_EQ(material->FindProperty("MultiLayer").Get<bool>(), multiLayer != 0);
+    }
   }
 }
 
@@ -56,29 +56,35 @@ TEST(ReadMaterials, OldVersionsMoveTheirProperties) {
     scene.Object(id).children[0].values = {version};
   };
   material("old", 101, "Phong");
-  material("oldLambert", 101, "Lambert");
+  material("old lambert", 101, "Lambert");
   material("new", 102, "Phong");
   material("other", 100, "Toon");
   const Imported file(scene);
-  const auto get = [&](const char* name, const char* property) -> std::string {
-    return file.Find<FbxSurfaceMaterial>(name)->FindProperty(property).Get<FbxString>().Buffer();
+  struct Case {
+    const char* property;
+    // By material; empty where there is no such property.
+    std::vector<const char*> expected;
   };
-  EXPECT_EQ(get("old", "EmissiveColor"), "1 2 3");
-  EXPECT_EQ(get("old", "EmissiveFactor"), "1");
-  EXPECT_EQ(get("old", "AmbientColor"), "0.2 0.2 0.2");
-  EXPECT_EQ(get("old", "DiffuseColor"), "4 5 6");
-  EXPECT_EQ(get("old", "TransparencyFactor"), "0.75");
-  EXPECT_EQ(get("old", "SpecularColor"), "7 8 9");
-  EXPECT_EQ(get("old", "ShininessExponent"), "30");
-  EXPECT_EQ(get("old", "ReflectionFactor"), "0.75");
-  EXPECT_EQ(get("oldLambert", "DiffuseColor"), "4 5 6");
-  EXPECT_FALSE(
-      file.Find<FbxSurfaceMaterial>("oldLambert")->FindProperty("SpecularColor").IsValid());
-  EXPECT_EQ(get("new", "DiffuseColor"), "0.8 0.8 0.8");
-  EXPECT_EQ(get("new", "EmissiveFactor"), "0.5");
-  EXPECT_EQ(get("new", "TransparencyFactor"), "0");
-  EXPECT_EQ(get("new", "Opacity"), "0.25");
-  EXPECT_FALSE(file.Find<FbxSurfaceMaterial>("other")->FindProperty("EmissiveColor").IsValid());
+  const std::vector<Case> cases = {
+      {"EmissiveColor", {"1 2 3", "1 2 3", "0 0 0", ""}},
+      {"EmissiveFactor", {"1", "1", "0.5", "0.5"}},
+      {"AmbientColor", {"0.2 0.2 0.2", "0.2 0.2 0.2", "0.2 0.2 0.2", ""}},
+      {"DiffuseColor", {"4 5 6", "4 5 6", "0.8 0.8 0.8", ""}},
+      {"TransparencyFactor", {"0.75", "0.75", "0", ""}},
+      {"DisplacementFactor", {"1", "1", "1", ""}},
+      {"SpecularColor", {"7 8 9", "", "0.2 0.2 0.2", ""}},
+      {"ShininessExponent", {"30", "", "20", ""}},
+      {"ReflectionFactor", {"0.75", "", "1", ""}},
+      {"Opacity", {"0.25", "0.25", "0.25", "0.25"}},
+  };
+  for (const Case& c : cases) {
+    std::vector<std::string> values;
+    for (const char* name : {"old", "old lambert", "new", "other"}) {
+      const auto* found = file.Find<FbxSurfaceMaterial>(name);
+      values.emplace_back(found->FindProperty(c.property).Get<FbxString>().Buffer());
+    }
+    EXPECT_THAT(values, ElementsAreArray(c.expected)) << c.property;
+  }
 }
 
 TEST(ReadTextures, HoldTheirNamesAndOldFields) {
@@ -86,7 +92,6 @@ TEST(ReadTextures, HoldTheirNamesAndOldFields) {
   const int64_t id = scene.AddTexture("skin", "C:\\art\\skin.png");
   scene.Object(id).Add({"ModelUVTranslation", {0.5, 0.25}});
   scene.Object(id).Add({"ModelUVScaling", {2.0, 3.0}});
-  scene.Object(id).Add({"Texture_Alpha_Source", {"Alpha_Black"}});
   const int64_t renamed = scene.AddTexture("object name", "x.png");
   scene.Object(renamed).children[2].values = {"Texture::field name"};
   const Imported file(scene);
@@ -111,16 +116,14 @@ TEST(ReadTextures, LayersKeepModesAndAlphasInTheirRange) {
   for (const char* name : {"a", "b"}) scene.Connect(scene.AddTexture(name, "t"), values);
   for (const bool ascii : {false, true}) {
     const Imported file(scene, {.ascii = ascii});
-    const auto inputs = [&](const char* name) {
-      std::vector<std::pair<int, double>> all;
-      for (const auto& [mode, alpha] : file.Find<FbxLayeredTexture>(name)->inputs) {
-        all.emplace_back(mode, alpha);
-      }
-      return all;
+    const auto input = [](int mode, double alpha) {
+      using I = FbxLayeredTexture::Input;
+      return testing::AllOf(testing::Field(&I::blendMode, mode), testing::Field(&I::alpha, alpha));
     };
-    EXPECT_THAT(inputs("array"),
-                ElementsAre(std::pair(30, 1.0), std::pair(5, 0.0), std::pair(2, 1.0)));
-    EXPECT_THAT(inputs("values"), ElementsAre(std::pair(4, 0.5), std::pair(0, 1.0)));
+    EXPECT_THAT(file.Find<FbxLayeredTexture>("array")->inputs,
+                ElementsAre(input(30, 1), input(5, 0), input(2, 1)));
+    EXPECT_THAT(file.Find<FbxLayeredTexture>("values")->inputs,
+                ElementsAre(input(4, 0.5), input(0, 1)));
   }
 }
 
@@ -143,6 +146,13 @@ class MediaTest : public testing::Test {
     if (!content.empty()) records.push_back({"Content", {FbxRaw{content}}});
     return builder.AddObject("Video", "Video", path, "Clip", {}, std::move(records));
   }
+  // A texture whose file is called `relative` beside the scene.
+  static int64_t AddTexture(SceneBuilder& builder, const std::string& absolute,
+                            const char* relative) {
+    const int64_t id = builder.AddTexture("texture", absolute);
+    builder.Object(id).children[5].values = {relative};
+    return id;
+  }
   std::vector<std::string> FilesBelow() const {
     std::vector<std::string> files;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.Path())) {
@@ -151,6 +161,13 @@ class MediaTest : public testing::Test {
       }
     }
     return files;
+  }
+  static std::vector<std::string> TextureFiles(const FbxScene& scene) {
+    std::vector<std::string> names;
+    for (int i = 0; i < scene.GetSrcObjectCount<FbxFileTexture>(); ++i) {
+      names.emplace_back(scene.GetSrcObject<FbxFileTexture>(i)->GetFileName());
+    }
+    return names;
   }
 
   TempDir folder;
@@ -201,21 +218,12 @@ TEST_F(MediaTest, TexturesFindFilesBesideTheScene) {
   std::filesystem::create_directory(folder.File("textures"));
   folder.Write("textures/skin.png", "x");
   SceneBuilder builder;
-  const auto add = [&](const char* name, const std::string& absolute, const char* relative) {
-    const int64_t id = builder.AddTexture(name, absolute);
-    builder.Object(id).children[5].values = {relative};
-  };
-  add("beside", "C:\\art\\here.png", "here.png");
-  add("below", "/no/such/skin.png", "textures\\..\\textures\\skin.png");
-  add("present", folder.File("here.png"), "textures\\skin.png");
-  add("missing", "C:\\art\\gone.png", "gone.png");
-  add("folder", "C:\\art\\gone.png", "textures");
-  const FbxScene* scene = Load(builder);
-  std::vector<std::string> names;
-  for (int i = 0; i < scene->GetSrcObjectCount<FbxFileTexture>(); ++i) {
-    names.emplace_back(scene->GetSrcObject<FbxFileTexture>(i)->GetFileName());
-  }
-  EXPECT_THAT(names,
+  AddTexture(builder, "C:\\art\\here.png", "here.png");
+  AddTexture(builder, "/no/such/skin.png", "textures\\..\\textures\\skin.png");
+  AddTexture(builder, folder.File("here.png"), "textures\\skin.png");
+  AddTexture(builder, "C:\\art\\gone.png", "gone.png");
+  AddTexture(builder, "C:\\art\\gone.png", "textures");
+  EXPECT_THAT(TextureFiles(*Load(builder)),
               ElementsAre(folder.File("here.png"), folder.File("textures/skin.png"),
                           folder.File("here.png"), "C:\\art\\gone.png", "C:\\art\\gone.png"));
 }
@@ -223,20 +231,15 @@ TEST_F(MediaTest, TexturesFindFilesBesideTheScene) {
 // Textures are read before videos, and yet find their media the first time that a file is read.
 TEST_F(MediaTest, TexturesFindTheirEmbeddedMedia) {
   SceneBuilder builder;
-  const int64_t byName = builder.AddTexture("by name", "C:\\art\\a.png");
-  builder.Object(byName).children[5].values = {"scene.fbm\\a.png"};
+  AddTexture(builder, "C:\\art\\a.png", "scene.fbm\\a.png");
   AddVideo(builder, "C:\\art\\a.png", "a");
   const int64_t byVideo = builder.AddTexture("by video", "C:\\art\\b.png");
   builder.Connect(AddVideo(builder, "C:\\art\\b.png", "b"), byVideo);
   const int64_t present = builder.AddTexture("present", folder.Write("c.png", "disk"));
   builder.Connect(AddVideo(builder, "c.png", "c"), present);
-  const FbxScene* scene = Load(builder);
-  const auto name = [&](int i) {
-    return std::string(scene->GetSrcObject<FbxFileTexture>(i)->GetFileName());
-  };
-  EXPECT_EQ(name(0), folder.File("scene.fbm/a.png"));
-  EXPECT_EQ(name(1), folder.File("scene.fbm/b.png"));
-  EXPECT_EQ(name(2), folder.File("c.png"));
+  EXPECT_THAT(TextureFiles(*Load(builder)),
+              ElementsAre(folder.File("scene.fbm/a.png"), folder.File("scene.fbm/b.png"),
+                          folder.File("c.png")));
 }
 
 }  // namespace

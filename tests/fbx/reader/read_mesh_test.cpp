@@ -13,25 +13,6 @@ namespace {
 
 constexpr const char* kByCorner = "ByPolygonVertex";
 
-FbxRecord Element(const std::string& field, int version, const std::string& name,
-                  const std::string& mapping, const std::string& reference, FbxRecords data) {
-  FbxRecord element(field, {0},
-                    {{"Version", {version}},
-                     {"Name", {name}},
-                     {"MappingInformationType", {mapping}},
-                     {"ReferenceInformationType", {reference}}});
-  for (FbxRecord& record : data) element.Add(std::move(record));
-  return element;
-}
-
-FbxRecord Layer(int number, const std::vector<std::pair<std::string, int>>& elements) {
-  FbxRecord layer("Layer", {number}, {{"Version", {100}}});
-  for (const auto& [type, index] : elements) {
-    layer.Add({"LayerElement", {}, {{"Type", {type}}, {"TypedIndex", {index}}}});
-  }
-  return layer;
-}
-
 SceneBuilder WithMesh(FbxRecords records, std::vector<int32_t> polygons = {0, 1, -3, 0, 2, 1, -4}) {
   SceneBuilder scene;
   scene.AddMesh("mesh", {0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0}, std::move(polygons),
@@ -39,32 +20,28 @@ SceneBuilder WithMesh(FbxRecords records, std::vector<int32_t> polygons = {0, 1,
   return scene;
 }
 
-// Each polygon's control points.
-std::vector<std::vector<int>> PolygonsOf(std::vector<int32_t> indices) {
-  const Imported file(WithMesh({}, std::move(indices)));
-  const auto* mesh = file.Find<FbxMesh>("mesh");
-  std::vector<std::vector<int>> polygons;
-  for (int p = 0; p < mesh->GetPolygonCount(); ++p) {
-    EXPECT_EQ(mesh->GetPolygonVertexIndex(p) + mesh->GetPolygonSize(p),
-              p + 1 < mesh->GetPolygonCount() ? mesh->GetPolygonVertexIndex(p + 1)
-                                              : mesh->GetPolygonVertexCount());
-    std::vector<int>& corners = polygons.emplace_back();
-    for (int k = 0; k < mesh->GetPolygonSize(p); ++k) {
-      corners.push_back(mesh->GetPolygonVertex(p, k));
-    }
-  }
-  return polygons;
-}
-
 TEST(ReadMesh, CutsIndicesIntoPolygons) {
   using Polygons = std::vector<std::vector<int>>;
-  EXPECT_EQ(PolygonsOf({0, 1, -3}), (Polygons{{0, 1, 2}}));
-  EXPECT_EQ(PolygonsOf({-1}), (Polygons{{0}}));
-  EXPECT_EQ(PolygonsOf({-1, -2}), (Polygons{{0}, {1}}));
-  EXPECT_EQ(PolygonsOf({0, 1, -3, 3, 2, 1, -1}), (Polygons{{0, 1, 2}, {3, 2, 1, 0}}));
-  EXPECT_EQ(PolygonsOf({0, 1, -3, 3, 2}), (Polygons{{0, 1, 2}, {3, 2}}));
-  EXPECT_EQ(PolygonsOf({5, std::numeric_limits<int>::min()}), (Polygons{{5, 0x7FFFFFFE}}));
-  EXPECT_EQ(PolygonsOf({}), Polygons{});
+  const std::vector<std::pair<std::vector<int32_t>, Polygons>> cases = {
+      {{-1, -2}, {{0}, {1}}},
+      {{0, 1, -3, 3, 2, 1, -1}, {{0, 1, 2}, {3, 2, 1, 0}}},
+      {{0, 1, -3, 3, 2}, {{0, 1, 2}, {3, 2}}},
+      {{5, std::numeric_limits<int>::min()}, {{5, 0x7FFFFFFE}}},
+      {{}, {}}};
+  for (const auto& [indices, expected] : cases) {
+    const Imported file(WithMesh({}, indices));
+    const auto* mesh = file.Find<FbxMesh>("mesh");
+    Polygons polygons(static_cast<size_t>(mesh->GetPolygonCount()));
+    int start = 0;
+    for (int p = 0; p < mesh->GetPolygonCount(); ++p) {
+      EXPECT_EQ(mesh->GetPolygonVertexIndex(p), start);
+      start += mesh->GetPolygonSize(p);
+      for (int k = 0; k < mesh->GetPolygonSize(p); ++k) {
+        polygons[static_cast<size_t>(p)].push_back(mesh->GetPolygonVertex(p, k));
+      }
+    }
+    EXPECT_EQ(polygons, expected);
+  }
 }
 
 TEST(ReadMesh, TakesPointsByThrees) {
@@ -73,32 +50,28 @@ TEST(ReadMesh, TakesPointsByThrees) {
   scene.AddMesh("few", {1, 2}, {});
   scene.AddObject("Geometry", "Geometry", "none", "Mesh");
   const Imported file(scene);
-  const auto* rest = file.Find<FbxMesh>("rest");
-  ASSERT_EQ(rest->GetControlPointsCount(), 2);
-  EXPECT_EQ(rest->GetControlPointAt(1)[2], 6.0);
-  EXPECT_EQ(rest->GetControlPointAt(1)[3], 0.0);
-  EXPECT_EQ(file.Find<FbxMesh>("few")->GetControlPointsCount(), 0);
-  EXPECT_EQ(file.Find<FbxMesh>("none")->GetControlPointsCount(), 0);
-  EXPECT_EQ(file.Find<FbxMesh>("none")->GetPolygonCount(), 0);
+  EXPECT_THAT(file.Find<FbxMesh>("rest")->ControlPoints(),
+              ElementsAre(FbxVector4(1, 2, 3, 0), FbxVector4(4, 5, 6, 0)));
+  for (const char* name : {"few", "none"}) {
+    EXPECT_EQ(file.Find<FbxMesh>(name)->GetControlPointsCount(), 0) << name;
+  }
 }
 
 TEST(ReadMesh, ReadsElementsByTheirVersions) {
-  const std::vector<double> normals = {0, 0, 1, 0, 1, 0, 1, 0};
-  const FbxRecords data = {{"Normals", {normals}}, {"NormalsW", {std::vector<double>{5, 6, 7}}}};
-  const std::vector<double> uvs = {0.5, 1, 2};
-  const std::vector<double> colors = {1, 2, 3, 4, 5};
+  using Doubles = std::vector<double>;
+  const FbxRecords data = {{"Normals", {Doubles{0, 0, 1, 0, 1, 0, 1, 0}}},
+                           {"NormalsW", {Doubles{5, 6, 7}}}};
+  const FbxRecords materials = {{"Materials", {std::vector<int32_t>{2}}}};
   const Imported file(WithMesh({
       Element("LayerElementNormal", 101, "Class::plain", "ByVertice", "Direct", data),
       Element("LayerElementNormal", 102, "weighted", "ByPolygon", "Index", data),
       Element("LayerElementNormal", 100, "unread", "something", "else", data),
       Element("LayerElementUV", 101, "map1", "ByEdge", "IndexToDirect",
-              {{"UV", {uvs}}, {"UVIndex", {std::vector<int32_t>{0, -1}}}}),
+              {{"UV", {Doubles{0.5, 1, 2}}}, {"UVIndex", {std::vector<int32_t>{0, -1}}}}),
       Element("LayerElementColor", 101, "", kByCorner, "Direct",
-              {{"Colors", {colors}}, {"ColorIndex", {std::vector<int32_t>{3}}}}),
-      Element("LayerElementMaterial", 101, "", "AllSame", "IndexToDirect",
-              {{"Materials", {std::vector<int32_t>{2}}}}),
-      Element("LayerElementMaterial", 101, "", "AllSame", "Direct",
-              {{"Materials", {std::vector<int32_t>{2}}}}),
+              {{"Colors", {Doubles{1, 2, 3, 4, 5}}}, {"ColorIndex", {std::vector<int32_t>{3}}}}),
+      Element("LayerElementMaterial", 101, "", "AllSame", "IndexToDirect", materials),
+      Element("LayerElementMaterial", 101, "", "AllSame", "Direct", materials),
       Layer(0, {{"LayerElementNormal", 0},
                 {"LayerElementUV", 0},
                 {"LayerElementColor", 0},
@@ -111,9 +84,7 @@ TEST(ReadMesh, ReadsElementsByTheirVersions) {
   const FbxLayerElementNormal& plain = *mesh->GetElementNormal(0);
   EXPECT_EQ(plain.GetName(), "plain");
   EXPECT_EQ(plain.GetMappingMode(), FbxLayerElement::eByControlPoint);
-  ASSERT_EQ(plain.direct.size(), 2U);
-  EXPECT_EQ(plain.direct[1][1], 1.0);
-  EXPECT_EQ(plain.direct[1][3], 1.0);
+  EXPECT_THAT(plain.direct, ElementsAre(FbxVector4(0, 0, 1, 1), FbxVector4(0, 1, 0, 1)));
   const FbxLayerElementNormal& weighted = *mesh->GetElementNormal(1);
   EXPECT_EQ(weighted.GetMappingMode(), FbxLayerElement::eByPolygon);
   EXPECT_EQ(weighted.GetReferenceMode(), FbxLayerElement::eIndex);
@@ -124,15 +95,13 @@ TEST(ReadMesh, ReadsElementsByTheirVersions) {
   EXPECT_EQ(unread.GetReferenceMode(), FbxLayerElement::eDirect);
   const FbxLayerElementUV& uv = *mesh->GetElementUV("map1");
   EXPECT_EQ(uv.GetMappingMode(), FbxLayerElement::eByEdge);
-  EXPECT_EQ(uv.direct.size(), 1U);
+  EXPECT_THAT(uv.direct, ElementsAre(FbxVector2(0.5, 1)));
   EXPECT_THAT(uv.index, ElementsAre(0, -1));
   const FbxLayerElementVertexColor& color = *mesh->GetElementVertexColor();
-  ASSERT_EQ(color.direct.size(), 1U);
-  EXPECT_EQ(color.direct[0].mAlpha, 4.0);
+  EXPECT_THAT(color.direct, ElementsAre(FbxColor{1, 2, 3, 4}));
   EXPECT_TRUE(color.index.empty());
-  const FbxLayerElementMaterial& material = *mesh->GetElementMaterial();
-  EXPECT_EQ(material.GetMappingMode(), FbxLayerElement::eAllSame);
-  EXPECT_THAT(material.index, ElementsAre(2));
+  EXPECT_EQ(mesh->GetElementMaterial()->GetMappingMode(), FbxLayerElement::eAllSame);
+  EXPECT_THAT(mesh->GetElementMaterial()->index, ElementsAre(2));
   EXPECT_TRUE(mesh->GetElementMaterial(1)->index.empty());
 }
 
@@ -195,16 +164,13 @@ TEST(ReadMesh, FindsWhatACornerHas) {
       for (int k = 0; k < mesh->GetPolygonSize(p); ++k, ++at) {
         FbxVector4 normal(none, 0, 0);
         EXPECT_EQ(mesh->GetPolygonVertexNormal(p, k, normal), !std::isnan(c.expected[at])) << at;
-        EXPECT_TRUE(std::isnan(c.expected[at]) ? std::isnan(normal[0])
-                                               : normal[0] == c.expected[at])
-            << at;
+        EXPECT_THAT(normal[0], testing::NanSensitiveDoubleEq(c.expected[at])) << at;
       }
     }
     FbxVector4 normal;
-    EXPECT_FALSE(mesh->GetPolygonVertexNormal(2, 0, normal));
-    EXPECT_FALSE(mesh->GetPolygonVertexNormal(0, 3, normal));
-    EXPECT_FALSE(mesh->GetPolygonVertexNormal(-1, 0, normal));
-    EXPECT_FALSE(mesh->GetPolygonVertexNormal(0, -1, normal));
+    for (const auto& [polygon, corner] : {std::pair(2, 0), {0, 3}, {-1, 0}, {0, -1}}) {
+      EXPECT_FALSE(mesh->GetPolygonVertexNormal(polygon, corner, normal));
+    }
   }
 }
 
@@ -215,13 +181,13 @@ TEST(ReadMesh, TellsCornersWithoutUV) {
                                 Layer(0, {{"LayerElementUV", 0}})}));
   const auto* mesh = file.Find<FbxMesh>("mesh");
   FbxVector2 uv(-1, -1);
+  for (int corner = 0; corner < 3; ++corner) {
+    bool unmapped = corner != 1;
+    EXPECT_TRUE(mesh->GetPolygonVertexUV(0, corner, "map1", uv, unmapped));
+    EXPECT_EQ(unmapped, corner == 1);
+    EXPECT_EQ(uv, FbxVector2(3, 4)) << "kept where there is none";
+  }
   bool unmapped = true;
-  EXPECT_TRUE(mesh->GetPolygonVertexUV(0, 0, "map1", uv, unmapped));
-  EXPECT_TRUE(uv == FbxVector2(3, 4) && !unmapped);
-  EXPECT_TRUE(mesh->GetPolygonVertexUV(0, 1, "map1", uv, unmapped));
-  EXPECT_TRUE(uv == FbxVector2(3, 4) && unmapped);
-  mesh->GetPolygonVertexUV(0, 2, "map1", uv, unmapped);
-  EXPECT_TRUE(uv == FbxVector2(3, 4) && !unmapped);
   EXPECT_FALSE(mesh->GetPolygonVertexUV(1, 0, "map1", uv, unmapped));
   EXPECT_FALSE(mesh->GetPolygonVertexUV(0, 0, "map2", uv, unmapped));
 }
