@@ -1,5 +1,6 @@
 #include "converter/animation/curve_visitors.h"
 
+#include <array>
 #include <random>
 
 #include <gmock/gmock.h>
@@ -23,22 +24,28 @@ class CurveVisitors : public ClipFile {
   }
 };
 
-TEST_F(CurveVisitors, TextOfCurves) {
+TEST_F(CurveVisitors, WhatIsAnimatedBelowANode) {
   const int64_t hips = scene_.Bone("Hips");
   const int64_t spine = scene_.Bone("Spine", hips);
-  const ClipScene::Morphed face = scene_.Mesh("Face", {"smile", "TX"}, hips);
+  const ClipScene::Morphed face = scene_.Mesh("Face", {"smile", "wink", "TX"}, spine);
+  const int64_t twin = scene_.builder.AddModel("Twin", "Mesh");  // the same geometry
+  scene_.builder.Connect(twin, SceneBuilder::kRoot);
+  scene_.builder.Connect(face.mesh, twin);
   const ClipScene::Clip clip = scene_.AddClip("Walk", 0, 20);
   const int64_t upper = scene_.AddLayer(clip);
   scene_.Key(upper, hips, "TX", {1, 2, 3}, {1, 1, 1});
   scene_.Key(clip.layer, spine, "SZ", {0, 1, 2}, {1, 1, 1});
-  scene_.KeyMorph(clip.layer, face.channels[1], {0, 1, 2}, {5, 5, 5});
+  scene_.KeyMorph(clip.layer, face.channels[2], {0, 1, 2}, {5, 5, 5});
+  scene_.KeyMorph(clip.layer, face.channels[1], {0, 1}, {5, 6});  // two keys are none
   scene_.KeyMorph(clip.layer, face.channels[0], {0, 1, 2}, {0, 50, 100});
   scene_.Key(clip.layer, face.node, "RX", {0, 1, 2}, {1, 1, 1});
-  scene_.Key(clip.layer, hips, "RZ", {0, 1}, {1, 2});  // two keys are none
+  scene_.Key(clip.layer, hips, "RZ", {0, 1}, {1, 2});
   // Frames and values truncate toward zero; values have three decimals, six digits.
   scene_.Key(clip.layer, hips, "TY", {-2.5, -0.5, 1000000}, {1234567.0F, 1.0006F, -1.0004F});
   scene_.Key(clip.layer, hips, "TZ", {0, 1, 2}, {-0.0004F, 0.1F, 1e-9F});
   FbxWrapper& wrapper = Load();
+  FbxNode* root = wrapper.GetRootNode();
+  const FbxNode* faceNode = wrapper.GetNodeByPath("RootNode/Hips/Spine/Face");
   EXPECT_EQ(TextBelow(wrapper, "RootNode"),
             "Hips TY 3\n-2:1.23457e+06 0:1.001 1000000:-0.999 \n"
             "Hips TZ 3\n0:0 1:0.1 2:0 \n"
@@ -46,12 +53,22 @@ TEST_F(CurveVisitors, TextOfCurves) {
             "Face RX 3\n0:1 1:1 2:1 \n"
             "Face smile 3\n0:0 1:50 2:100 \n"
             "Face TX 3\n0:5 1:5 2:5 \n"
+            "Twin smile 3\n0:0 1:50 2:100 \n"
+            "Twin TX 3\n0:5 1:5 2:5 \n"
             "Hips TX 3\n1:1 2:1 3:1 \n");
-  EXPECT_EQ(TextBelow(wrapper, "RootNode/Hips/Spine"), "Spine SZ 3\n0:1 1:1 2:1 \n");
-  EXPECT_EQ(CurveText(ChannelsBelow(wrapper.Channels(), Stack(wrapper),
-                                    wrapper.GetNodeByPath("RootNode/Hips/Spine")),
-                      false),
-            "SZ 3\n0:1 1:1 2:1 \n");
+  EXPECT_EQ(CurveText(ChannelsBelow(wrapper.Channels(), Stack(wrapper), faceNode), false),
+            "RX 3\n0:1 1:1 2:1 \nsmile 3\n0:0 1:50 2:100 \nTX 3\n0:5 1:5 2:5 \n");
+
+  const LayerChannels& layer = wrapper.Channels().Of(Stack(wrapper)->GetLayer(0));
+  const auto names = [](NodeSpan nodes) {
+    std::string text;
+    for (const FbxNode* node : nodes) text += node->Name() + " ";
+    return text;
+  };
+  EXPECT_EQ(names(layer.MovedBelow(root)), "Hips Face ");  // scaling is no movement
+  EXPECT_EQ(names(layer.MovedBelow(faceNode->GetParent())), "Face ");
+  EXPECT_EQ(names(layer.MorphedBelow(root)), "Face Twin ");
+  EXPECT_THAT(HasBlendShapeMorph(layer.Of(faceNode).front()), ElementsAre("smile", "TX"));
 }
 
 // A property may have curve nodes in many layers, and by mistake two in one.
@@ -61,59 +78,17 @@ TEST_F(CurveVisitors, ChannelsAreThoseThatPropertiesKnow) {
   const ClipScene::Clip first = scene_.AddClip("First", 0, 20);
   const ClipScene::Clip second = scene_.AddClip("Second", 0, 20);
   std::vector<int64_t> curveNodes;
-  for (int i = 0; i < 3; ++i) {
+  for (const float value : {0.0F, 1.0F, 2.0F}) {
     curveNodes.push_back(b.AddAnimationCurveNode("T", {P("d|X", "Number", "", "A", {0.0})}));
-    const auto value = static_cast<float>(i);
+    b.Connect(curveNodes.back(), value < 2 ? first.layer : second.layer);
     b.ConnectProperty(b.AddAnimationCurve({0, 1, 2}, {value, value, value}), curveNodes.back(),
                       "d|X");
   }
   // The layer meets them in one order, the property in the other, which counts.
-  b.Connect(curveNodes[0], first.layer);
-  b.Connect(curveNodes[1], first.layer);
-  b.Connect(curveNodes[2], second.layer);
-  for (const int i : {2, 1, 0})
-    b.ConnectProperty(curveNodes[static_cast<size_t>(i)], hips, "Lcl Translation");
+  for (const size_t i : {2U, 1U, 0U}) b.ConnectProperty(curveNodes[i], hips, "Lcl Translation");
   FbxWrapper& wrapper = Load();
-  const FbxNode* node = wrapper.GetNodeByPath("RootNode/Hips");
-  for (size_t i = 0; i < 2; ++i) {
-    const FbxAnimLayer* layer = Stack(wrapper, i)->GetLayer(0);
-    const auto channels = wrapper.Channels().Of(layer).Of(node);
-    ASSERT_EQ(channels.size(), 1U);
-    ASSERT_EQ(channels[0].transform.size(), 1U);
-    EXPECT_EQ(channels[0].transform[0].curve, node->LclTranslation().GetCurve(layer, "X"));
-    EXPECT_EQ(channels[0].transform[0].curve->KeyGetValue(0), i == 0 ? 1.0F : 2.0F);
-  }
-}
-
-TEST_F(CurveVisitors, MovedAndMorphedNodes) {
-  const int64_t hips = scene_.Bone("Hips");
-  const int64_t spine = scene_.Bone("Spine", hips);
-  const int64_t head = scene_.Bone("Head", spine);
-  const ClipScene::Morphed face = scene_.Mesh("Face", {"smile", "blink", "wink"}, spine);
-  // The same geometry on another node.
-  const int64_t twin = scene_.builder.AddModel("Twin", "Mesh");
-  scene_.builder.Connect(twin, SceneBuilder::kRoot);
-  scene_.builder.Connect(face.mesh, twin);
-  const ClipScene::Clip clip = scene_.AddClip("Walk", 0, 20);
-  scene_.Key(clip.layer, head, "RX", {0, 1, 2}, {1, 1, 1});
-  scene_.Key(clip.layer, hips, "TX", {0, 1, 2}, {1, 1, 1});
-  scene_.Key(clip.layer, spine, "SX", {0, 1, 2}, {1, 1, 1});
-  scene_.KeyMorph(clip.layer, face.channels[2], {0, 1, 2}, {5, 5, 5});
-  scene_.KeyMorph(clip.layer, face.channels[0], {0, 1, 2}, {5, 5, 5});
-  scene_.KeyMorph(clip.layer, face.channels[1], {0, 1}, {5, 6});
-  FbxWrapper& wrapper = Load();
-  const LayerChannels& layer = wrapper.Channels().Of(Stack(wrapper)->GetLayer(0));
-  const auto names = [](NodeSpan nodes) {
-    std::vector<std::string> result;
-    for (const FbxNode* node : nodes) result.push_back(node->Name());
-    return result;
-  };
-  EXPECT_THAT(names(layer.MovedBelow(wrapper.GetRootNode())), ElementsAre("Hips", "Head"));
-  EXPECT_THAT(names(layer.MovedBelow(wrapper.GetNodeByPath("RootNode/Hips/Spine"))),
-              ElementsAre("Head"));
-  EXPECT_THAT(names(layer.MorphedBelow(wrapper.GetRootNode())), ElementsAre("Face", "Twin"));
-  EXPECT_THAT(HasBlendShapeMorph(layer.Of(wrapper.GetNodeByPath("RootNode/Twin")).front()),
-              ElementsAre("smile", "wink"));
+  EXPECT_EQ(TextBelow(wrapper, "RootNode", 0), "Hips TX 3\n0:1 0:1 0:1 \n");
+  EXPECT_EQ(TextBelow(wrapper, "RootNode", 1), "Hips TX 3\n0:2 0:2 0:2 \n");
 }
 
 class EverythingVisitor : public AnimationCurveVisitorString {
@@ -131,8 +106,8 @@ TEST_F(CurveVisitors, LightsAndUserProperties) {
   b.Connect(lamp, SceneBuilder::kRoot);
   scene_.Bone("Still");
   const ClipScene::Clip clip = scene_.AddClip("Glow", 0, 20);
-  const auto drive = [&](int64_t object, const char* property, const char* channel) {
-    const std::string name = std::string("d|") + channel;
+  const auto drive = [&](int64_t object, const char* property, const std::string& channel) {
+    const std::string name = "d|" + channel;
     const int64_t curves = b.AddAnimationCurveNode(property, {P(name, "Number", "", "A", {0.0})});
     b.Connect(curves, clip.layer);
     b.ConnectProperty(curves, object, property);
@@ -157,22 +132,20 @@ TEST_F(CurveVisitors, LightsAndUserProperties) {
 
 // Comparing texts without writing them must give what comparing them written gives.
 TEST_F(CurveVisitors, OrderOfTexts) {
-  const std::vector<std::string> names = {"a", "b", "a TX 3\n0:0", "a TX 3\n0:0 1:0 2:0 \na"};
-  std::mt19937 random(7);
-  const auto pick = [&random](int count) {
-    return static_cast<int>(random() % static_cast<unsigned>(count));
-  };
-  constexpr int kStacks = 24;
   std::vector<int64_t> bones;
-  for (const std::string& name : names) bones.push_back(scene_.Bone(name));
-  for (int i = 0; i < kStacks; ++i) {
+  for (const char* name : {"a", "b", "a TX 3\n0:0", "a TX 3\n0:0 1:0 2:0 \na"}) {
+    bones.push_back(scene_.Bone(name));
+  }
+  constexpr std::array<float, 6> kValues = {0.0F, 0.0002F, -0.0002F, 10.0F, 1e7F, 10000001.0F};
+  constexpr size_t kStacks = 24;
+  std::mt19937 random(7);
+  for (size_t i = 0; i < kStacks; ++i) {
     const ClipScene::Clip clip = scene_.AddClip("clip", 0, 20);
     for (const int64_t bone : bones) {
-      if (pick(2) == 0) continue;
-      const float value = std::vector<float>{0.0F, 0.0002F, -0.0002F, 10.0F, 1e7F, 10000001.0F}.at(
-          static_cast<size_t>(pick(6)));
-      scene_.Key(clip.layer, bone, pick(3) == 0 ? "TY" : "TX", {0, 1.0 + 0.5 * pick(2), 2},
-                 {0, 0, value});
+      if (random() % 2 == 0) continue;
+      const char* channel = random() % 3 == 0 ? "TY" : "TX";
+      const double middle = random() % 2 == 0 ? 1.0 : 1.5;
+      scene_.Key(clip.layer, bone, channel, {0, middle, 2}, {0, 0, kValues[random() % 6]});
     }
   }
   FbxWrapper& wrapper = Load();

@@ -36,10 +36,9 @@ class MaterialMapTest : public testing::Test {
   }
   // The material's map, read through a node; what reading prints goes to `printed_`.
   MaterialMap Read(FbxSurfaceMaterial* material) {
-    auto* node = Make<FbxNode>("node");
-    node->ConnectSrcObject(material);
     MeshHolder_ holder;
-    holder.node = node;
+    holder.node = Make<FbxNode>("node");
+    holder.node->ConnectSrcObject(material);
     printed_ = Printed([&] { GetMeshMaterialMap(holder); });
     EXPECT_EQ(Printed([&] { GetMeshMaterialMap(holder); }), "");  // warnings come once
     return holder.materialMaps.at(0);
@@ -74,20 +73,21 @@ TEST_F(MaterialMapTest, RejectedNamesFallBackToTheColour) {
 }
 
 TEST_F(MaterialMapTest, ColoursOfEveryKind) {
-  const auto diffuse = [&](FbxSurfaceMaterial* material) {
-    return Read(material).at("DiffuseColor");
-  };
-  EXPECT_EQ(diffuse(Make<FbxSurfaceLambert>("L")), "COLOR-CCCCCC-L-DiffuseColor");
-  // Components out of range: nothing below 0, as many digits as it takes above 1.
-  EXPECT_EQ(diffuse(Phong("P", {-1, 2, 1e300})), "COLOR-001FEFFFFFFFF-P-DiffuseColor");
-  EXPECT_EQ(diffuse(Phong("P", {NAN, 0.2, 1})), "COLOR-0033FF-P-DiffuseColor");
-
-  auto* plain = Make<FbxSurfaceMaterial>("Plain");
-  SetOwn(plain, FbxColor3DT, "DiffuseColor", FbxDouble3{0, 1, 0});
-  EXPECT_EQ(diffuse(plain), "COLOR-00FF00-Plain-DiffuseColor");
+  auto* own = Make<FbxSurfaceMaterial>("Own");
+  SetOwn(own, FbxColor3DT, "DiffuseColor", FbxDouble3{0, 1, 0});
   auto* vector = Make<FbxSurfaceMaterial>("Vector");
   SetOwn(vector, FbxDouble3DT, "DiffuseColor", FbxDouble3{0, 1, 0});
-  EXPECT_EQ(diffuse(vector), "MISSING-Vector-DiffuseColor");
+  const std::vector<std::pair<FbxSurfaceMaterial*, std::string>> cases = {
+      {Make<FbxSurfaceLambert>("L"), "COLOR-CCCCCC-L-DiffuseColor"},
+      // Components out of range: nothing below 0, as many digits as it takes above 1.
+      {Phong("P", {-1, 2, 1e300}), "COLOR-001FEFFFFFFFF-P-DiffuseColor"},
+      {Phong("P", {NAN, 0.2, 1}), "COLOR-0033FF-P-DiffuseColor"},
+      {own, "COLOR-00FF00-Own-DiffuseColor"},
+      {vector, "MISSING-Vector-DiffuseColor"},
+  };
+  for (const auto& [material, expected] : cases) {
+    EXPECT_EQ(Read(material).at("DiffuseColor"), expected);
+  }
 
   MaterialMap map;
   auto* none = Make<FbxSurfaceMaterial>("None");
@@ -98,58 +98,55 @@ TEST_F(MaterialMapTest, ColoursOfEveryKind) {
 }
 
 TEST_F(MaterialMapTest, Transparency) {
-  struct Case {
+  const std::string grey = "WARNING: TransparentColor is not consistant.\n";
+  const std::string invisible = "WARNING: Glass is a fully transparent material\n";
+  const struct {
     double factor;
     double opacity;  // below 0: the material has no such property
     FbxDouble3 color;
-    std::string expected;  // "" for no entry
+    std::string alpha;  // "" for no entry
     std::string printed;
+  } cases[] = {
+      {0, 0.5, {0, 0, 0}, "7F7F7F", ""},
+      {1, 1, {1, 1, 1}, "", ""},  // the opacity has the last word
+      {0, -1, {1, 1, 1}, "", ""},
+      {0.25, -1, {0, 0, 0}, "", ""},
+      {0.25, -1, {0.5, 0.5, 0.5}, "7F7F7F", ""},  // the factor itself doesn't count
+      {1, -1, {0.25, 0.5, 0.25}, "BFBFBF", grey},
+      {1, -1, {1, 1, 1}, "000000", invisible},
+      {0, 0, {0, 0, 0}, "000000", invisible},
+      {0, 0.5, {1, 1, 1}, "7F7F7F", ""},  // the colour only stands in for the opacity
+      {0, 2, {0, 0, 0}, "", ""},
   };
-  const std::string grey = "WARNING: TransparentColor is not consistant.\n";
-  const std::string invisible = "WARNING: Glass is a fully transparent material\n";
-  for (const Case& c : {
-           Case{0, 0.5, {0, 0, 0}, "7F7F7F", ""},
-           Case{1, 1, {1, 1, 1}, "", ""},  // the opacity has the last word
-           Case{0, -1, {1, 1, 1}, "", ""},
-           Case{0.25, -1, {0, 0, 0}, "", ""},
-           Case{0.25, -1, {0.5, 0.5, 0.5}, "7F7F7F", ""},  // the factor itself doesn't count
-           Case{1, -1, {0.25, 0.5, 0.25}, "BFBFBF", grey},
-           Case{1, -1, {1, 1, 1}, "000000", invisible},
-           Case{0, 0, {0, 0, 0}, "000000", invisible},
-           Case{0, 0.5, {1, 1, 1}, "7F7F7F", ""},  // the colour only stands in for the opacity
-           Case{0, 2, {0, 0, 0}, "", ""},
-       }) {
+  for (const auto& c : cases) {
+    SCOPED_TRACE(&c - cases);
     FbxSurfacePhong* glass = Phong("Glass");
     glass->FindProperty("TransparencyFactor").Set(c.factor);
     glass->FindProperty("TransparentColor").Set(c.color);
     if (c.opacity >= 0) SetOwn(glass, FbxDoubleDT, "Opacity", c.opacity);
-    const MaterialMap map = Read(glass);
-    const auto found = map.find("TransparencyFactor");
-    SCOPED_TRACE("factor " + std::to_string(c.factor) + ", opacity " + std::to_string(c.opacity));
-    EXPECT_EQ(found == map.end() ? "" : found->second,
-              c.expected.empty() ? "" : "ALPHA-" + c.expected + "-Glass-TransparencyFactor");
+    EXPECT_EQ(Read(glass)["TransparencyFactor"],
+              c.alpha.empty() ? "" : "ALPHA-" + c.alpha + "-Glass-TransparencyFactor");
     EXPECT_EQ(printed_, c.printed);
   }
 }
 
 TEST_F(MaterialMapTest, LayersHaveEntriesOfTheirOwn) {
+  const auto layers = [this](const std::vector<const char*>& paths) {
+    auto* layered = Make<FbxLayeredTexture>("layers");
+    for (const char* path : paths) layered->ConnectSrcObject(File(path));
+    return layered;
+  };
+  FbxLayeredTexture* few = layers({"a.png", "none", "c.png"});
+  few->ConnectSrcObject(layers({"n.png"}));  // layers of layers aren't read
   FbxSurfacePhong* skin = Phong("Skin");
-  auto* layered = Make<FbxLayeredTexture>("layers");
-  layered->ConnectSrcObject(File("a.png"));
-  layered->ConnectSrcObject(File("none"));
-  layered->ConnectSrcObject(File("c.png"));
-  auto* nested = Make<FbxLayeredTexture>("nested");
-  nested->ConnectSrcObject(File("n.png"));
-  layered->ConnectSrcObject(nested);  // layers of layers aren't read
-  skin->FindProperty("DiffuseColor").ConnectSrcObject(layered);
+  skin->FindProperty("DiffuseColor").ConnectSrcObject(few);
   EXPECT_EQ(
       Read(skin),
       (MaterialMap{{"MATERIAL", "Skin"}, {"DiffuseColor0", "a.png"}, {"DiffuseColor2", "c.png"}}));
 
   FbxSurfacePhong* many = Phong("Many");
-  auto* deep = Make<FbxLayeredTexture>("deep");
-  for (int i = 0; i <= kMaxTextureLayers; ++i) deep->ConnectSrcObject(File("x.png"));
-  many->FindProperty("DiffuseColor").ConnectSrcObject(deep);
+  many->FindProperty("DiffuseColor")
+      .ConnectSrcObject(layers(std::vector<const char*>(kMaxTextureLayers + 1, "x.png")));
   EXPECT_EQ(Read(many).size(), kMaxTextureLayers + 1U);
   EXPECT_EQ(printed_,
             "WARNING: Material Many has 65 texture layers on DiffuseColor, and only the first 64 "
@@ -157,19 +154,14 @@ TEST_F(MaterialMapTest, LayersHaveEntriesOfTheirOwn) {
 }
 
 TEST_F(MaterialMapTest, MaterialsByTheirIndexOnTheNode) {
-  auto* node = Make<FbxNode>("node");
-  MeshHolder_ bare;
-  bare.node = node;
   const MaterialMaps unused = {{0, {{"MATERIAL", "unused"}, {"DiffuseColor", "unused"}}}};
-  EXPECT_EQ(GetMeshMaterialMap(bare), unused);
   MeshHolder_ nowhere;
   EXPECT_EQ(GetMeshMaterialMap(nowhere), unused);
-
   // A material without any entry leaves a gap.
-  node->ConnectSrcObject(Make<FbxSurfaceMaterial>("Nothing"));
-  node->ConnectSrcObject(Phong("Skin"));
   MeshHolder_ holder;
-  holder.node = node;
+  holder.node = Make<FbxNode>("node");
+  holder.node->ConnectSrcObject(Make<FbxSurfaceMaterial>("Nothing"));
+  holder.node->ConnectSrcObject(Phong("Skin"));
   const MaterialMaps& maps = GetMeshMaterialMap(holder);
   ASSERT_EQ(maps.size(), 1U);
   EXPECT_EQ(MaterialName(maps.at(1)), "Skin");

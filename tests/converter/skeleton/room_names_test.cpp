@@ -1,7 +1,6 @@
 #include "converter/skeleton/room_names.h"
 
 #include <algorithm>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -17,17 +16,20 @@ class RoomNames : public testing::Test {
  protected:
   ~RoomNames() override { manager_->Destroy(); }
 
-  // From old to new name, over a root whose children have the given names.
-  std::map<std::string, std::string> Rename(const std::vector<std::string>& names) {
+  // What the children of a root are called then.
+  std::vector<std::string> Rename(std::vector<std::string> names) {
     FbxNode* root = FbxNode::Create(manager_, "Root");
     for (const std::string& name : names) {
       root->ConnectSrcObject(FbxNode::Create(manager_, name.c_str()));
     }
     NodeNameVisitor visitor(RoomPatterns(), false, false);
     WalkNodes(root, visitor);
-    std::map<std::string, std::string> renamed;
-    for (const auto& [node, name] : RenameSpecialRoomNodes(visitor)) renamed[node->Name()] = name;
-    return renamed;
+    const NodeNames renamed = RenameSpecialRoomNodes(visitor);
+    for (size_t i = 0; i < names.size(); ++i) {
+      const auto found = renamed.find(root->Children()[i]);
+      if (found != renamed.end()) names[i] = found->second;
+    }
+    return names;
   }
 
   bool IsCamera(const std::string& name) {
@@ -39,49 +41,52 @@ class RoomNames : public testing::Test {
   FbxManager* manager_ = FbxManager::Create();
 };
 
-using Names = std::map<std::string, std::string>;
-
-TEST_F(RoomNames, FurnitureIsNumberedOverAllKinds) {
-  EXPECT_EQ(Rename({"wall_FURNITURE", "Furniture_Floor_A", "ceilingfurniture", "floor furniture 2",
-                    "floor", "furniture", "floor\nfurniture"}),
-            (Names{{"Furniture_Floor_A", "furniture.Floor.1"},
-                   {"floor furniture 2", "furniture.Floor.2"},
-                   {"ceilingfurniture", "furniture.Ceiling.3"},
-                   {"wall_FURNITURE", "furniture.Wall.4"}}));
+TEST_F(RoomNames, Renaming) {
+  const std::string filler(100000, 'x');
+  const struct {
+    std::vector<std::string> names;
+    std::vector<std::string> renamed;
+  } cases[] = {
+      // Furniture is numbered over all kinds.
+      {{"wall_FURNITURE", "Furniture_Floor_A", "ceilingfurniture", "floor furniture 2"},
+       {"furniture.Wall.4", "furniture.Floor.1", "furniture.Ceiling.3", "furniture.Floor.2"}},
+      {{"floor" + filler + "furniture"}, {"furniture.Floor.1"}},
+      {{"floor", "furniture", "floor\nfurniture"}, {"floor", "furniture", "floor\nfurniture"}},
+      {{"CameraTarget1", "Camera1", "camera2", "camera2_target"},
+       {"camera.01.01.root.Target", "camera.01.01.root", "camera2", "camera2_target"}},
+      {{"seat01.Sit", "catcher01", "handle01", "pitcher01"},
+       {"Seat1.Sit", "Catcher1.Sit", "Handle1", "pitcher01"}},
+      {{"seat" + filler + "7.Sit"}, {"Seat1.Sit"}},
+      {{"SEAT3"}, {"Seat1."}},
+      {{"seat1\nSit"}, {"Seat1.\nSit"}},  // the character behind the number is none of a line end
+      // What follows the word decides first: here "3", which "catcher13" holds too and stands
+      // before.
+      {{"seat3", "catcher13", "catcher3"}, {"Seat1.", "Catcher1.", "catcher3"}},
+      // An empty rest is held by every name.
+      {{"seat", "catcherB"}, {"Seat1.", "Catcher1."}},
+      // Numbers are compared as texts: "01" is not "1".
+      {{"seat1.X", "catcher01"}, {"Seat1.X", "catcher01"}},
+      // Both numbers count for handles, then the first one alone.
+      {{"seat1.3", "handle1.2", "handle1.3"}, {"Seat1.", "handle1.2", "Handle1"}},
+      {{"seat1.3", "handle1.2"}, {"Seat1.", "Handle1"}},
+      {{"seat1.3", "handle1.3", "handle_1.3"}, {"Seat1.", "Handle1", "handle_1.3"}},
+      // Pitchers are taken from their own list.
+      {{"seatA", "seat_A", "catcher_A", "catcher2_A"},
+       {"Seat1.", "Seat2.", "Catcher1.", "Catcher2."}},
+      // A node taken by one seat is not there for the next.
+      {{"seat1.A", "seat1.B", "handle1"}, {"Seat1.A", "Seat2.B", "Handle1"}},
+  };
+  for (const auto& c : cases) EXPECT_EQ(Rename(c.names), c.renamed);
 }
 
 TEST_F(RoomNames, Cameras) {
-  EXPECT_EQ(
-      Rename({"CameraTarget1", "Camera1", "camera2", "camera2_target"}),
-      (Names{{"CameraTarget1", "camera.01.01.root.Target"}, {"Camera1", "camera.01.01.root"}}));
-  EXPECT_TRUE(IsCamera("camera.01.01.root"));
-  EXPECT_TRUE(IsCamera("camera.01.01_root"));
-  EXPECT_FALSE(IsCamera("Camera.01.01.root"));
-  EXPECT_FALSE(IsCamera("camera.01.01.root.Target"));
-  EXPECT_FALSE(IsCamera("camera.01.01root"));
-}
-
-TEST_F(RoomNames, SeatsWithTheirPlaces) {
-  EXPECT_EQ(
-      Rename({"seat01.Sit", "catcher01", "handle01", "pitcher01"}),
-      (Names{{"seat01.Sit", "Seat1.Sit"}, {"catcher01", "Catcher1.Sit"}, {"handle01", "Handle1"}}));
-  EXPECT_EQ(Rename({"seat2.Lounge"}), (Names{{"seat2.Lounge", "Seat1.Lounge"}}));
-  EXPECT_EQ(Rename({"SEAT3"}), (Names{{"SEAT3", "Seat1."}}));
-  // What follows the word decides first: here "3", which "catcher13" holds too and stands before.
-  EXPECT_EQ(Rename({"seat3", "catcher13", "catcher3"}),
-            (Names{{"seat3", "Seat1."}, {"catcher13", "Catcher1."}}));
-  // An empty rest is held by every name.
-  EXPECT_EQ(Rename({"seat", "catcherB"}), (Names{{"seat", "Seat1."}, {"catcherB", "Catcher1."}}));
-  // Numbers are compared as texts: "01" is not "1".
-  EXPECT_EQ(Rename({"seat1.X", "catcher01"}), (Names{{"seat1.X", "Seat1.X"}}));
-  // Both numbers count for handles, then the first one alone.
-  EXPECT_EQ(Rename({"seat1.3", "handle1.2", "handle1.3"}),
-            (Names{{"seat1.3", "Seat1."}, {"handle1.3", "Handle1"}}));
-  EXPECT_EQ(Rename({"seat1.3", "handle1.2"}),
-            (Names{{"seat1.3", "Seat1."}, {"handle1.2", "Handle1"}}));
-  // A node taken by one seat is not there for the next.
-  EXPECT_EQ(Rename({"seat1.A", "seat1.B", "handle1"}),
-            (Names{{"seat1.A", "Seat1.A"}, {"seat1.B", "Seat2.B"}, {"handle1", "Handle1"}}));
+  for (const char* name : {"camera.01.01.root", "camera.01.01_root"}) {
+    EXPECT_TRUE(IsCamera(name)) << name;
+  }
+  for (const char* name : {"Camera.01.01.root", "camera.01.01.root.Target", "camera.01.01root",
+                           "camera.01.01\nroot"}) {
+    EXPECT_FALSE(IsCamera(name)) << name;
+  }
 }
 
 TEST(SubstringIndex, AnswersAsASearchOfEachTextWould) {
@@ -108,13 +113,6 @@ TEST(SubstringIndex, AnswersAsASearchOfEachTextWould) {
     texts[static_cast<size_t>(gone)] = "gone";
   }
   EXPECT_EQ(SubstringIndex({}, 3).FirstHolding(""), -1);
-}
-
-TEST_F(RoomNames, NamesOfAnyLength) {
-  const std::string filler(100000, 'x');
-  EXPECT_EQ(Rename({"seat" + filler + "7.Sit"}), (Names{{"seat" + filler + "7.Sit", "Seat1.Sit"}}));
-  EXPECT_EQ(Rename({"floor" + filler + "furniture"}),
-            (Names{{"floor" + filler + "furniture", "furniture.Floor.1"}}));
 }
 
 }  // namespace
