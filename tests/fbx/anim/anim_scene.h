@@ -20,6 +20,19 @@ inline FbxTime Seconds(double seconds) {
   return time;
 }
 
+// A curve with keys one second apart, from second 0 on, that all share one attribute.
+inline KFCurve Curve(std::vector<float> values, const KFCurveKeyAttr& attr) {
+  std::vector<int64_t> times;
+  for (size_t i = 0; i < values.size(); ++i) {
+    times.push_back(static_cast<int64_t>(i) * FbxTime::kTicksPerSecond);
+  }
+  KFCurve curve;
+  const uint32_t count = static_cast<uint32_t>(values.size());
+  curve.SetKeys(ShareArray(std::move(times)), std::move(values));
+  curve.SetAttributes({attr}, {count});
+  return curve;
+}
+
 class AnimScene {
  public:
   AnimScene() : manager_(FbxManager::Create()), scene(FbxScene::Create(manager_, "scene")) {}
@@ -78,13 +91,7 @@ class AnimScene {
   // Linear keys one second apart, from second 0 on.
   FbxAnimCurve* Linear(std::vector<float> values) {
     auto* curve = Add<FbxAnimCurve>();
-    std::vector<int64_t> times;
-    for (size_t i = 0; i < values.size(); ++i) {
-      times.push_back(static_cast<int64_t>(i) * FbxTime::kTicksPerSecond);
-    }
-    const uint32_t count = static_cast<uint32_t>(values.size());
-    curve->curve.SetKeys(ShareArray(std::move(times)), std::move(values));
-    curve->curve.SetAttributes({{KFCurveKeyAttr::kLinear, {}}}, {count});
+    curve->curve = Curve(std::move(values), {KFCurveKeyAttr::kLinear, {}});
     return curve;
   }
   void Connect(FbxAnimCurveNode* node, const char* channel, FbxAnimCurve* curve) {

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/fbx/anim/anim_scene.h"
+
 namespace {
 
 using Attr = KFCurveKeyAttr;
@@ -15,63 +17,44 @@ constexpr uint32_t kUser = Attr::kCubic | Attr::kTangentUser;
 constexpr int64_t kMax = std::numeric_limits<int64_t>::max();
 constexpr int64_t kMin = std::numeric_limits<int64_t>::min();
 
-FbxTime At(double seconds) {
-  FbxTime time;
-  time.SetSecondDouble(seconds);
-  return time;
-}
-
 uint32_t Bits(float value) { return std::bit_cast<uint32_t>(value); }
 
 uint32_t Weights(int right, int nextLeft) {
   return static_cast<uint32_t>(right) | static_cast<uint32_t>(nextLeft) << 16;
 }
 
-// A curve with keys one second apart that all share one attribute.
-KFCurve Curve(std::vector<float> values, const Attr& attr) {
-  std::vector<int64_t> times;
-  for (size_t i = 0; i < values.size(); ++i) {
-    times.push_back(static_cast<int64_t>(i) * FbxTime::kTicksPerSecond);
-  }
-  KFCurve curve;
-  const uint32_t count = static_cast<uint32_t>(values.size());
-  curve.SetKeys(ShareArray(std::move(times)), std::move(values));
-  curve.SetAttributes({attr}, {count});
-  return curve;
-}
-
 TEST(KFCurve, WithoutKeysGivesTheDefaultAndWithOneKeyItsValue) {
   KFCurve curve;
   curve.SetDefaultValue(7.5F);
-  EXPECT_EQ(curve.Evaluate(At(3)), 7.5F);
+  EXPECT_EQ(curve.Evaluate(Seconds(3)), 7.5F);
   EXPECT_EQ(curve.KeyGetValue(0), 0.0F);
   curve = Curve({4}, {kUser, {}});
-  EXPECT_EQ(curve.Evaluate(At(-9)), 4.0F);
+  EXPECT_EQ(curve.Evaluate(Seconds(-9)), 4.0F);
   EXPECT_EQ(curve.RightDerivative(0), 0.0);
 }
 
 TEST(KFCurve, InterpolatesByTheLeftKeysAttribute) {
-  EXPECT_EQ(Curve({0, 1}, {Attr::kLinear, {}}).Evaluate(At(0.25)), 0.25F);
-  EXPECT_EQ(Curve({3, 5}, {Attr::kConstant, {}}).Evaluate(At(0.99)), 3.0F);
+  EXPECT_EQ(Curve({0, 1}, {Attr::kLinear, {}}).Evaluate(Seconds(0.25)), 0.25F);
+  EXPECT_EQ(Curve({3, 5}, {Attr::kConstant, {}}).Evaluate(Seconds(0.99)), 3.0F);
   const KFCurve next = Curve({3, 5, 8}, {Attr::kConstant | Attr::kConstantNext, {}});
-  EXPECT_EQ(next.Evaluate(At(0.01)), 5.0F);
-  EXPECT_EQ(next.Evaluate(At(1)), 5.0F) << "on a key its own value holds";
-  EXPECT_EQ(Curve({3, 5}, {0, {}}).Evaluate(At(0.5)), 0.0F) << "unknown interpolation";
+  EXPECT_EQ(next.Evaluate(Seconds(0.01)), 5.0F);
+  EXPECT_EQ(next.Evaluate(Seconds(1)), 5.0F) << "on a key its own value holds";
+  EXPECT_EQ(Curve({3, 5}, {0, {}}).Evaluate(Seconds(0.5)), 0.0F) << "unknown interpolation";
   // Two runs; the third key's attribute is missing and doesn't matter to the last key.
   KFCurve mixed = Curve({0, 10, 20}, {});
   mixed.SetAttributes({{Attr::kLinear, {}}, {Attr::kConstant, {}}}, {1, 1});
-  EXPECT_EQ(mixed.Evaluate(At(0.5)), 5.0F);
-  EXPECT_EQ(mixed.Evaluate(At(1.5)), 10.0F);
+  EXPECT_EQ(mixed.Evaluate(Seconds(0.5)), 5.0F);
+  EXPECT_EQ(mixed.Evaluate(Seconds(1.5)), 10.0F);
   EXPECT_EQ(mixed.KeyGetAttr(2).flags, 0U);
 }
 
 TEST(KFCurve, CubicFollowsItsSlopes) {
   const KFCurve smooth = Curve({0, 1}, {kUser, {}});
-  EXPECT_EQ(smooth.Evaluate(At(0.5)), 0.5F);
-  EXPECT_FLOAT_EQ(smooth.Evaluate(At(0.25)), 0.15625F);  // 3f^2 - 2f^3
+  EXPECT_EQ(smooth.Evaluate(Seconds(0.5)), 0.5F);
+  EXPECT_FLOAT_EQ(smooth.Evaluate(Seconds(0.25)), 0.15625F);  // 3f^2 - 2f^3
   // Slopes 3 and -3 give the arch 3f(1-f) over values of 0.
   const KFCurve arch = Curve({0, 0}, {kUser, {Bits(3), Bits(-3), 0, 0}});
-  EXPECT_FLOAT_EQ(arch.Evaluate(At(0.5)), 0.75F);
+  EXPECT_FLOAT_EQ(arch.Evaluate(Seconds(0.5)), 0.75F);
   EXPECT_EQ(arch.RightDerivative(0), 3.0);
   EXPECT_EQ(arch.LeftDerivative(1), -3.0);
   // The last key leaves as it is reached, the first is reached as it is left.
@@ -80,7 +63,7 @@ TEST(KFCurve, CubicFollowsItsSlopes) {
   // Auto tangents hold their slopes in the same words.
   const KFCurve automatic =
       Curve({0, 0}, {Attr::kCubic | Attr::kTangentAuto, {Bits(3), Bits(-3), 0, 0}});
-  EXPECT_EQ(automatic.Evaluate(At(0.5)), arch.Evaluate(At(0.5)));
+  EXPECT_EQ(automatic.Evaluate(Seconds(0.5)), arch.Evaluate(Seconds(0.5)));
 }
 
 TEST(KFCurve, WeightsBendTimeToo) {
@@ -90,17 +73,17 @@ TEST(KFCurve, WeightsBendTimeToo) {
   const KFCurve plain = Curve({0, 4}, {kUser, slopes});
   const KFCurve thirds = Curve({0, 4}, {kWeighted, slopes});
   for (const double t : {0.1, 0.4, 0.5, 0.9}) {
-    EXPECT_NEAR(plain.Evaluate(At(t)), thirds.Evaluate(At(t)), 1e-3);
+    EXPECT_NEAR(plain.Evaluate(Seconds(t)), thirds.Evaluate(Seconds(t)), 1e-3);
   }
   // The curve in time 3(1-u)u^2/2 * ... with weights 0.5 and 0.5: x(0.25) = 0.25 * 1.1875 by hand:
   // 3 * 0.75^2 * 0.25 * 0.5 + 3 * 0.75 * 0.25^2 * 0.5 + 0.25^3 = 0.296875; y = 3u^2 - 2u^3.
   const KFCurve halves = Curve({0, 1}, {kWeighted, {0, 0, Weights(5000, 5000), 0}});
-  EXPECT_NEAR(halves.Evaluate(At(0.296875)), 0.15625, 1e-4);
-  EXPECT_NEAR(halves.Evaluate(At(0.5)), 0.5, 1e-4);
+  EXPECT_NEAR(halves.Evaluate(Seconds(0.296875)), 0.15625, 1e-4);
+  EXPECT_NEAR(halves.Evaluate(Seconds(0.5)), 0.5, 1e-4);
   // The right weight counts only with its bit and a tangent that stores it.
   const KFCurve leftOnly =
       Curve({0, 1}, {kUser | Attr::kWeightedNextLeft, {0, 0, Weights(9999, 3333), 0}});
-  EXPECT_NEAR(leftOnly.Evaluate(At(0.25)), 0.15625, 1e-4);
+  EXPECT_NEAR(leftOnly.Evaluate(Seconds(0.25)), 0.15625, 1e-4);
 }
 
 TEST(KFCurve, TensionContinuityBias) {
@@ -124,7 +107,7 @@ TEST(KFCurve, ExtrapolatesByModeAndCount) {
     KFCurve curve = Curve({0, 4, 2}, {Attr::kLinear, {}});
     curve.SetPreExtrapolation(both);
     curve.SetPostExtrapolation(both);
-    return curve.Evaluate(At(seconds));
+    return curve.Evaluate(Seconds(seconds));
   };
   struct Case {
     Extrapolation extrapolation;
@@ -163,7 +146,7 @@ TEST(KFCurve, HintChangesNoResult) {
   for (int round = 0; round < 3; ++round) {
     int last = -7;
     for (int i = 0; i < 500; ++i) {
-      const FbxTime time = At((static_cast<double>(random() % 6000) - 500.0) / 100.0);
+      const FbxTime time = Seconds((static_cast<double>(random() % 6000) - 500.0) / 100.0);
       if (random() % 50 == 0) last = static_cast<int>(random() % 100) - 50;
       EXPECT_EQ(curve.KeyFind(time, &last), curve.KeyFind(time));
     }
@@ -174,7 +157,7 @@ TEST(KFCurve, HintChangesNoResult) {
     curve.SetKeys(ShareArray(times), std::vector<float>(50));
   }
   int last = 0;
-  Curve({0, 1, 2}, {Attr::kLinear, {}}).Evaluate(At(1.5), &last);
+  Curve({0, 1, 2}, {Attr::kLinear, {}}).Evaluate(Seconds(1.5), &last);
   EXPECT_EQ(last, 1);
 }
 
@@ -184,8 +167,8 @@ TEST(KFCurve, KeysAtOneTimeMakeAStep) {
   curve.SetKeys(ShareArray<int64_t>({0, s, s, 2 * s}), {0, 1, 5, 6});
   for (const uint32_t flags : {uint32_t{Attr::kLinear}, Attr::kCubic | Attr::kTangentTCB, kUser}) {
     curve.SetAttributes({{flags, {}}}, {4});
-    EXPECT_EQ(curve.Evaluate(At(1)), 5.0F);
-    for (const double t : {0.5, 1.5}) EXPECT_TRUE(std::isfinite(curve.Evaluate(At(t))));
+    EXPECT_EQ(curve.Evaluate(Seconds(1)), 5.0F);
+    for (const double t : {0.5, 1.5}) EXPECT_TRUE(std::isfinite(curve.Evaluate(Seconds(t))));
   }
 }
 
@@ -223,7 +206,7 @@ TEST(KFCurve, NegateTurnsValuesAndTangents) {
     KFCurve negated = curve;
     negated.Negate();
     for (const double t : {-1.0, 0.0, 0.3, 1.0, 1.7}) {
-      EXPECT_EQ(negated.Evaluate(At(t)), -curve.Evaluate(At(t)));
+      EXPECT_EQ(negated.Evaluate(Seconds(t)), -curve.Evaluate(Seconds(t)));
     }
   }
 }

@@ -122,10 +122,8 @@ TEST_P(EveryForm, WalksNestedListsAndReturns) {
   ASSERT_TRUE(io.FieldReadBlockBegin());
   // Names are sorted; records of one name keep their order.
   ASSERT_EQ(io.FieldGetCount(), 3);
-  EXPECT_EQ(io.FieldGetName(0), "Another");
-  EXPECT_EQ(io.FieldGetName(1), "Geometry");
-  EXPECT_EQ(io.FieldGetName(2), "Model");
-  EXPECT_EQ(io.FieldGetName(3), "");
+  const std::vector<std::string_view> names = {"Another", "Geometry", "Model", ""};
+  for (int32_t i = 0; i < 4; ++i) EXPECT_EQ(io.FieldGetName(i), names[static_cast<size_t>(i)]);
   ASSERT_EQ(io.FieldGetInstanceCount("Model"), 2);
   ASSERT_TRUE(io.FieldReadBegin("Model"));
   for (int32_t k = 0; k < 2; ++k) {

@@ -75,6 +75,7 @@ Objects:  {
 		Version: 232
 		Properties70:  {
 			; a comment, "quoted" {
+			P: "RotationActive", "bool", "", "",1
 			P: "Lcl Translation", "Lcl Translation", "", "A+",1.5,-2e1,3
 			P: "note", "KString", "", "U", "two&lf;lines&cr;; &quot;quoted&quot; {braces}"
 			P: "behind", "KString", "", "U", "map1"
@@ -173,6 +174,7 @@ TEST_P(AsciiScene, Loads) {
   EXPECT_EQ(box.LclTranslation().Get<FbxDouble3>(), (FbxDouble3{1.5, -20, 3}));
   EXPECT_EQ(box.FindProperty("note").Get<FbxString>(), "two\nlines\r; \"quoted\" {braces}");
   EXPECT_EQ(box.FindProperty("behind").Get<FbxString>(), "map1");
+  EXPECT_TRUE(box.GetTransform().rotationActive);
 
   const FbxMesh* mesh = box.GetMesh();
   ASSERT_NE(mesh, nullptr);

@@ -13,29 +13,6 @@ using testing::IsEmpty;
 
 namespace {
 
-TEST(ReadConnections, MakeTheTree) {
-  SceneBuilder scene;
-  const int64_t hips = scene.AddModel("hips");
-  const int64_t spine = scene.AddModel("spine");
-  const int64_t arm = scene.AddModel("arm");
-  const int64_t leg = scene.AddModel("leg");
-  const int64_t size = scene.AddNodeAttribute("size", "LimbNode");
-  scene.AddModel("loose");
-  scene.Connect(leg, hips);
-  scene.Connect(hips, SceneBuilder::kRoot);
-  scene.AddConnection({"OD", spine, hips});
-  scene.Connect(arm, hips);
-  scene.Connect(arm, hips);
-  scene.Connect(size, arm);
-  for (const bool ascii : {false, true}) {
-    const Imported file(scene, {.ascii = ascii});
-    EXPECT_THAT(ChildNames(*file.scene->GetRootNode()), ElementsAre("hips"));
-    EXPECT_THAT(ChildNames(file.Node("hips")), ElementsAre("leg", "spine", "arm"));
-    EXPECT_EQ(file.Node("arm").GetNodeAttributeCount(), 1);
-    EXPECT_EQ(file.Node("loose").GetParent(), nullptr);
-  }
-}
-
 TEST(ReadConnections, TieObjectsAndPropertiesByTag) {
   SceneBuilder scene;
   const FbxRecords properties = {P("a", {1.0}), P("g", "Compound", "", "", {}), P("g|b", {2.0})};
@@ -97,7 +74,7 @@ TEST(ReadConnections, RepeatOnlyMaterialsAndLayeredTextures) {
   EXPECT_EQ(n.GetMaterial(0)->FindProperty("DiffuseColor").GetSrcObjectCount(), 1);
 }
 
-TEST(ReadConnections, NodesStayATree) {
+TEST(ReadConnections, NodesFormATree) {
   SceneBuilder scene;
   const int64_t a = scene.AddModel("a");
   const int64_t b = scene.AddModel("b");
@@ -109,11 +86,20 @@ TEST(ReadConnections, NodesStayATree) {
   scene.Connect(SceneBuilder::kRoot, c);  // the root below a node
   scene.Connect(a, SceneBuilder::kRoot);
   scene.Connect(c, SceneBuilder::kRoot);  // a second parent
-  const Imported file(scene);
-  EXPECT_THAT(ChildNames(*file.scene->GetRootNode()), ElementsAre("a"));
-  EXPECT_THAT(ChildNames(file.Node("a")), ElementsAre("b"));
-  EXPECT_THAT(ChildNames(file.Node("b")), ElementsAre("c"));
-  EXPECT_THAT(ChildNames(file.Node("c")), IsEmpty());
+  // Children in the connections' order, not the objects', and a repeated one once.
+  const int64_t d = scene.AddModel("d");
+  scene.AddConnection({"OD", scene.AddModel("e"), a});
+  scene.Connect(d, a);
+  scene.Connect(d, a);
+  scene.AddModel("loose");
+  for (const bool ascii : {false, true}) {
+    const Imported file(scene, {.ascii = ascii});
+    EXPECT_THAT(ChildNames(*file.scene->GetRootNode()), ElementsAre("a"));
+    EXPECT_THAT(ChildNames(file.Node("a")), ElementsAre("b", "e", "d"));
+    EXPECT_THAT(ChildNames(file.Node("b")), ElementsAre("c"));
+    EXPECT_THAT(ChildNames(file.Node("c")), IsEmpty());
+    EXPECT_EQ(file.Node("loose").GetParent(), nullptr);
+  }
 }
 
 TEST(ReadConnections, RingsOfTexturesAndPropertiesAreCut) {

@@ -117,16 +117,6 @@ TEST(ReadObjects, ReadsOldFieldsOfBones) {
   EXPECT_FALSE(root->FindProperty("Color").Modified());
 }
 
-TEST(ReadObjects, CopiesPivotsOfNodes) {
-  SceneBuilder scene;
-  scene.AddModel("Node", "Null", {P("RotationPivot", {1, 2, 3}), P("PreRotation", {0, 0, 90})});
-  const Imported file(scene);
-  const FbxTransform& transform = file.Node("Node").GetTransform();
-  EXPECT_TRUE(transform.hasRotationPivot && transform.hasPreRotation);
-  EXPECT_FALSE(transform.hasScalingPivot);
-  EXPECT_EQ(transform.rotationPivot[2], 3.0);
-}
-
 TEST(ReadCurves, ReadsKeysAttributesAndExtrapolation) {
   SceneBuilder scene;
   const auto curve = [&](const char* name, FbxRecords records) {

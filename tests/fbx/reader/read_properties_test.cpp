@@ -19,11 +19,7 @@ SceneBuilder WithNode(FbxRecords properties) {
   return scene;
 }
 
-class EveryType : public testing::TestWithParam<bool> {};
-INSTANTIATE_TEST_SUITE_P(Forms, EveryType, testing::Bool(),
-                         [](const auto& form) { return form.param ? "Ascii" : "Binary"; });
-
-TEST_P(EveryType, IsResolvedAndRead) {
+TEST(ReadProperties, ResolvesAndReadsEveryType) {
   struct Case {
     const char* type;
     const char* subType;
@@ -53,22 +49,23 @@ TEST_P(EveryType, IsResolvedAndRead) {
     const Case& c = cases[i];
     properties.push_back({"P", {Numbered("p", i), c.type, c.subType, "", c.value}});
   }
-  const Imported file(WithNode(properties), {.ascii = GetParam()});
-  const FbxNode& node = file.Node("Node");
-  for (size_t i = 0; i < cases.size(); ++i) {
-    SCOPED_TRACE(i);
-    const FbxProperty p = node.FindProperty(Numbered("p", i));
-    EXPECT_EQ(p.GetPropertyDataType().GetType(), cases[i].expected);
-    EXPECT_EQ(p.Get<FbxString>(), cases[i].printed);
+  for (const bool ascii : {false, true}) {
+    const Imported file(WithNode(properties), {.ascii = ascii});
+    const FbxNode& node = file.Node("Node");
+    for (size_t i = 0; i < cases.size(); ++i) {
+      SCOPED_TRACE(i);
+      const FbxProperty p = node.FindProperty(Numbered("p", i));
+      EXPECT_EQ(p.GetPropertyDataType().GetType(), cases[i].expected);
+      EXPECT_EQ(p.Get<FbxString>(), cases[i].printed);
+    }
+    EXPECT_FALSE(node.FindProperty("lost").IsValid());
   }
-  EXPECT_FALSE(node.FindProperty("lost").IsValid());
 }
 
-TEST_P(EveryType, OfAKnownPropertyStays) {
+TEST(ReadProperties, KeepsTheTypesOfKnownProperties) {
   const Imported file(WithNode({P("Lcl Scaling", "Vector", "", "A", {2, 3, 4}),
                                 P("RotationOrder", "double", "Number", "", {2.0}),
-                                P("InheritType", "KString", "", "", {"text"})}),
-                      {.ascii = GetParam()});
+                                P("InheritType", "KString", "", "", {"text"})}));
   const FbxNode& node = file.Node("Node");
   EXPECT_EQ(node.LclScaling().Get<FbxDouble3>(), (FbxDouble3{2, 3, 4}));
   EXPECT_EQ(node.FindProperty("RotationOrder").Get<int>(), 2);
