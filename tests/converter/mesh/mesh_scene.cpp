@@ -1,8 +1,10 @@
 #include "tests/converter/mesh/mesh_scene.h"
 
 #include <map>
+#include <regex>
 #include <sstream>
 
+#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include "cal3d/io/loader.h"
@@ -10,22 +12,19 @@
 
 namespace {
 
+// `index` is left out where the reference is direct.
 FbxRecord Element(const std::string& type, const std::string& name, const std::string& mapping,
-                  const std::string& reference) {
-  return {type,
-          {0},
-          {{"Version", {101}},
-           {"Name", {name}},
-           {"MappingInformationType", {mapping}},
-           {"ReferenceInformationType", {reference}}}};
-}
-
-FbxRecord DataElement(const std::string& type, const std::string& name, const std::string& mapping,
-                      const std::string& reference, const std::string& data,
-                      std::vector<double> values, std::vector<int32_t> index) {
-  FbxRecord element = Element(type, name, mapping, reference);
-  element.Add({data, {std::move(values)}});
-  if (reference != "Direct") element.Add({data + "Index", {std::move(index)}});
+                  const std::string& reference, FbxRecord data, FbxRecords index = {}) {
+  FbxRecord element{type,
+                    {0},
+                    {{"Version", {101}},
+                     {"Name", {name}},
+                     {"MappingInformationType", {mapping}},
+                     {"ReferenceInformationType", {reference}},
+                     std::move(data)}};
+  if (reference != "Direct") {
+    for (FbxRecord& record : index) element.Add(std::move(record));
+  }
   return element;
 }
 
@@ -33,31 +32,25 @@ FbxRecord DataElement(const std::string& type, const std::string& name, const st
 
 FbxRecord Normals(const std::string& mapping, const std::string& reference,
                   std::vector<double> values, std::vector<int32_t> index) {
-  FbxRecord element = Element("LayerElementNormal", "", mapping, reference);
-  element.Add({"Normals", {std::move(values)}});
-  if (reference != "Direct") element.Add({"NormalsIndex", {std::move(index)}});
-  return element;
+  return Element("LayerElementNormal", "", mapping, reference, {"Normals", {std::move(values)}},
+                 {{"NormalsIndex", {std::move(index)}}});
 }
 
 FbxRecord UVs(const std::string& name, const std::string& mapping, const std::string& reference,
               std::vector<double> values, std::vector<int32_t> index) {
-  return DataElement("LayerElementUV", name, mapping, reference, "UV", std::move(values),
-                     std::move(index));
+  return Element("LayerElementUV", name, mapping, reference, {"UV", {std::move(values)}},
+                 {{"UVIndex", {std::move(index)}}});
 }
 
 FbxRecord Colors(const std::string& mapping, const std::string& reference,
                  std::vector<double> values, std::vector<int32_t> index) {
-  FbxRecord element = Element("LayerElementColor", "", mapping, reference);
-  element.Add({"Colors", {std::move(values)}});
-  if (reference != "Direct") element.Add({"ColorIndex", {std::move(index)}});
-  return element;
+  return Element("LayerElementColor", "", mapping, reference, {"Colors", {std::move(values)}},
+                 {{"ColorIndex", {std::move(index)}}});
 }
 
 FbxRecord Materials(std::vector<int32_t> index) {
-  FbxRecord element = Element("LayerElementMaterial", "",
-                              index.size() == 1 ? "AllSame" : "ByPolygon", "IndexToDirect");
-  element.Add({"Materials", {std::move(index)}});
-  return element;
+  return Element("LayerElementMaterial", "", index.size() == 1 ? "AllSame" : "ByPolygon",
+                 "IndexToDirect", {"Materials", {std::move(index)}});
 }
 
 MeshScene::MeshScene() {
@@ -156,13 +149,7 @@ std::string MeshScene::Export() {
   succeeded = ExportMesh(args).Export(false);
   const std::string out = testing::internal::GetCapturedStdout();
   // Paths differ from run to run.
-  std::string shown;
-  size_t from = 0;
-  for (size_t at; (at = out.find(dir_.Path() + "/", from)) != std::string::npos;) {
-    shown += out.substr(from, at - from);
-    from = at + dir_.Path().size() + 1;
-  }
-  return shown + out.substr(from);
+  return std::regex_replace(out, std::regex(dir_.Path() + "/"), "");
 }
 
 std::string MeshScene::List(bool print) {
@@ -180,6 +167,13 @@ CalCoreMesh MeshScene::Load(const std::string& name) const {
   if (!HasFile(name)) return {};
   const std::string bytes = ReadFile(dir_.File(name + ".xmf"));
   return *CalLoader::loadCoreMesh(CalBufferSource(bytes.data(), bytes.size()));
+}
+
+boost::shared_ptr<CalCoreSubmesh> MeshScene::Submesh(const std::string& name, size_t i) const {
+  const CalCoreMesh mesh = Load(name);
+  if (i < mesh.submeshes.size()) return mesh.submeshes[i];
+  ADD_FAILURE() << name << " has no submesh " << i;
+  return boost::make_shared<CalCoreSubmesh>(0, false, 0);
 }
 
 bool MeshScene::HasFile(const std::string& name) const {

@@ -48,6 +48,8 @@ class MeshScene {
   std::string List(bool print);
   // The mesh of that name as it was written; an empty mesh if there is none.
   CalCoreMesh Load(const std::string& name) const;
+  // One of its submeshes; a test failure and an empty one if it isn't there.
+  boost::shared_ptr<CalCoreSubmesh> Submesh(const std::string& name, size_t i = 0) const;
   bool HasFile(const std::string& name) const;
 
   SceneBuilder builder;

@@ -13,9 +13,9 @@ const std::vector<std::vector<int32_t>> kTwo{{0, 1, 2}, {0, 2, 3}};
 const std::string kWritten = "MESH: m MATERIAL: 0  FILENAME: m.xmf\n";
 
 // "name: vertex(x y z|normal)..." for each target, each on a line.
-std::string TargetsOf(const CalCoreMesh& mesh, size_t submesh = 0) {
+std::string TargetsOf(const CalCoreSubmesh& submesh) {
   std::ostringstream text;
-  for (const auto& target : mesh.submeshes[submesh]->morphTargets()) {
+  for (const auto& target : submesh.morphTargets()) {
     text << target->name() << ":";
     for (const VertexOffset& offset : target->vertexOffsets()) {
       text << " " << offset.vertexId << "(" << offset.position.x << " " << offset.position.y << " "
@@ -34,7 +34,7 @@ class Morphs : public testing::Test {
                    std::move(nodeProperties));
     blendShape_ = scene_.AddBlendShape();
   }
-  std::string Targets() { return TargetsOf(scene_.Load("m")); }
+  std::string Targets() { return TargetsOf(*scene_.Submesh("m")); }
 
   MeshScene scene_;
   int64_t blendShape_ = 0;
@@ -110,10 +110,9 @@ TEST_F(Morphs, OnlySubmeshesThatMoveHaveTargets) {
   scene_.AddMaterial("b", node);
   scene_.AddTarget(scene_.AddChannel("t", blendShape_), {3}, {0, 0, 1});
   EXPECT_EQ(scene_.Export(), "MESH: m MATERIAL: 0,1  FILENAME: m.xmf\n");
-  const CalCoreMesh mesh = scene_.Load("m");
   // Materials stand in the reverse order of their names.
-  EXPECT_EQ(TargetsOf(mesh, 0), "t: 2(0 0 1|0 0 0)\n");
-  EXPECT_EQ(TargetsOf(mesh, 1), "");
+  EXPECT_EQ(TargetsOf(*scene_.Submesh("m", 0)), "t: 2(0 0 1|0 0 0)\n");
+  EXPECT_EQ(TargetsOf(*scene_.Submesh("m", 1)), "");
 }
 
 TEST(MorphsOfGroups, NamesMetBeforeAreOfferedToTheRest) {
@@ -127,22 +126,29 @@ TEST(MorphsOfGroups, NamesMetBeforeAreOfferedToTheRest) {
   }
   scene.AddMesh("plain", kQuad, {{0, 1, 2}}, normals, group);
   scene.Export();
-  EXPECT_EQ(TargetsOf(scene.Load("group-a")),
+  EXPECT_EQ(TargetsOf(*scene.Submesh("group-a")),
             "morph a: 0(1 0 0|0 0 0) 1(0 0 0|0 0 0) 2(0 0 0|0 0 0) 3(0 0 0|0 0 0) 4(0 0 0|0 0 0) "
             "5(0 0 0|0 0 0)\n"
             "morph b: 3(1 0 0|0 0 0) 4(0 0 0|0 0 0) 5(0 0 0|0 0 0)\n");
 }
 
-TEST_F(Morphs, DiagnosticsNameTheChannels) {
+TEST_F(Morphs, DiagnosticsShowEachStep) {
   AddMesh({});
   scene_.AddTarget(scene_.AddChannel("wide", blendShape_), {1}, {10, 0, 0});
   scene_.args.verbosity = 3;
+  scene_.args.scaleFactor = 2.0F;
   const std::string out = scene_.Export();
   for (const char* text :
-       {"exporting 1 morph blend deformer:wide \nposition: ",
+       {"WARNING: ExportMesh::Export m\n", "\nexporting 4 control points for RootNode/m m",
+        "\nglobal position:\tT:", "\npose:\tT:",
+        "\nraw points:\n\t[0.00, 0.00, 0.00]\n\t[200.00, 0.00, 0.00]",
+        "[200.00, 0.00, 0.00]=>[400.00, 0.00, 0.00]\t", "\nscaled points:\n\t[0.00, 0.00, 0.00]",
+        "exporting 1 morph blend deformer:wide \nposition: ",
         "\nexporting 4 morph control points for wide\n", "\nscaled morph points:\n\t[0.00",
-        "\n1\t morph pos:[210.00, 0.00, 0.00]\t vert pos:[200.00, 0.00, 0.00]\t "
-        "delta:[10.00, 0.00, 0.00]\t norm:[0.00, 0.00, 0.00]\t deltaNorm:[0.00, 0.00, 0.00]\t"}) {
+        "\nnormals:\nDEBUG: ExportMesh::FillInPolygonVertexIndexes m : #polys= 2\n",
+        "\n1\t morph pos:[420.00, 0.00, 0.00]\t vert pos:[400.00, 0.00, 0.00]\t delta:[20.00, 0.00",
+        "\t norm:[0.00, 0.00, 0.00]\t deltaNorm:[0.00, 0.00, 0.00]\t",
+        "\n mesh min:0.000000,0.000000,0.000000 max:400.000000,400.000000,0.000000\n"}) {
     EXPECT_THAT(out, HasSubstr(text));
   }
 }

@@ -18,8 +18,7 @@ boost::shared_ptr<CalCoreSubmesh> Export(FbxRecords elements) {
   MeshScene scene;
   scene.AddMesh("m", kQuad, kTwo, std::move(elements));
   EXPECT_EQ(scene.Export(), "MESH: m MATERIAL: 0  FILENAME: m.xmf\n");
-  const CalCoreMesh mesh = scene.Load("m");
-  return mesh.submeshes.empty() ? boost::shared_ptr<CalCoreSubmesh>() : mesh.submeshes[0];
+  return scene.Submesh("m");
 }
 
 // The axis of each vertex's normal, "0" where there is none.
@@ -59,9 +58,7 @@ TEST(CornerNormals, UnderEveryMapping) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
-    const auto submesh = Export(c.elements);
-    ASSERT_TRUE(submesh);
-    EXPECT_EQ(NormalsOf(*submesh), c.axes);
+    EXPECT_EQ(NormalsOf(*Export(c.elements)), c.axes);
   }
 }
 
@@ -72,8 +69,7 @@ TEST(CornerNormals, TurnWithTheNodeButNotWithTheAxes) {
   scene.args.upAxis = "y";
   scene.args.frontAxis = "z";
   scene.Export();
-  const CalCoreMesh mesh = scene.Load("m");
-  const std::vector<float> normal = NormalOf(*mesh.submeshes[0], 0);
+  const std::vector<float> normal = NormalOf(*scene.Submesh("m"), 0);
   EXPECT_NEAR(normal[0], 0, 1e-7);
   EXPECT_NEAR(normal[1], 1, 1e-7);
 }
@@ -89,35 +85,29 @@ TEST(CornerColors, UnderEveryMapping) {
     FbxRecords elements;
     std::vector<uint32_t> words;
   } cases[] = {
-      {"none", {}, {kWhite, kWhite, kWhite, kWhite}},
+      {"none", {}, std::vector<uint32_t>(4, kWhite)},
       {"by point", {Colors("ByVertice", "Direct", rgb)}, {kRed, kGreen, kBlue, kWhite}},
       {"by corner",
        {Colors("ByPolygonVertex", "IndexToDirect", rgb, {0, 1, 2, 0, 2, 1})},
        {kRed, kGreen, kBlue, kGreen}},
-      {"by polygon",
+      {"by polygon: the points 0 and 2 split",
        {Colors("ByPolygon", "Direct", rgb)},
        {kRed, kGreen, kRed, kRed, kGreen, kGreen}},
       {"all same", {Colors("AllSame", "IndexToDirect", rgb, {2})}, {kBlue, kBlue, kBlue, kBlue}},
       {"plain index is not known",
        {Colors("ByVertice", "Index", rgb, {1, 1, 1, 1})},
-       {kWhite, kWhite, kWhite, kWhite}},
+       std::vector<uint32_t>(4, kWhite)},
       {"fractions are cut",
        {Colors("AllSame", "Direct", {0.5, 0.999, 0.1, 0.3})},
        std::vector<uint32_t>(4, 0xFF7FFE19)},
+      {"alpha splits but is not written",
+       {Colors("ByPolygon", "Direct", {1, 1, 1, 1, 1, 1, 1, 0.5})},
+       std::vector<uint32_t>(6, kWhite)},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
-    const auto submesh = Export(c.elements);
-    ASSERT_TRUE(submesh);
-    // By polygon the two corners of a shared point differ, so the points 0 and 2 split.
-    std::vector<uint32_t> words = c.words;
-    EXPECT_EQ(submesh->vertexColors(), words);
+    EXPECT_EQ(Export(c.elements)->vertexColors(), c.words);
   }
-}
-
-TEST(CornerColors, AlphaSplitsButIsNotWritten) {
-  const auto submesh = Export({Colors("ByPolygon", "Direct", {1, 1, 1, 1, 1, 1, 1, 0.5})});
-  EXPECT_EQ(submesh->vertexColors(), std::vector<uint32_t>(6, 0xFFFFFFFF));
 }
 
 TEST(CornerUVs, FirstSetIsWrittenAllAreCompared) {
@@ -149,16 +139,15 @@ TEST(Splitting, ACubeWithHardEdges) {
       {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 1, 5, 4}, {2, 6, 7, 3}, {0, 4, 6, 2}, {1, 3, 7, 5}},
       {Normals("ByPolygon", "Direct", {0, 0, -1, 0, 0, 1, 0, -1, 0, 0, 1, 0, -1, 0, 0, 1, 0, 0})});
   scene.Export();
-  const CalCoreMesh mesh = scene.Load("m");
-  const CalCoreSubmesh& submesh = *mesh.submeshes[0];
-  ASSERT_EQ(submesh.vertices().size(), 24U);
+  const auto submesh = scene.Submesh("m");
+  ASSERT_EQ(submesh->vertices().size(), 24U);
   // By control point, and on each in the order of the polygons.
-  EXPECT_THAT(NormalOf(submesh, 0), ElementsAre(0, 0, -1));
-  EXPECT_THAT(NormalOf(submesh, 1), ElementsAre(0, -1, 0));
-  EXPECT_THAT(NormalOf(submesh, 2), ElementsAre(-1, 0, 0));
-  EXPECT_THAT(PositionOf(submesh, 3), ElementsAre(200, 0, 0));
-  EXPECT_EQ(FacesOf(submesh)[0], (std::vector<int>{0, 6, 9}));
-  EXPECT_EQ(FacesOf(submesh)[1], (std::vector<int>{0, 9, 3}));
+  EXPECT_THAT(NormalOf(*submesh, 0), ElementsAre(0, 0, -1));
+  EXPECT_THAT(NormalOf(*submesh, 1), ElementsAre(0, -1, 0));
+  EXPECT_THAT(NormalOf(*submesh, 2), ElementsAre(-1, 0, 0));
+  EXPECT_THAT(PositionOf(*submesh, 3), ElementsAre(200, 0, 0));
+  EXPECT_EQ(FacesOf(*submesh)[0], (std::vector<int>{0, 6, 9}));
+  EXPECT_EQ(FacesOf(*submesh)[1], (std::vector<int>{0, 9, 3}));
 }
 
 TEST(Splitting, OnePointWithAThousandNormals) {
@@ -178,12 +167,11 @@ TEST(Splitting, OnePointWithAThousandNormals) {
   }
   scene.AddMesh("m", points, polygons, {Normals("ByPolygon", "Direct", normals)});
   scene.Export();
-  const CalCoreMesh mesh = scene.Load("m");
-  const CalCoreSubmesh& submesh = *mesh.submeshes[0];
-  ASSERT_EQ(submesh.vertices().size(), 3U * kCount);
+  const auto submesh = scene.Submesh("m");
+  ASSERT_EQ(submesh->vertices().size(), 3U * kCount);
   for (size_t i = 0; i < kCount; ++i) {
-    EXPECT_EQ(FacesOf(submesh)[2 * i], FacesOf(submesh)[2 * i + 1]);
-    EXPECT_EQ(FacesOf(submesh)[2 * i][2], static_cast<int>(i));
+    EXPECT_EQ(FacesOf(*submesh)[2 * i], FacesOf(*submesh)[2 * i + 1]);
+    EXPECT_EQ(FacesOf(*submesh)[2 * i][2], static_cast<int>(i));
   }
 }
 
@@ -236,8 +224,7 @@ TEST(HostileMeshes, PolygonsWithMissingPointsAreLeftOut) {
   EXPECT_EQ(scene.Export(),
             "WARNING: Mesh m (RootNode/m) names control points that do not exist; polygons left "
             "out: 2\nMESH: m MATERIAL: 0  FILENAME: m.xmf\n");
-  const CalCoreMesh mesh = scene.Load("m");
-  EXPECT_EQ(mesh.submeshes[0]->faces().size(), 2U);
+  EXPECT_EQ(scene.Submesh("m")->faces().size(), 2U);
 }
 
 }  // namespace
