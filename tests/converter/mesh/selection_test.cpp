@@ -24,17 +24,18 @@ TEST(MeshSelection, ByTheNameOfVersion1) {
 
 TEST(MeshSelection, EachMeshItsFileInTheOrderOfNames) {
   MeshScene scene;
-  scene.AddMesh("b b", kPoints, kTriangle);
+  scene.AddMaterial("skin", scene.AddMesh("b b", kPoints, kTriangle));
   const int64_t branch = scene.AddNode("branch");
   scene.AddMesh("a", kPoints, kTriangle);
   scene.AddMesh("a", kPoints, kTriangle, {}, branch);
   EXPECT_EQ(scene.Export(),
             "MESH: a MATERIAL: 0  FILENAME: a.xmf\n"
             "MESH: a_1 MATERIAL: 0  FILENAME: a_1.xmf\n"
-            "MESH: b b MATERIAL: 0  FILENAME: b%20b.xmf\n");
+            "MESH: b b MATERIAL: 1  FILENAME: b%20b.xmf\n");
   EXPECT_TRUE(scene.succeeded);
   scene.args.exportObjectNames = {"b b", "nothing"};
   scene.args.encodeNames = true;
+  // Materials of meshes that are not selected take no numbers.
   EXPECT_EQ(scene.Export(), "MESH: b%20b MATERIAL: 0  FILENAME: b%20b.xmf\n");
   scene.args.exportObjectNames = {"nothing"};
   EXPECT_EQ(scene.Export(), "");
