@@ -63,12 +63,14 @@ TEST_F(Morphs, AShapeWithoutNormalsOffsetsAllVerticesWithNormals) {
 
 TEST_F(Morphs, NormalsByCornerLeaveUnchangedVerticesOut) {
   AddMesh({Normals("ByPolygonVertex", "Direct",
-                   {0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1})});
-  // Point 1 moves and turns, point 3 only turns, point 0 only moves.
+                   {0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1})},
+          {P("Lcl Rotation", {0, 0, 90})});
+  // Normals turn with the node, as points do. Point 1 moves and turns, point 3 only turns, point 0
+  // only moves.
   scene_.AddTarget(scene_.AddChannel("a", blendShape_), {1, 3, 0}, {1, 0, 0, 0, 0, 0, 0, 0, 2},
                    {1, 0, -1, 0, 3, -1, 0, 0, 0});
   EXPECT_EQ(scene_.Export(), kWritten);
-  EXPECT_EQ(Targets(), "a: 0(0 0 2|0 0 1) 1(1 0 0|1 0 0) 3(0 0 0|0 1 0)\n");
+  EXPECT_EQ(Targets(), "a: 0(0 0 2|0 0 1) 1(0 1 0|0 1 0) 3(0 0 0|-1 0 0)\n");
 }
 
 TEST_F(Morphs, NormalsByPointAreFoundOnlyForTheFirstPolygon) {
