@@ -5,7 +5,8 @@
 // handedness a mirroring in all three axes, which Lcl Scaling carries as its sign.
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <bit>
+#include <cstddef>
 #include <functional>
 #include <iterator>
 #include <unordered_set>
@@ -33,8 +34,8 @@ FbxVector4 Vector(const FbxNode& node, int Index::*which) {
 // the class's value, and each that a node overrides costs memory.
 template <typename T>
 void Change(FbxProperty property, const T& value) {
-  const T old = property.Get<T>();
-  if (std::memcmp(&old, &value, sizeof(T)) != 0) property.Set(value);
+  using Bytes = std::array<std::byte, sizeof(T)>;
+  if (std::bit_cast<Bytes>(property.Get<T>()) != std::bit_cast<Bytes>(value)) property.Set(value);
 }
 
 void SetVector(FbxNode& node, int Index::*which, const FbxVector4& value) {
