@@ -26,10 +26,26 @@ if(VELTRUM_BUILD_FUZZERS)
   target_compile_options(veltrum_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# A library of every source file below the directory of its name, but for the program's main.
+# Most of what a file costs to compile are the headers that it shares with its neighbours. The
+# configurations that are built whole read them once for each folder.
+option(VELTRUM_UNITY "Compile each folder's files as one unit" OFF)
+function(veltrum_unity target)
+  if(NOT VELTRUM_UNITY)
+    return()
+  endif()
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+  foreach(source ${ARGN})
+    cmake_path(GET source PARENT_PATH folder)
+    cmake_path(RELATIVE_PATH folder BASE_DIRECTORY ${PROJECT_SOURCE_DIR})
+    string(MAKE_C_IDENTIFIER ${folder} unit)
+    set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${unit})
+  endforeach()
+endfunction()
+
+# A library of every source file below the directory of its name.
 function(veltrum_library name)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${name}/*.cpp)
-  list(REMOVE_ITEM sources ${PROJECT_SOURCE_DIR}/converter/main.cpp)
   add_library(${name} STATIC ${sources})
   target_link_libraries(${name} PUBLIC veltrum_options)
+  veltrum_unity(${name} ${sources})
 endfunction()

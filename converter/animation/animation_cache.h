@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "converter/animation/animation_info.h"
-#include "converter/driver/conversion_arguments.h"
+#include "converter/base/conversion_arguments.h"
 
 // From the path of a skeleton's root to its animations. Two more keys hold the complete lists.
 using AnimationMap = std::map<std::string, std::vector<AnimationInfoHolder>>;

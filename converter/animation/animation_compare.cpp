@@ -3,9 +3,9 @@
 
 #include "cal3d/model/core_animation.h"
 #include "converter/animation/export_animation.h"
-#include "converter/animation/frames.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/skeleton/skeleton_roots.h"
+#include "converter/space/frames.h"
 #include "fbx/scene/fbx_node.h"
 
 namespace {

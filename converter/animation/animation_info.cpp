@@ -4,9 +4,9 @@
 #include <tuple>
 
 #include "converter/animation/curve_visitors.h"
-#include "converter/animation/frames.h"
-#include "converter/animation/scene_channels.h"
 #include "converter/scene/node_paths.h"
+#include "converter/scene/scene_channels.h"
+#include "converter/space/frames.h"
 #include "fbx/anim/fbx_anim_stack.h"
 #include "fbx/scene/fbx_node.h"
 

@@ -1,8 +1,8 @@
 // The listing of animations.
 #include "converter/animation/curve_visitors.h"
 #include "converter/animation/export_animation.h"
-#include "converter/animation/scene_channels.h"
-#include "converter/driver/records.h"
+#include "converter/base/records.h"
+#include "converter/scene/scene_channels.h"
 
 namespace {
 

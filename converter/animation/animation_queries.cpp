@@ -3,7 +3,7 @@
 #include <cstdio>
 
 #include "converter/animation/export_animation.h"
-#include "converter/animation/scene_channels.h"
+#include "converter/scene/scene_channels.h"
 #include "fbx/anim/fbx_anim_stack.h"
 #include "fbx/scene/fbx_node.h"
 

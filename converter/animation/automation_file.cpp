@@ -1,8 +1,8 @@
 #include "converter/animation/automation_file.h"
 
-#include "converter/driver/log.h"
-#include "converter/driver/names.h"
-#include "converter/driver/records.h"
+#include "converter/base/log.h"
+#include "converter/base/names.h"
+#include "converter/base/records.h"
 
 void exportASingleAutomationFile(const std::string& name, ConversionArguments& args,
                                  zevoMagicStops stops) {

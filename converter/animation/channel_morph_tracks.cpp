@@ -5,10 +5,10 @@
 
 #include "cal3d/io/saver.h"
 #include "converter/animation/export_animation.h"
-#include "converter/animation/frames.h"
-#include "converter/animation/scene_channels.h"
-#include "converter/driver/log.h"
+#include "converter/base/log.h"
 #include "converter/scene/fbx_wrapper.h"
+#include "converter/scene/scene_channels.h"
+#include "converter/space/frames.h"
 #include "fbx/anim/fbx_anim_curve.h"
 #include "fbx/anim/fbx_anim_stack.h"
 #include "fbx/scene/fbx_node.h"

@@ -6,7 +6,7 @@
 #include <charconv>
 
 #include "converter/animation/advanced_channels.h"
-#include "converter/animation/frames.h"
+#include "converter/space/frames.h"
 #include "converter/space/key_values.h"
 #include "fbx/anim/fbx_anim_curve.h"
 #include "fbx/scene/fbx_node.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "converter/animation/scene_channels.h"
+#include "converter/scene/scene_channels.h"
 
 class FbxProperty;
 

@@ -16,7 +16,7 @@
 
 #include "converter/animation/animation_cache.h"
 #include "converter/animation/animation_info.h"
-#include "converter/driver/conversion_arguments.h"
+#include "converter/base/conversion_arguments.h"
 #include "converter/skeleton/bone_name_map.h"
 
 class FbxAnimLayer;

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
-#include "converter/animation/frames.h"
 #include "converter/space/axis_mod.h"
+#include "converter/space/frames.h"
 #include "converter/space/key_values.h"
 #include "fbx/anim/fbx_anim_curve.h"
 #include "fbx/anim/fbx_anim_stack.h"

@@ -2,7 +2,7 @@
 // readable one.
 #pragma once
 
-#include "converter/driver/conversion_arguments.h"
+#include "converter/base/conversion_arguments.h"
 
 // Loads `inputFilename` as the kind that `type` says (skeleton, mesh or animation, in this order of
 // its bits, never by the file's name or content) and saves it as `outputFilename`. Returns whether

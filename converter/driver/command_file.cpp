@@ -6,13 +6,13 @@
 
 #include <boost/filesystem.hpp>
 
+#include "converter/base/names.h"
+#include "converter/base/records.h"
 #include "converter/driver/command_line.h"
-#include "converter/driver/names.h"
-#include "converter/driver/records.h"
 
 namespace {
 
-constexpr size_t kNone = std::string_view::npos;
+constexpr size_t kNowhere = std::string_view::npos;
 
 bool IsOpen(const std::string& path, const OpenCommandFile* openFiles) {
   for (; openFiles != nullptr; openFiles = openFiles->outer) {
@@ -56,12 +56,12 @@ void SplitCommandFileLine(std::string_view line, std::vector<std::string>& words
     // Both are looked for anew only once they are passed, so that a line costs its length.
     if (quote < at) quote = line.find('"', at);
     std::string_view word;
-    if (quote != kNone && limit != kNone && quote <= limit) {
+    if (quote != kNowhere && limit != kNowhere && quote <= limit) {
       const size_t begin = quote + 1;
       const size_t close = line.find('"', begin);
-      word = line.substr(begin, close == kNone ? kNone : close - begin);
+      word = line.substr(begin, close == kNowhere ? kNowhere : close - begin);
       // Without a closing quote the words inside are read again, one by one.
-      at = close == kNone ? begin : close + 1;
+      at = close == kNowhere ? begin : close + 1;
     } else {
       const size_t end = std::min(line.find(' ', at), line.size());
       word = line.substr(at, end - at);

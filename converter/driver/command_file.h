@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "converter/driver/conversion_arguments.h"
+#include "converter/base/conversion_arguments.h"
 
 // A command file whose words are being parsed, and the one that named it: a file that is met again
 // inside itself would never come to an end.

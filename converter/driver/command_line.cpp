@@ -6,11 +6,11 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "converter/base/log.h"
+#include "converter/base/names.h"
+#include "converter/base/records.h"
 #include "converter/driver/command_set.h"
 #include "converter/driver/help.h"
-#include "converter/driver/log.h"
-#include "converter/driver/names.h"
-#include "converter/driver/records.h"
 #include "converter/driver/usage.h"
 
 namespace {

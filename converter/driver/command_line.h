@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "converter/base/conversion_arguments.h"
 #include "converter/driver/command_file.h"
-#include "converter/driver/conversion_arguments.h"
 #include "converter/driver/option_parser.h"
 
 // Runs the program on its arguments without the program's name. Returns the exit status: that of

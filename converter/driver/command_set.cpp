@@ -4,13 +4,13 @@
 #include <exception>
 
 #include "converter/animation/export_animation.h"
+#include "converter/base/log.h"
+#include "converter/base/records.h"
 #include "converter/driver/cal3d_to_text.h"
 #include "converter/driver/export_commands.h"
 #include "converter/driver/help.h"
 #include "converter/driver/list_commands.h"
-#include "converter/driver/log.h"
-#include "converter/driver/records.h"
-#include "converter/material/material_export.h"
+#include "converter/driver/material_export.h"
 #include "converter/scene/fbx_wrapper.h"
 
 namespace {

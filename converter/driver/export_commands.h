@@ -2,7 +2,7 @@
 // came of it.
 #pragma once
 
-#include "converter/driver/conversion_arguments.h"
+#include "converter/base/conversion_arguments.h"
 
 // One file for each animation of the command's root that the names in `args` select; all that is
 // left of the scene's analysis for later commands is in the animation cache.

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "converter/driver/records.h"
+#include "converter/base/records.h"
 #include "converter/mesh/export_mesh.h"
 #include "converter/scene/node_paths.h"
 #include "converter/scene/scene_queries.h"

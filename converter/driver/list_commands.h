@@ -2,7 +2,7 @@
 // has no result.
 #pragma once
 
-#include "converter/driver/conversion_arguments.h"
+#include "converter/base/conversion_arguments.h"
 #include "converter/scene/fbx_wrapper.h"
 
 // The scene's skeletons with their meshes or, with a skeleton's path in `args`, that skeleton's

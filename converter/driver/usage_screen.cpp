@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "converter/driver/names.h"
+#include "converter/base/names.h"
 
 namespace {
 

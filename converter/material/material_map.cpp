@@ -6,8 +6,8 @@
 #include <string_view>
 #include <utility>
 
-#include "converter/driver/records.h"
-#include "converter/mesh/mesh_holder.h"
+#include "converter/base/records.h"
+#include "converter/scene/mesh_holder.h"
 #include "fbx/scene/fbx_layer.h"
 #include "fbx/scene/fbx_material.h"
 #include "fbx/scene/fbx_node.h"

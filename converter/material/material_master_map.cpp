@@ -6,8 +6,8 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "converter/driver/records.h"
-#include "converter/mesh/mesh_holder.h"
+#include "converter/base/records.h"
+#include "converter/scene/mesh_holder.h"
 
 namespace {
 

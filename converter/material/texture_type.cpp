@@ -2,8 +2,8 @@
 
 #include <array>
 
-#include "converter/driver/names.h"
-#include "converter/driver/records.h"
+#include "converter/base/names.h"
+#include "converter/base/records.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <unordered_set>
 
-#include "converter/driver/records.h"
+#include "converter/base/records.h"
 #include "converter/mesh/export_mesh.h"
 #include "converter/mesh/mesh_diagnostics.h"
 #include "converter/scene/fbx_wrapper.h"

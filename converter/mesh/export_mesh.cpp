@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "converter/driver/log.h"
-#include "converter/driver/records.h"
+#include "converter/base/log.h"
+#include "converter/base/records.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/group_visitors.h"
 #include "converter/scene/path_index.h"

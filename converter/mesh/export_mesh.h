@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "converter/driver/conversion_arguments.h"
+#include "converter/base/conversion_arguments.h"
 #include "converter/material/material_master_map.h"
 #include "converter/mesh/mesh_group.h"
-#include "converter/mesh/mesh_holder.h"
+#include "converter/scene/mesh_holder.h"
 #include "converter/skeleton/bone_name_map.h"
 
 class CalCoreSubmesh;

@@ -2,8 +2,8 @@
 
 #include <cstdio>
 
-#include "converter/mesh/mesh_holder.h"
 #include "converter/mesh/morph_channel.h"
+#include "converter/scene/mesh_holder.h"
 #include "converter/scene/scene_queries.h"
 #include "converter/skeleton/node_matrices.h"
 #include "fbx/scene/fbx_deformer.h"

@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "converter/mesh/layer_lookup.h"
-#include "converter/mesh/mesh_holder.h"
 #include "converter/mesh/morph_channel.h"
+#include "converter/scene/mesh_holder.h"
 #include "fbx/math/fbx_matrix.h"
 #include "fbx/scene/fbx_mesh.h"
 

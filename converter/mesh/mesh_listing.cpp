@@ -1,8 +1,8 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "converter/driver/log.h"
-#include "converter/driver/records.h"
+#include "converter/base/log.h"
+#include "converter/base/records.h"
 #include "converter/mesh/export_mesh.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/node_paths.h"

@@ -11,8 +11,8 @@
 #include <boost/make_shared.hpp>
 
 #include "cal3d/io/saver.h"
-#include "converter/driver/names.h"
-#include "converter/driver/records.h"
+#include "converter/base/names.h"
+#include "converter/base/records.h"
 #include "converter/mesh/export_mesh.h"
 #include "converter/mesh/triangulation.h"
 #include "converter/mesh/vertex_splitting.h"

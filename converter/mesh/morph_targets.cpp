@@ -10,7 +10,7 @@
 #include <boost/make_shared.hpp>
 
 #include "cal3d/model/core_submesh.h"
-#include "converter/driver/records.h"
+#include "converter/base/records.h"
 #include "converter/mesh/export_mesh.h"
 #include "converter/mesh/mesh_diagnostics.h"
 #include "fbx/scene/fbx_deformer.h"

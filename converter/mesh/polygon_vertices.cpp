@@ -4,7 +4,7 @@
 #include <string_view>
 #include <unordered_set>
 
-#include "converter/driver/records.h"
+#include "converter/base/records.h"
 #include "converter/mesh/export_mesh.h"
 #include "converter/mesh/mesh_diagnostics.h"
 #include "fbx/scene/fbx_node.h"

@@ -4,7 +4,7 @@
 #include <bit>
 #include <cmath>
 
-#include "converter/driver/records.h"
+#include "converter/base/records.h"
 
 namespace {
 

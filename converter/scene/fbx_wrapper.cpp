@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <stdexcept>
 
-#include "converter/animation/scene_channels.h"
-#include "converter/driver/names.h"
+#include "converter/base/names.h"
 #include "converter/scene/node_paths.h"
+#include "converter/scene/scene_channels.h"
 #include "converter/scene/skeleton_nesting.h"
 #include "fbx/anim/fbx_anim_stack.h"
 #include "fbx/core/fbx_manager.h"

@@ -11,8 +11,8 @@
 #include <unordered_set>
 #include <vector>
 
-#include "converter/driver/conversion_arguments.h"
-#include "converter/mesh/mesh_holder.h"
+#include "converter/base/conversion_arguments.h"
+#include "converter/scene/mesh_holder.h"
 #include "converter/scene/node_visitors.h"
 
 class FbxAnimStack;

@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "converter/mesh/mesh_holder.h"
+#include "converter/scene/mesh_holder.h"
 #include "converter/scene/node_visitors.h"
 
 // Collects those of the candidate meshes that lie on a tree, and takes down the name of the tree's

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "converter/driver/names.h"
+#include "converter/base/names.h"
 #include "converter/scene/node_paths.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_node_attribute.h"

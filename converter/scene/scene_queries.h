@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "converter/mesh/mesh_holder.h"
+#include "converter/scene/mesh_holder.h"
 #include "converter/scene/node_visitors.h"
 
 class FbxAMatrix;

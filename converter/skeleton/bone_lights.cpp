@@ -7,8 +7,9 @@
 #include <cstdio>
 #include <optional>
 
-#include "converter/driver/log.h"
-#include "converter/driver/names.h"
+#include "converter/base/log.h"
+#include "converter/base/names.h"
+#include "converter/base/text.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_node_attribute.h"
 
@@ -26,9 +27,7 @@ struct LightOptions {
   int res = 0;
 };
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsHexDigit(char c) { return IsDigit(c) || (c >= 'a' && c <= 'f'); }
-bool IsLineEnd(char c) { return c == '\n' || c == '\r'; }
 
 bool Contains(std::string_view text, std::string_view word) {
   return text.find(word) != std::string_view::npos;

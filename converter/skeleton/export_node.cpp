@@ -1,6 +1,6 @@
 #include "converter/skeleton/export_node.h"
 
-#include "converter/driver/log.h"
+#include "converter/base/log.h"
 
 ExportNode::ExportNode(const ConversionArguments& args) : args_(args) {
   LOG_INFO(args_.toString());

@@ -3,7 +3,7 @@
 
 #include <unordered_map>
 
-#include "converter/driver/conversion_arguments.h"
+#include "converter/base/conversion_arguments.h"
 #include "converter/scene/node_visitors.h"
 
 class ExportNode {

@@ -6,7 +6,7 @@
 #include <boost/make_shared.hpp>
 
 #include "cal3d/io/saver.h"
-#include "converter/driver/records.h"
+#include "converter/base/records.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/node_paths.h"
 #include "converter/scene/scene_queries.h"

@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "converter/driver/names.h"
+#include "converter/base/names.h"
+#include "converter/base/text.h"
 #include "converter/skeleton/substring_index.h"
 #include "fbx/scene/fbx_node.h"
 
@@ -19,10 +20,6 @@ const std::string _wallStr = "Wall";
 const std::string _catcherStr = "Catcher";
 const std::string _seatStr = "Seat";
 const std::string _handleStr = "Handle";
-
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-// What "." doesn't match in a pattern.
-bool IsLineEnd(char c) { return c == '\n' || c == '\r'; }
 
 // True if `first` stands in the name with `second` behind it on the same line.
 bool HasInOrder(std::string_view name, std::string_view first, std::string_view second) {

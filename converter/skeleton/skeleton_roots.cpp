@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "converter/driver/records.h"
+#include "converter/base/records.h"
 #include "converter/scene/node_paths.h"
 
 std::vector<FbxNode*> BuildRootList(FbxWrapper* wrapper, const ConversionArguments& args) {

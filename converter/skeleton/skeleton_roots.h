@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "converter/driver/conversion_arguments.h"
+#include "converter/base/conversion_arguments.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/skeleton/bone_name_map.h"
 

@@ -9,7 +9,7 @@
 
 #include <array>
 
-#include "converter/driver/conversion_arguments.h"
+#include "converter/base/conversion_arguments.h"
 #include "fbx/math/fbx_vector.h"
 
 // x, y, z, and a fourth component that is never touched.

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::array<const char*, 3> kChannels = {"X", "Y", "Z"};
+constexpr std::array<const char*, 3> kAxes = {"X", "Y", "Z"};
 
 struct Channel {
   FbxProperty property;
@@ -92,11 +92,11 @@ FbxAnimCurveNode* FbxCurveConversion::Kept(FbxAnimCurveNode& node, const FbxProp
   }
   FbxAnimCurveNode* kept = &node;
   for (size_t i = 0; i < 3; ++i) {
-    const FbxProperty channel = node.GetChannel(kChannels[i]);
+    const FbxProperty channel = node.GetChannel(kAxes[i]);
     if (channel.Modified() || channel.GetSrcObjectCount<FbxAnimCurve>() > 0) continue;
     const bool isShared = node.RootProperty().GetDstPropertyCount() > 1;
     if (isShared && kept == &node) kept = Copy(node);
-    kept->CreateChannel(kChannels[i], FbxDoubleDT).Set(before[i]);
+    kept->CreateChannel(kAxes[i], FbxDoubleDT).Set(before[i]);
   }
   return kept;
 }
@@ -107,7 +107,7 @@ FbxAnimCurveNode* FbxCurveConversion::Copy(const FbxAnimCurveNode& node) {
   for (const FbxProperty& user : node.RootProperty().Destinations()) {
     if (user.IsRoot()) user.GetFbxObject()->ConnectSrcObject(copy);
   }
-  for (const char* name : kChannels) {
+  for (const char* name : kAxes) {
     const FbxProperty channel = node.GetChannel(name);
     if (!channel.IsValid()) continue;
     FbxProperty own = copy->CreateChannel(name, channel.GetPropertyDataType());
@@ -122,7 +122,7 @@ void FbxCurveConversion::Permute(FbxAnimCurveNode& node) {
   std::unordered_map<FbxAnimCurve*, int> uses;
   for (size_t i = 0; i < 3; ++i) {
     Channel& channel = channels[i];
-    channel.property = node.GetChannel(kChannels[i]);
+    channel.property = node.GetChannel(kAxes[i]);
     channel.curves = CurvesOf(channel.property);
     channel.hasValue = channel.property.Modified();
     channel.value = channel.property.Get<double>();
@@ -138,7 +138,7 @@ void FbxCurveConversion::Permute(FbxAnimCurveNode& node) {
     FbxProperty& property = channels[i].property;
     if (!property.IsValid()) {
       if (!from.property.IsValid()) continue;
-      property = node.CreateChannel(kChannels[i], from.property.GetPropertyDataType());
+      property = node.CreateChannel(kAxes[i], from.property.GetPropertyDataType());
     }
     // A channel without a value shows the property's, which is converted itself.
     if (from.hasValue) {

@@ -4,10 +4,10 @@
 
 namespace {
 
-constexpr const char* kChannels = "d";
+constexpr const char* kChannelParent = "d";
 
 void DeclareCurveNode(FbxPropertyPage& page) {
-  page.Declare(kChannels, GetDataTypeFromName("Compound"));
+  page.Declare(kChannelParent, GetDataTypeFromName("Compound"));
 }
 
 }  // namespace
@@ -17,7 +17,7 @@ FBX_OBJECT_DEFINE(FbxAnimCurve, FbxAnimCurveBase, "AnimationCurve", "", nullptr)
 FBX_OBJECT_DEFINE(FbxAnimCurveNode, FbxObject, "AnimationCurveNode", "", DeclareCurveNode)
 
 const std::vector<FbxProperty>& FbxAnimCurveNode::Channels() const {
-  const FbxProperty parent = FindProperty(kChannels);
+  const FbxProperty parent = FindProperty(kChannelParent);
   FbxProperty p = lastSeen_.IsValid() ? GetNextProperty(lastSeen_) : GetFirstProperty();
   for (; p.IsValid(); p = GetNextProperty(p)) {
     if (p.IsChildOf(parent) && p.GetPropertyDataType().HasValue()) channels_.push_back(p);
@@ -36,11 +36,11 @@ FbxProperty FbxAnimCurveNode::GetChannel(int channel) const {
 }
 
 FbxProperty FbxAnimCurveNode::GetChannel(const char* name) const {
-  return FindProperty(kChannels).Find(name);
+  return FindProperty(kChannelParent).Find(name);
 }
 
 FbxProperty FbxAnimCurveNode::CreateChannel(const char* name, FbxDataType type) {
-  return FbxProperty::Create(FindProperty(kChannels), type, name);
+  return FbxProperty::Create(FindProperty(kChannelParent), type, name);
 }
 
 int FbxAnimCurveNode::GetChannelIndex(const char* name) const {

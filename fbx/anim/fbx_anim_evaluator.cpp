@@ -61,9 +61,9 @@ std::array<FbxNodeEvalDriver::Channel, 3> ChannelsOf(const FbxAnimCurveNode& nod
 
 // The value of one of the three animated properties, as if nothing animated it.
 FbxVector4 PropertyValue(const FbxNode& node, size_t property) {
-  using Index = FbxNode::PropertyIndex;
-  static constexpr std::array kProperties = {&Index::lclTranslation, &Index::lclRotation,
-                                             &Index::lclScaling};
+  using Indices = FbxNode::PropertyIndex;
+  static constexpr std::array kProperties = {&Indices::lclTranslation, &Indices::lclRotation,
+                                             &Indices::lclScaling};
   return FbxVector4(node.Property(kProperties[property]).Get<FbxDouble3>());
 }
 

@@ -53,6 +53,7 @@ struct FbxPropertyFlags {
     eMutedAll = 0x7800,
   };
 };
+constexpr uint32_t kAnimatable = FbxPropertyFlags::eAnimatable;
 
 struct FbxPropertyDeclaration {
   std::string name;  // without the parent's

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 
+#include "fbx/io/ascii_number.h"
 #include "fbx/io/fbx_byte_source.h"
 
 namespace {
@@ -26,10 +27,6 @@ const char* FindStop(const char* at, const char* end) {
 const char* Find(const char* at, const char* end, char wanted) {
   const void* found = std::memchr(at, wanted, static_cast<size_t>(end - at));
   return found == nullptr ? end : static_cast<const char*>(found);
-}
-
-bool IsSpace(char character) {
-  return character == ' ' || (character >= '\t' && character <= '\r');
 }
 
 }  // namespace

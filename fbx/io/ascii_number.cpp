@@ -6,10 +6,6 @@
 
 namespace {
 
-bool IsSpace(char character) {
-  return character == ' ' || (character >= '\t' && character <= '\r');
-}
-
 // Removes white space and a sign; true for a minus.
 bool TakeSign(std::string_view& text) {
   while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);

@@ -6,6 +6,9 @@
 #include <cstdint>
 #include <string_view>
 
+inline bool IsSpace(char character) {
+  return character == ' ' || (character >= '\t' && character <= '\r');
+}
 // Base 10. A negative number wraps; one that is too large gives the largest.
 uint64_t ParseUnsigned(std::string_view text);
 // Base 10. A number out of range gives the nearest.

@@ -38,7 +38,7 @@ bool IsClass(char character, int bits) {
   return (kClasses[static_cast<unsigned char>(character)] & bits) != 0;
 }
 bool IsLineEnd(char character) { return IsClass(character, kLineEnd); }
-bool IsSpace(char character) { return IsClass(character, kSpace); }
+bool IsBlank(char character) { return IsClass(character, kSpace); }
 bool IsStop(char character) { return IsClass(character, kStop); }
 
 // Replaces in place; returns the new end.
@@ -97,7 +97,7 @@ void FbxIOFieldList::CutIntoRecords() {
     return instance;
   };
   const auto beginRecord = [&](size_t start, size_t end) {
-    while (end > start && IsSpace(text[end - 1])) --end;
+    while (end > start && IsBlank(text[end - 1])) --end;
     lastName = FieldIndex(std::string_view(text.data() + start, end - start));
     hasRecord = false;
     record();
@@ -112,7 +112,7 @@ void FbxIOFieldList::CutIntoRecords() {
   size_t stop = 0;
   size_t at = 0;
   while (true) {
-    while (at < size && IsSpace(text[at])) ++at;
+    while (at < size && IsBlank(text[at])) ++at;
     if (at == size) return;
     const size_t start = at;
 
@@ -120,7 +120,7 @@ void FbxIOFieldList::CutIntoRecords() {
       const auto quote = std::find(text.begin() + static_cast<ptrdiff_t>(at) + 1, text.end(), '"');
       const size_t end = static_cast<size_t>(quote - text.begin());
       at = std::min(end + 1, size);
-      while (at < size && IsSpace(text[at]) && !IsLineEnd(text[at])) ++at;
+      while (at < size && IsBlank(text[at]) && !IsLineEnd(text[at])) ++at;
       if (at < size && text[at] == ':') {
         beginRecord(start + 1, end);
         ++at;
@@ -140,7 +140,7 @@ void FbxIOFieldList::CutIntoRecords() {
       at = stop + 1;
       continue;
     }
-    while (at < stop && !IsSpace(text[at])) ++at;
+    while (at < stop && !IsBlank(text[at])) ++at;
     // A block's mark ends no token, since a blank stands before it; another '@' drops its token.
     const bool isAtStop = at == stop && at < size;
     if (isAtStop && text[at] == kBlockMark) {

@@ -4,8 +4,6 @@
 
 namespace {
 
-constexpr uint32_t kAnimatable = FbxPropertyFlags::eAnimatable;
-
 void DeclareMaterial(FbxPropertyPage& page) {
   page.Declare("ShadingModel", FbxStringDT, std::string("Unknown"));
   page.Declare("MultiLayer", FbxBoolDT, int64_t{0});

@@ -12,8 +12,6 @@
 
 namespace {
 
-constexpr uint32_t kAnimatable = FbxPropertyFlags::eAnimatable;
-
 // Declares the minimum and maximum of a triple, then a switch for each axis of both; returns the
 // index of the first switch.
 int DeclareLimits(FbxPropertyPage& page, const std::string& what, double max, int& minIndex,

@@ -13,7 +13,6 @@ void DeclareSkeleton(FbxPropertyPage& page) {
 void DeclareNull(FbxPropertyPage& page) { page.Declare("Size", FbxDoubleDT, 100.0); }
 
 void DeclareLight(FbxPropertyPage& page) {
-  constexpr uint32_t kAnimatable = FbxPropertyFlags::eAnimatable;
   page.Declare("LightType", FbxEnumDT, int64_t{FbxLight::ePoint}, 0, -1,
                {"Point Light", "Infinite Light", "Spot Light", "Area Light", "Volume Light"});
   page.Declare("CastLight", FbxBoolDT, int64_t{1});

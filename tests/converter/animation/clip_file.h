@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "converter/animation/scene_channels.h"
-#include "converter/driver/conversion_arguments.h"
+#include "converter/base/conversion_arguments.h"
 #include "converter/scene/fbx_wrapper.h"
+#include "converter/scene/scene_channels.h"
 #include "fbx/anim/fbx_anim_stack.h"
 #include "tests/support/clip_scene.h"
 #include "tests/support/temp_dir.h"

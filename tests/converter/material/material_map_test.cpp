@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "converter/mesh/mesh_holder.h"
+#include "converter/scene/mesh_holder.h"
 #include "fbx/core/fbx_manager.h"
 #include "fbx/scene/fbx_material.h"
 #include "fbx/scene/fbx_node.h"

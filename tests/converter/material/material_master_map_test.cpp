@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "converter/material/material_text.h"
-#include "converter/mesh/mesh_holder.h"
+#include "converter/scene/mesh_holder.h"
 #include "tests/support/printed.h"
 
 namespace {

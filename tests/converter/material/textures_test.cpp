@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "converter/material/media_folder.h"
+#include "converter/driver/media_folder.h"
 #include "converter/material/texture_type.h"
 #include "tests/support/printed.h"
 #include "tests/support/temp_dir.h"

@@ -7,7 +7,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include "cal3d/model/core_mesh.h"
-#include "converter/driver/conversion_arguments.h"
+#include "converter/base/conversion_arguments.h"
 #include "tests/support/fbx_builder.h"
 #include "tests/support/temp_dir.h"
 

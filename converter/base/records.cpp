@@ -1,8 +1,8 @@
-#include "converter/driver/records.h"
+#include "converter/base/records.h"
 
 #include <cstdio>
 
-#include "converter/driver/log.h"
+#include "converter/base/log.h"
 
 void AddOutput(std::string_view label, std::string_view value, bool newline) {
   std::string record;

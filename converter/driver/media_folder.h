@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "converter/driver/conversion_arguments.h"
+#include "converter/base/conversion_arguments.h"
 
 // The media folder of a scene.
 std::string GetMediaFolder(const std::string& fbxFileName);

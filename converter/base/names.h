@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "converter/driver/conversion_arguments.h"
+#include "converter/base/conversion_arguments.h"
 
 // `directory` is expected to end in its separator already; none is added.
 std::string prependPathToFileName(std::string_view directory, std::string_view fileName);

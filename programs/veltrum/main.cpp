@@ -11,10 +11,10 @@
 #include <malloc.h>
 #endif
 
+#include "converter/base/log.h"
+#include "converter/base/records.h"
 #include "converter/driver/command_line.h"
 #include "converter/driver/help.h"
-#include "converter/driver/log.h"
-#include "converter/driver/records.h"
 #include "converter/scene/fbx_wrapper.h"
 
 namespace {

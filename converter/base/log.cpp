@@ -1,7 +1,7 @@
-#include "converter/driver/log.h"
+#include "converter/base/log.h"
 
-#include "converter/driver/names.h"
-#include "converter/driver/records.h"
+#include "converter/base/names.h"
+#include "converter/base/records.h"
 
 std::string FileLogOutput::setFileName(std::string_view name) {
   static std::string fileName;

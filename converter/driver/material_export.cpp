@@ -1,15 +1,15 @@
-#include "converter/material/material_export.h"
+#include "converter/driver/material_export.h"
 
 #include <cstdio>
 #include <string>
 #include <vector>
 
 #include "cal3d/io/saver.h"
-#include "converter/driver/log.h"
-#include "converter/driver/names.h"
-#include "converter/driver/records.h"
+#include "converter/base/log.h"
+#include "converter/base/names.h"
+#include "converter/base/records.h"
+#include "converter/driver/media_folder.h"
 #include "converter/material/material_text.h"
-#include "converter/material/media_folder.h"
 #include "converter/material/texture_type.h"
 #include "converter/mesh/export_mesh.h"
 

@@ -1,4 +1,4 @@
-#include "converter/animation/scene_channels.h"
+#include "converter/scene/scene_channels.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
-#include "converter/material/media_folder.h"
+#include "converter/driver/media_folder.h"
 
 #include <boost/filesystem.hpp>
 
-#include "converter/driver/names.h"
+#include "converter/base/names.h"
 
 namespace fs = boost::filesystem;
 

@@ -3,7 +3,7 @@
 // replaced by the path that was found. Texture files themselves are not copied.
 #pragma once
 
-#include "converter/driver/conversion_arguments.h"
+#include "converter/base/conversion_arguments.h"
 
 // One .xrf file for each material that has a map in a supported channel, named after the material,
 // and a record for each file that was written.

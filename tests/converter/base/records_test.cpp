@@ -1,8 +1,8 @@
-#include "converter/driver/records.h"
+#include "converter/base/records.h"
 
 #include <gmock/gmock.h>
 
-#include "converter/driver/conversion_arguments.h"
+#include "converter/base/conversion_arguments.h"
 #include "tests/support/printed.h"
 
 namespace {

@@ -1,10 +1,10 @@
-#include "converter/driver/names.h"
+#include "converter/base/names.h"
 
 #include <cstring>
 
 #include <boost/filesystem.hpp>
 
-#include "converter/driver/records.h"
+#include "converter/base/records.h"
 
 namespace fs = boost::filesystem;
 

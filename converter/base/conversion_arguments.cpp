@@ -1,4 +1,4 @@
-#include "converter/driver/conversion_arguments.h"
+#include "converter/base/conversion_arguments.h"
 
 #include <array>
 #include <charconv>

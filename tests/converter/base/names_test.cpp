@@ -1,4 +1,4 @@
-#include "converter/driver/names.h"
+#include "converter/base/names.h"
 
 #include <filesystem>
 
