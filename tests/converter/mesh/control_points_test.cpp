@@ -10,7 +10,6 @@ using testing::ElementsAre;
 
 const std::vector<double> kPoints{0, 0, 0, 200, 0, 0, 0, 200, 0};
 const std::vector<std::vector<int32_t>> kTriangle{{0, 1, 2}};
-const std::string kWritten = "MESH: m MATERIAL: 0  FILENAME: m.xmf\n";
 
 TEST(ControlPoints, TransformThenScaleThenAxes) {
   MeshScene scene;

@@ -5,8 +5,6 @@
 
 namespace {
 
-const std::string kWritten = "MESH: m MATERIAL: 0  FILENAME: m.xmf\n";
-
 std::string ExportSized(double x, double y, double z, double from = 0) {
   MeshScene scene;
   scene.AddMesh("m", {from, from, from, from + x, from, from, from, from + y, from + z},

@@ -11,6 +11,12 @@
 #include "tests/support/fbx_builder.h"
 #include "tests/support/temp_dir.h"
 
+// What the export of the mesh "m" of one material says.
+inline const std::string kWritten = "MESH: m MATERIAL: 0  FILENAME: m.xmf\n";
+inline const std::vector<double> kQuad{0, 0, 0, 200, 0, 0, 200, 200, 0, 0, 200, 0};
+// Two triangles with the points 0 and 2 in common.
+inline const std::vector<std::vector<int32_t>> kTwo{{0, 1, 2}, {0, 2, 3}};
+
 // A layer element as the file has it. The data field's name goes with the type.
 FbxRecord Normals(const std::string& mapping, const std::string& reference,
                   std::vector<double> values, std::vector<int32_t> index = {});

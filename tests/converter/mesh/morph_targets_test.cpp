@@ -8,10 +8,6 @@ namespace {
 
 using testing::HasSubstr;
 
-const std::vector<double> kQuad{0, 0, 0, 200, 0, 0, 200, 200, 0, 0, 200, 0};
-const std::vector<std::vector<int32_t>> kTwo{{0, 1, 2}, {0, 2, 3}};
-const std::string kWritten = "MESH: m MATERIAL: 0  FILENAME: m.xmf\n";
-
 // "name: vertex(x y z|normal)..." for each target, each on a line.
 std::string TargetsOf(const CalCoreSubmesh& submesh) {
   std::ostringstream text;

@@ -8,9 +8,6 @@ namespace {
 
 using testing::ElementsAre;
 
-const std::vector<double> kQuad{0, 0, 0, 200, 0, 0, 200, 200, 0, 0, 200, 0};
-// Two triangles with the points 0 and 2 in common.
-const std::vector<std::vector<int32_t>> kTwo{{0, 1, 2}, {0, 2, 3}};
 const std::vector<double> kXYZ{1, 0, 0, 0, 1, 0, 0, 0, 1};
 
 // Exports the two triangles with these elements and gives the one submesh.

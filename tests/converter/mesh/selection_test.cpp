@@ -6,8 +6,8 @@
 
 namespace {
 
-const std::vector<double> kPoints{0, 0, 0, 200, 0, 0, 0, 200, 0};
-const std::vector<std::vector<int32_t>> kTriangle{{0, 1, 2}};
+const std::vector<double> kCorners{0, 0, 0, 200, 0, 0, 0, 200, 0};
+const std::vector<std::vector<int32_t>> kFace{{0, 1, 2}};
 
 TEST(MeshSelection, ByTheNameOfVersion1) {
   MeshHolder_ holder;
@@ -24,10 +24,10 @@ TEST(MeshSelection, ByTheNameOfVersion1) {
 
 TEST(MeshSelection, EachMeshItsFileInTheOrderOfNames) {
   MeshScene scene;
-  scene.AddMaterial("skin", scene.AddMesh("b b", kPoints, kTriangle));
+  scene.AddMaterial("skin", scene.AddMesh("b b", kCorners, kFace));
   const int64_t branch = scene.AddNode("branch");
-  scene.AddMesh("a", kPoints, kTriangle);
-  scene.AddMesh("a", kPoints, kTriangle, {}, branch);
+  scene.AddMesh("a", kCorners, kFace);
+  scene.AddMesh("a", kCorners, kFace, {}, branch);
   EXPECT_EQ(scene.Export(),
             "MESH: a MATERIAL: 0  FILENAME: a.xmf\n"
             "MESH: a_1 MATERIAL: 0  FILENAME: a_1.xmf\n"
@@ -45,12 +45,12 @@ TEST(MeshSelection, EachMeshItsFileInTheOrderOfNames) {
 TEST(MeshSelection, GroupsByName) {
   MeshScene scene;
   const int64_t group = scene.AddNode("MyGroup");
-  const int64_t first = scene.AddMesh("two", kPoints, kTriangle, {}, group);
+  const int64_t first = scene.AddMesh("two", kCorners, kFace, {}, group);
   scene.AddMaterial("skin", first);
   const int64_t inner = scene.AddNode("component inside", "Null", group);
-  const int64_t second = scene.AddMesh("one", kPoints, kTriangle, {}, inner);
+  const int64_t second = scene.AddMesh("one", kCorners, kFace, {}, inner);
   scene.AddMaterial("skin", second);
-  scene.AddMesh("alone", kPoints, kTriangle);
+  scene.AddMesh("alone", kCorners, kFace);
   scene.args.groupMeshes = true;
   // The group's name, and its first descendant's; one submesh of both meshes, in walk order.
   EXPECT_EQ(scene.Export(), "MESH: MyGroup-two MATERIAL: 1  FILENAME: MyGroup-two.xmf\n")
@@ -63,8 +63,8 @@ TEST(MeshSelection, GroupsByName) {
 
 TEST(MeshSelection, GroupsOfOneNameShareAFile) {
   MeshScene scene;
-  scene.AddMesh("a", kPoints, kTriangle, {}, scene.AddNode("group"));
-  scene.AddMesh("a", kPoints, kTriangle, {}, scene.AddNode("group", "Null", scene.AddNode("top")));
+  scene.AddMesh("a", kCorners, kFace, {}, scene.AddNode("group"));
+  scene.AddMesh("a", kCorners, kFace, {}, scene.AddNode("group", "Null", scene.AddNode("top")));
   scene.args.groupMeshes = true;
   EXPECT_EQ(scene.Export(), "MESH: group-a MATERIAL: 0  FILENAME: group-a.xmf\n");
   EXPECT_EQ(scene.Load("group-a").submeshes.at(0)->faces().size(), 2U) << "no mesh is lost";
@@ -76,7 +76,7 @@ TEST(MeshSelection, ManyMeshesAreGroupedByDepth) {
     const int64_t group = scene.AddNode("group");
     const int64_t top = scene.AddNode("top", "Null", group);
     for (int i = 0; i < count; ++i) {
-      scene.AddMesh(std::string("m").append(std::to_string(i)), kPoints, kTriangle, {}, top);
+      scene.AddMesh(std::string("m").append(std::to_string(i)), kCorners, kFace, {}, top);
     }
     scene.args.groupMeshes = true;
     EXPECT_EQ(scene.Export(), count == 100
@@ -88,10 +88,10 @@ TEST(MeshSelection, ManyMeshesAreGroupedByDepth) {
 TEST(MeshListing, AllMeshesOrThoseOfTheSkeleton) {
   MeshScene scene;
   const int64_t hips = scene.AddNode("Hips", "LimbNode");
-  const int64_t on = scene.AddMesh("on skin", kPoints, kTriangle, {}, hips);
+  const int64_t on = scene.AddMesh("on skin", kCorners, kFace, {}, hips);
   scene.AddMaterial("a", on);
   scene.AddMaterial("b[7]", on);
-  scene.AddMesh("off", kPoints, kTriangle);
+  scene.AddMesh("off", kCorners, kFace);
   scene.args.skeletonRootPath = "";
   EXPECT_EQ(scene.List(false), "off,,8 \non skin,,9 7 \n");
   scene.args.skeletonRootPath = "RootNode/Hips";
