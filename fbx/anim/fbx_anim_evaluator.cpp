@@ -1,7 +1,6 @@
 #include "fbx/anim/fbx_anim_evaluator.h"
 
 #include <algorithm>
-#include <atomic>
 #include <optional>
 
 #include "fbx/anim/fbx_anim_curve.h"
@@ -10,13 +9,6 @@
 #include "fbx/scene/fbx_scene.h"
 
 namespace {
-
-// Generations are unique among all evaluators, so that a state left by one is never taken for
-// another's when a node moves to another scene.
-uint64_t NextGeneration() {
-  static std::atomic<uint64_t> generation{0};
-  return ++generation;
-}
 
 const KFCurve* FirstCurve(const FbxProperty& channel) {
   const auto* curve = channel.GetSrcObject<FbxAnimCurve>();
@@ -120,12 +112,16 @@ FbxAMatrix OwnTransform(const FbxTransform& transform, const FbxNodeEvalState& s
 FbxAnimEvaluator::FbxAnimEvaluator(const FbxScene* scene) : scene_(scene) { Reset(); }
 
 void FbxAnimEvaluator::Reset() {
-  state_.generation = NextGeneration();
+  state_.generation = ++lastGeneration_;
   driversGeneration_ = 0;
 }
 
 const FbxNodeEvalState& FbxAnimEvaluator::GetNodeEvalState(const FbxNode& node, FbxTime time,
                                                            bool forceEval) {
+  if (scene_ != nullptr && scene_->GetAnimationRevision() != sceneRevision_) {
+    sceneRevision_ = scene_->GetAnimationRevision();
+    Reset();
+  }
   if (forceEval) Reset();
   if (forceEval || time != state_.time) GoTo(time);
   return Compute(node);
@@ -157,18 +153,22 @@ void FbxAnimEvaluator::ConvertFileAxes(const FbxAMatrix& conversion) {
 
 void FbxAnimEvaluator::GoTo(FbxTime time) {
   state_.time = time;
-  state_.generation = NextGeneration();
+  state_.generation = ++lastGeneration_;
 }
 
-FbxNodeEvalState& FbxAnimEvaluator::StateOf(const FbxNode& node) const {
-  if (node.evalState_ == nullptr) node.evalState_ = std::make_unique<FbxNodeEvalState>();
-  return *node.evalState_;
+// The slot may be another evaluator's, of a scene in which the node was before.
+FbxNodeEvalState& FbxAnimEvaluator::StateOf(const FbxNode& node) {
+  if (node.evalSlot_ >= states_.size() || states_[node.evalSlot_].node != &node) {
+    node.evalSlot_ = static_cast<uint32_t>(states_.size());
+    states_.emplace_back().node = &node;
+  }
+  return states_[node.evalSlot_];
 }
 
 // Which curves drive which node. Found from the layers' side, so that the cost is that of the
 // connections: a curve node leads to the properties that it is connected to.
 void FbxAnimEvaluator::FindDrivers() {
-  driversGeneration_ = NextGeneration();
+  driversGeneration_ = ++lastGeneration_;
   state_.layers.clear();
   const FbxAnimStack* stack = scene_ == nullptr ? nullptr : scene_->GetCurrentAnimationStack();
   if (stack == nullptr) return;
@@ -326,4 +326,56 @@ void FbxAnimEvaluator::ComputeGlobalTransform(const FbxNode& node, FbxNodeEvalSt
   }
   state.global = unscaled;
   ScaleRows(state.global, state.scaling);
+}
+
+FbxAnimEvaluator& FbxScene::GetAnimationEvaluator() const {
+  if (evaluator_ == nullptr) evaluator_ = std::make_shared<FbxAnimEvaluator>(this);
+  return *evaluator_;
+}
+
+namespace {
+
+// What a question to the node's evaluator gives.
+template <typename Question>
+auto Evaluate(const FbxNode& node, Question&& question) {
+  if (const FbxScene* scene = node.GetScene()) return question(scene->GetAnimationEvaluator());
+  FbxAnimEvaluator unattached(nullptr);
+  return question(unattached);
+}
+
+}  // namespace
+
+FbxAMatrix FbxNode::EvaluateGlobalTransform(FbxTime time, EPivotSet /*set*/, bool /*applyTarget*/,
+                                            bool forceEval) const {
+  return Evaluate(*this, [&](FbxAnimEvaluator& evaluator) {
+    return evaluator.GetNodeEvalState(*this, time, forceEval).global;
+  });
+}
+
+FbxAMatrix FbxNode::EvaluateLocalTransform(FbxTime time, EPivotSet /*set*/, bool /*applyTarget*/,
+                                           bool forceEval) const {
+  return Evaluate(*this, [&](FbxAnimEvaluator& evaluator) {
+    return evaluator.GetNodeEvalStateWithLocal(*this, time, forceEval).local;
+  });
+}
+
+FbxVector4 FbxNode::EvaluateLocalTranslation(FbxTime time, EPivotSet /*set*/, bool /*applyTarget*/,
+                                             bool forceEval) const {
+  return Evaluate(*this, [&](FbxAnimEvaluator& evaluator) {
+    return evaluator.GetNodeEvalState(*this, time, forceEval).translation;
+  });
+}
+
+FbxVector4 FbxNode::EvaluateLocalRotation(FbxTime time, EPivotSet /*set*/, bool /*applyTarget*/,
+                                          bool forceEval) const {
+  return Evaluate(*this, [&](FbxAnimEvaluator& evaluator) {
+    return evaluator.GetNodeEvalState(*this, time, forceEval).rotation;
+  });
+}
+
+FbxVector4 FbxNode::EvaluateLocalScaling(FbxTime time, EPivotSet /*set*/, bool /*applyTarget*/,
+                                         bool forceEval) const {
+  return Evaluate(*this, [&](FbxAnimEvaluator& evaluator) {
+    return evaluator.GetNodeEvalState(*this, time, forceEval).scaling;
+  });
 }

@@ -1,15 +1,18 @@
-// Evaluates nodes at a time. The state of a node lives with the node and is good for one generation
-// of the evaluator, so that going to another time forgets everything at once and at no cost, and a
-// node is computed once for a time however many children ask for it. Which curves drive which node
-// is found once for a stack: a clip of B bones and K times costs B x K. Parents are walked in a
-// loop, since a file decides how deep its tree is.
+// Evaluates nodes at a time. The evaluator keeps a state for each node that it was asked for. A
+// state is good for one generation, so that going to another time forgets everything at once and at
+// no cost, and a node is computed once for a time however many children ask for it. Which curves
+// drive which node is found once for a stack: a clip of B bones and K times costs B x K. Parents
+// are walked in a loop, since a file decides how deep its tree is.
 //
 // A caller that changes a property between two evaluations of one time passes `forceEval`; one that
-// connects animation objects calls Reset, which the scene does itself when one of its objects goes.
+// connects animation objects calls Reset. When objects of the scene go, or its current stack
+// changes, the evaluator notices by the scene's revision.
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <vector>
 
 #include "fbx/core/fbx_time.h"
@@ -51,6 +54,7 @@ struct FbxNodeEvalState {
  private:
   friend class FbxAnimEvaluator;
 
+  const FbxNode* node = nullptr;
   uint64_t generation = 0;  // the evaluator's when this was computed
   bool hasLocal = false;
   FbxAMatrix globalWithoutScaling;  // without the node's own scaling
@@ -81,8 +85,8 @@ struct FbxAnimEvalState {
 
 class FbxAnimEvaluator {
  public:
-  // For nodes of `scene`, whose current stack it shows; null for nodes without a scene, which have
-  // no animation.
+  // For the nodes of `scene`, whose current stack it shows; null for nodes without a scene, which
+  // have no animation.
   explicit FbxAnimEvaluator(const FbxScene* scene);
   FbxAnimEvaluator(const FbxAnimEvaluator&) = delete;
   FbxAnimEvaluator& operator=(const FbxAnimEvaluator&) = delete;
@@ -106,7 +110,7 @@ class FbxAnimEvaluator {
   // Lets the driver, of a curve node of the layer, drive the property, unless another one does.
   void AddDriver(const FbxAnimLayer& layer, const FbxProperty& property,
                  const FbxNodeEvalDriver& driver);
-  FbxNodeEvalState& StateOf(const FbxNode& node) const;
+  FbxNodeEvalState& StateOf(const FbxNode& node);
   FbxNodeEvalState& Compute(const FbxNode& node);
   // A rotation by the angles of the node's global matrix.
   FbxAMatrix PureRotation(const FbxNode& node, const FbxAMatrix& global) const;
@@ -115,6 +119,9 @@ class FbxAnimEvaluator {
                               FbxNodeEvalState* parent);
 
   const FbxScene* scene_;
+  uint64_t sceneRevision_ = 0;           // when the scene was last looked at
+  std::deque<FbxNodeEvalState> states_;  // by the nodes' slots; they never move
+  uint64_t lastGeneration_ = 0;
   FbxAnimEvalState state_;
   FbxAMatrix fromFileAxes_;  // from the axes of the file to the scene's
   FbxAMatrix toFileAxes_;    // and back

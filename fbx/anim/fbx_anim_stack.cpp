@@ -25,6 +25,15 @@ void DeclareStack(FbxPropertyPage& page) {
 FBX_OBJECT_DEFINE(FbxAnimLayer, FbxCollection, "AnimationLayer", "", DeclareLayer)
 FBX_OBJECT_DEFINE(FbxAnimStack, FbxCollection, "AnimationStack", "", DeclareStack)
 
+void FbxScene::SetCurrentAnimationStack(FbxAnimStack* stack) {
+  currentStack_ = stack;
+  ++animationRevision_;
+}
+
+FbxAnimStack* FbxScene::GetCurrentAnimationStack() const {
+  return static_cast<FbxAnimStack*>(currentStack_);
+}
+
 double FbxAnimLayer::GetWeight() const { return FindProperty("Weight").Get<double>(); }
 
 int FbxAnimLayer::GetBlendMode() const { return FindProperty("BlendMode").Get<int>(); }

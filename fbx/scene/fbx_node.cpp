@@ -4,7 +4,6 @@
 #include <array>
 #include <string>
 
-#include "fbx/anim/fbx_anim_evaluator.h"
 #include "fbx/scene/fbx_geometry.h"
 #include "fbx/scene/fbx_material.h"
 #include "fbx/scene/fbx_mesh.h"
@@ -73,9 +72,6 @@ void DeclareNode(FbxPropertyPage& page) { Declare(page); }
 }  // namespace
 
 FBX_OBJECT_DEFINE(FbxNode, FbxObject, "Model", "", DeclareNode)
-
-FbxNode::FbxNode() = default;
-FbxNode::~FbxNode() = default;
 
 const FbxNode::PropertyIndex& FbxNode::Properties() {
   // The page of the class is declared by the same function, so the indices are the same.

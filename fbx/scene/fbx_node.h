@@ -3,7 +3,7 @@
 // FbxTransform after load, from which the evaluator makes matrices.
 #pragma once
 
-#include <memory>
+#include <cstdint>
 #include <vector>
 
 #include "fbx/core/fbx_object.h"
@@ -16,7 +16,6 @@ class FbxGeometry;
 class FbxLight;
 class FbxMesh;
 class FbxNodeAttribute;
-struct FbxNodeEvalState;
 class FbxSurfaceMaterial;
 
 class FbxNode : public FbxObject {
@@ -101,8 +100,6 @@ class FbxNode : public FbxObject {
   FbxProperty LclScaling() const { return Property(&PropertyIndex::lclScaling); }
 
  protected:
-  FbxNode();
-  ~FbxNode() override;
   void ConnectNotify(FbxObject& source, bool connected) override;
 
  private:
@@ -118,5 +115,6 @@ class FbxNode : public FbxObject {
   std::vector<FbxSurfaceMaterial*> materials_;
   FbxTransform transform_;
   bool correctInheritType_ = false;
-  mutable std::unique_ptr<FbxNodeEvalState> evalState_;  // the evaluator's
+  // Where the evaluator last kept this node's state.
+  mutable uint32_t evalSlot_ = UINT32_MAX;
 };

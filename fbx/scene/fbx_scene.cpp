@@ -2,8 +2,6 @@
 
 #include <unordered_set>
 
-#include "fbx/anim/fbx_anim_evaluator.h"
-#include "fbx/anim/fbx_anim_stack.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_node_attribute.h"
 
@@ -34,9 +32,6 @@ const FbxTakeInfo* FbxDocument::GetTakeInfo(const char* name) const {
   return found == takes_.end() ? nullptr : &found->second;
 }
 
-FbxScene::FbxScene() : evaluator_(std::make_unique<FbxAnimEvaluator>(this)) {}
-FbxScene::~FbxScene() = default;
-
 void FbxScene::Construct() {
   rootNode_ = FbxNode::Create(GetFbxManager(), "RootNode");
   globalSettings_ = FbxGlobalSettings::Create(GetFbxManager(), "GlobalSettings");
@@ -48,12 +43,7 @@ void FbxScene::ConnectNotify(FbxObject& source, bool connected) {
   if (connected) return;
   // What goes may be the animation that evaluations show.
   if (&source == currentStack_) currentStack_ = nullptr;
-  evaluator_->Reset();
-}
-
-void FbxScene::SetCurrentAnimationStack(FbxAnimStack* stack) {
-  currentStack_ = stack;
-  evaluator_->Reset();
+  ++animationRevision_;
 }
 
 void FbxScene::FixInheritType(FbxNode* node) {

@@ -2,6 +2,7 @@
 // scene.GetSrcObject<T>(i) lists all objects of a class.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -45,24 +46,27 @@ class FbxScene : public FbxDocument {
   // The stack whose animation evaluations show; null for none. Setting it makes the evaluator
   // forget what it has computed.
   void SetCurrentAnimationStack(FbxAnimStack* stack);
-  FbxAnimStack* GetCurrentAnimationStack() const { return currentStack_; }
-  FbxAnimEvaluator& GetAnimationEvaluator() const { return *evaluator_; }
+  FbxAnimStack* GetCurrentAnimationStack() const;
+  // Made on first use.
+  FbxAnimEvaluator& GetAnimationEvaluator() const;
+  // Changes whenever animation that was connected may have gone, or another stack is current.
+  uint64_t GetAnimationRevision() const { return animationRevision_; }
 
   // Gives skeleton children that are marked for it, and whose parent is no skeleton, inherit type 1
   // instead of 2. No reader marks any node.
   void FixInheritType(FbxNode* node);
 
  protected:
-  FbxScene();
-  ~FbxScene() override;
   void Construct() override;
   void ConnectNotify(FbxObject& source, bool connected) override;
 
  private:
   FbxNode* rootNode_ = nullptr;
   FbxGlobalSettings* globalSettings_ = nullptr;
-  FbxAnimStack* currentStack_ = nullptr;
-  std::unique_ptr<FbxAnimEvaluator> evaluator_;
+  FbxObject* currentStack_ = nullptr;
+  uint64_t animationRevision_ = 0;
+  // A shared pointer, since it can be destroyed where the class isn't known.
+  mutable std::shared_ptr<FbxAnimEvaluator> evaluator_;
 };
 
 class FbxDocumentInfo : public FbxObject {

@@ -203,6 +203,23 @@ TEST(Evaluator, AnimationMayGo) {
   EXPECT_EQ(a.scene->GetCurrentAnimationStack(), nullptr);
 }
 
+TEST(Evaluator, ScenesSideBySideKeepTheirStates) {
+  AnimScene a, b;
+  FbxNode* first = a.Node("n", nullptr, {{"Lcl Translation", {1, 0, 0}}});
+  FbxNode* second = b.Node("n", nullptr, {{"Lcl Translation", {2, 0, 0}}});
+  a.Drive(a.Stack(), first->LclTranslation(), "X", {10, 20});
+  EXPECT_EQ(first->EvaluateGlobalTransform(Seconds(1)).GetT()[0], 20);
+  EXPECT_EQ(second->EvaluateGlobalTransform(Seconds(1)).GetT()[0], 2);
+  EXPECT_EQ(first->EvaluateGlobalTransform(Seconds(0)).GetT()[0], 10);
+  // A node that changes scenes brings no state along.
+  a.scene->RootProperty().DisconnectSrcObject(first);
+  a.scene->GetRootNode()->RootProperty().DisconnectSrcObject(first);
+  b.scene->ConnectSrcObject(first);
+  second->ConnectSrcObject(first);
+  EXPECT_EQ(first->EvaluateGlobalTransform(Seconds(1)).GetT()[0], 3);
+  EXPECT_EQ(second->EvaluateGlobalTransform(Seconds(1)).GetT()[0], 2);
+}
+
 TEST(Evaluator, WalksDeepTreesInALoop) {
   AnimScene a;
   FbxNode* node = nullptr;
