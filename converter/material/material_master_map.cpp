@@ -66,8 +66,7 @@ MaterialMasterMap GatherMaterials(const std::vector<MeshHolder_*>& meshes) {
       const std::string& name = MaterialName(map);
       const auto [known, isNew] = firstOfName.emplace(name, &map);
       if (isNew) {
-        // Not emplace, which searches by lower bound: under this order that is another place.
-        master.insert(MaterialMasterMap::value_type(map, kNoSlot));
+        master.Insert(map, kNoSlot);
       } else if (!CompareMaterialMap::equal(map, *known->second)) {
         AddWarning("Two materials named " + name + " have different textures.");
       }
@@ -85,6 +84,38 @@ bool CompareMaterialMap::operator()(const MaterialMap& a, const MaterialMap& b) 
 bool CompareMaterialMap::equal(const MaterialMap& a, const MaterialMap& b) {
   const Order order = FirstDifference(a, b);
   return order == Order::kNoDifference || order == Order::kLesser;
+}
+
+template <typename GoesBack>
+size_t MaterialMasterMap::FindGap(GoesBack&& goesBack) const {
+  size_t first = 0;
+  size_t last = places_.size();
+  while (first < last) {
+    const size_t middle = first + (last - first) / 2;
+    if (goesBack(places_[middle]->map)) {
+      first = middle + 1;
+    } else {
+      last = middle;
+    }
+  }
+  return first;
+}
+
+MaterialMasterMap::Entry& MaterialMasterMap::Insert(const MaterialMap& map, int id) {
+  const CompareMaterialMap isBefore;
+  const size_t gap = FindGap([&](const MaterialMap& middle) { return !isBefore(map, middle); });
+  if (gap > 0 && !isBefore(places_[gap - 1]->map, map)) return *places_[gap - 1];
+  const auto behind = gap == places_.size() ? entries_.end() : places_[gap];
+  const auto place = entries_.insert(behind, {map, id});
+  places_.insert(places_.begin() + static_cast<ptrdiff_t>(gap), place);
+  return *place;
+}
+
+int& MaterialMasterMap::operator[](const MaterialMap& map) {
+  const CompareMaterialMap isBefore;
+  const size_t gap = FindGap([&](const MaterialMap& middle) { return isBefore(middle, map); });
+  if (gap < places_.size() && !isBefore(map, places_[gap]->map)) return places_[gap]->id;
+  return Insert(map, 0).id;
 }
 
 MaterialMasterMap BuildMaterialMasterMap(const std::vector<MeshHolder_*>& meshes) {
@@ -107,7 +138,7 @@ MaterialMasterMap BuildMaterialMasterMap(const std::vector<MeshHolder_*>& meshes
   for (auto& [map, id] : master) {
     if (id == kNoSlot) id = ids.Next();
   }
-  if (master.empty()) master.emplace(MaterialMap(), 0);
+  if (master.empty()) master.Insert(MaterialMap(), 0);
   return master;
 }
 

@@ -144,6 +144,13 @@ TEST(MaterialMasterMap, MapsThatRankAlikeMerge) {
                          Material("A", "b.png"), Material("N", "a.png")}});
   EXPECT_EQ(apart.Ids(), "M=0 A=1 N=2 ");
 
+  // The third is held against the second of two first, and so against X alone. It is the same as
+  // X, though I comes before it.
+  const MaterialMap x{{"Bump", "b"}, {_MATERIAL, "X"}, {"NormalMap", "b"}};
+  const MaterialMap i{{"Bump", "c"}, {"DiffuseColor", "a"}, {_MATERIAL, "I"}, {"NormalMap", "c"}};
+  Numbered halved({{x, i, Material("L", "a")}});
+  EXPECT_EQ(halved.Ids(), "I=0 X=1 ");
+
   const Numbered none({});
   EXPECT_EQ(none.Ids(), "=0 ");  // one empty map
   EXPECT_TRUE(MaterialMasterMapToStrings(none.master).empty());
