@@ -37,11 +37,10 @@ void CompareBone(size_t bone, const FbxNode& node, const CalCoreTrack& track, fl
 
 }  // namespace
 
-bool ExportAnimation::Compare(ConversionArguments& args, const CalCoreAnimation& animation) {
-  FbxWrapper* const wrapper = FbxWrapper::getInstance(args);
-  const FbxNode* root = GetSkeletonRoot(wrapper, args);
+bool ExportAnimation::Compare(const ConversionArguments& args, const CalCoreAnimation& animation) {
+  const FbxNode* root = GetSkeletonRoot(&scene_, args).node;
   if (root == nullptr) return false;
-  const NodeSpan skeleton = BuildSkeleton(wrapper, root, args);
+  const NodeSpan skeleton = BuildSkeleton(&scene_, root, args);
   constexpr int kSteps = 120;
   for (int i = 0; i < kSteps; ++i) {
     const float seconds = static_cast<float>(i) * args.frameRate;

@@ -101,36 +101,37 @@ void PrintMorphs(const FbxWrapper& wrapper, const AnimationMap& morph) {
 
 }  // namespace
 
-ExportAnimation::ExportAnimation(ConversionArguments& args) : args_(args) {
+ExportAnimation::ExportAnimation(FbxWrapper& scene, const ConversionArguments& args)
+    : scene_(scene), args_(args) {
   LOG_INFO(args.toString());
 }
 
 void ExportAnimation::BuildAnimLists(AnimationMap& skeletal, AnimationMap& morph) {
-  FbxWrapper* const wrapper = FbxWrapper::getInstance(args_);
-  if (wrapper->BuildSkeletonList(args_.treatAsRoom).empty()) return;
-  const std::vector<FbxAnimStack*> stacks = wrapper->GetAnimList();
+  scene_.UseTimeSettings();
+  if (scene_.BuildSkeletonList(args_.treatAsRoom).empty()) return;
+  const std::vector<FbxAnimStack*> stacks = scene_.GetAnimList();
   if (args_.verbosity >= 3) std::printf("\nAnimation Stacks: %zu\n", stacks.size());
   if (stacks.empty()) return;
-  HoldersByRoot byRoot = FindByRoot(*wrapper, stacks);
+  HoldersByRoot byRoot = FindByRoot(stacks);
   Analyze(byRoot, skeletal, morph);
   NameAnimations(skeletal, args_.encodeNames);
-  if (args_.verbosity >= 2) PrintMorphs(*wrapper, morph);
+  if (args_.verbosity >= 2) PrintMorphs(scene_, morph);
   NameAnimations(morph, args_.encodeNames);
 }
 
 ExportAnimation::HoldersByRoot ExportAnimation::FindByRoot(
-    FbxWrapper& wrapper, const std::vector<FbxAnimStack*>& stacks) {
-  const NodeSpan last = wrapper.BuildSkeletonList(args_.treatAsRoom).back();
+    const std::vector<FbxAnimStack*>& stacks) {
+  const NodeSpan last = scene_.BuildSkeletonList(args_.treatAsRoom).back();
   const std::unordered_set<const FbxNode*> lastSkeleton(last.begin(), last.end());
   const auto inLastSkeleton = [&lastSkeleton](NodeSpan run) {
     return std::any_of(run.begin(), run.end(), [&lastSkeleton](const FbxNode* node) {
       return lastSkeleton.contains(node);
     });
   };
-  std::vector<FbxNode*> roots = BuildRootList(&wrapper, args_);
+  std::vector<FbxNode*> roots = BuildRootList(&scene_, args_);
   std::erase_if(
       roots, [](const FbxNode* root) { return BuildRootNodeName(root, nullptr) == kRootNodeName; });
-  const std::vector<MeshHolder_*> meshes = wrapper.GetMeshList();
+  const std::vector<MeshHolder_*> meshes = scene_.GetMeshList();
 
   HoldersByRoot byRoot;
   const auto add = [&byRoot](AnimationInfoHolder& holder) {
@@ -145,9 +146,9 @@ ExportAnimation::HoldersByRoot ExportAnimation::FindByRoot(
     }
     // Single meshes matter only in a stack that leaves the last skeleton alone, and of the stacks
     // that are left most morph none.
-    const std::vector<const LayerChannels*> layers = wrapper.Channels().Of(stack);
+    const std::vector<const LayerChannels*> layers = scene_.Channels().Of(stack);
     const bool morphs = std::any_of(layers.begin(), layers.end(), [&](const LayerChannels* layer) {
-      return !layer->MorphedBelow(wrapper.GetRootNode()).empty();
+      return !layer->MorphedBelow(scene_.GetRootNode()).empty();
     });
     if (morphs && !movesLastRoot) {
       for (const MeshHolder_* mesh : meshes) {
@@ -155,7 +156,7 @@ ExportAnimation::HoldersByRoot ExportAnimation::FindByRoot(
         if (!morph.nodes.empty() && DrivesTargetOf(mesh->mesh, morph)) add(morph);
       }
     }
-    std::vector<AnimationInfoHolder> scene = GetAnimatedNodes(wrapper.GetRootNode(), stack);
+    std::vector<AnimationInfoHolder> scene = GetAnimatedNodes(scene_.GetRootNode(), stack);
     if (std::any_of(scene[0].nodes.begin(), scene[0].nodes.end(), inLastSkeleton)) add(scene[0]);
     if (!scene[1].nodes.empty()) add(scene[1]);
   }
@@ -264,8 +265,7 @@ void ExportAnimation::Analyze(HoldersByRoot& byRoot, AnimationMap& skeletal, Ani
   for (auto& [text, holder] : uniqueAnimations) complete.push_back(std::move(holder));
   skeletal[kCompleteSkeletalList] = std::move(complete);
 
-  const MeshesBySkeleton meshesOnSkeletons =
-      FbxWrapper::getInstance(args_)->BuildMeshesOnSkeletonsList(args_);
+  const MeshesBySkeleton meshesOnSkeletons = scene_.BuildMeshesOnSkeletonsList(args_);
   const TargetIndex targets(meshesOnSkeletons);
   complete.clear();
   for (auto& [text, holder] : uniqueMorphs) {
@@ -277,4 +277,4 @@ void ExportAnimation::Analyze(HoldersByRoot& byRoot, AnimationMap& skeletal, Ani
   morph[kCompleteMorphList] = std::move(complete);
 }
 
-SceneChannels& ExportAnimation::Channels() { return FbxWrapper::getInstance(args_)->Channels(); }
+SceneChannels& ExportAnimation::Channels() { return scene_.Channels(); }

@@ -7,9 +7,9 @@
 #include "converter/animation/key_framers.h"
 #include "converter/base/names.h"
 #include "converter/base/records.h"
-#include "converter/mesh/export_mesh.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/node_paths.h"
+#include "converter/skeleton/skeleton_roots.h"
 #include "fbx/scene/fbx_node.h"
 
 namespace {
@@ -48,15 +48,13 @@ bool SaveMorph(SceneChannels& channels, const AnimationInfoHolder& holder,
 
 void ExportAnimation::ExportAnimationsFromList(const AnimationMap& animations,
                                                const std::vector<std::string>& names) {
-  ConversionArguments args = args_;
-  args.verbosity = 3;
-  std::string skeletonName;
-  const BoneNameMap bones = ExportMesh(args).BoneNameMapForSkeleton(skeletonName);
-  FbxWrapper* const wrapper = FbxWrapper::getInstance(args);
+  scene_.UseTimeSettings();
+  const CommandSkeleton skeleton = GetCommandSkeleton(&scene_, args_);
+  const BoneNameMap bones = BuildBoneNameMap(skeleton.nodes);
   if (args_.verbosity >= 2) {
-    PrintBones(wrapper->BuildSkeletonList(args.treatAsRoom), args.skeletonRootPath, bones);
+    PrintBones(scene_.BuildSkeletonList(args_.treatAsRoom), skeleton.rootPath, bones);
   }
-  const auto list = animations.find(args.skeletonRootPath);
+  const auto list = animations.find(skeleton.rootPath);
   if (list == animations.end()) return;
   const std::unordered_set<std::string> selected(names.begin(), names.end());
   for (const AnimationInfoHolder& holder : list->second) {
@@ -64,9 +62,8 @@ void ExportAnimation::ExportAnimationsFromList(const AnimationMap& animations,
     const std::string path =
         prependPathToFileName(args_.directoryForOutputFiles,
                               urlencode(holder.fileName) + (holder.isMorph ? ".xpf" : ".xaf"));
-    const bool saved = holder.isMorph
-                           ? SaveMorph(wrapper->Channels(), holder, path)
-                           : SaveSkeletal(args_, wrapper->Channels(), holder, bones, path);
+    const bool saved = holder.isMorph ? SaveMorph(Channels(), holder, path)
+                                      : SaveSkeletal(args_, Channels(), holder, bones, path);
     if (saved) {
       AddOutput(holder.isMorph ? "MORPHANIMS" : "ANIMATION", holder.fileName, false);
       AddOutput("FILENAME", path, true);

@@ -4,13 +4,13 @@
 #include "converter/base/names.h"
 #include "converter/base/records.h"
 
-void exportASingleAutomationFile(const std::string& name, ConversionArguments& args,
-                                 zevoMagicStops stops) {
+void exportASingleAutomationFile(FbxWrapper& scene, const std::string& name,
+                                 ConversionArguments& args, zevoMagicStops stops) {
   LOG_INFO(args.toString());
   if (args.outputFilename.empty()) {
     args.outputFilename =
         prependPathToFileName(args.directoryForOutputFiles, urlencode(name) + ".xaf");
   }
   args.exportObjectName = name;
-  ExportAnimation(args).Export(args, stops);
+  ExportAnimation(scene, args).Export(args, stops);
 }

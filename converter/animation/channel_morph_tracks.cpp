@@ -36,7 +36,7 @@ bool IsShown(const FbxAnimCurve& curve) {
 
 }  // namespace
 
-bool ExportAnimation::ExportMorphAnim(ConversionArguments& args, zevoMagicStops magicStops) {
+bool ExportAnimation::ExportMorphAnim(const ConversionArguments& args, zevoMagicStops magicStops) {
   LOG_INFO(args.toString());
   CalCoreMorphAnimation animation;
   AddMorphAnimation(args, animation);
@@ -44,24 +44,23 @@ bool ExportAnimation::ExportMorphAnim(ConversionArguments& args, zevoMagicStops 
   return CalSaver::saveCoreMorphAnimation(args.outputFilename, &animation);
 }
 
-bool ExportAnimation::AddMorphAnimation(ConversionArguments& args,
+bool ExportAnimation::AddMorphAnimation(const ConversionArguments& args,
                                         CalCoreMorphAnimation& animation) {
-  FbxWrapper* const wrapper = FbxWrapper::getInstance(args);
-  for (FbxAnimStack* stack : wrapper->GetAnimList()) {
+  for (FbxAnimStack* stack : scene_.GetAnimList()) {
     if (!IsTaken(args, *stack)) continue;
     if (args.verbosity > 0) std::printf(" [%s]", stack->GetName());
-    wrapper->GetScene()->SetCurrentAnimationStack(stack);
+    scene_.GetScene()->SetCurrentAnimationStack(stack);
     animation.duration = std::max(animation.duration, StackSeconds(*stack, args.frameRate));
-    AddTracksToMorphAnimation(args, *wrapper, stack, animation);
+    AddTracksToMorphAnimation(args, stack, animation);
   }
   return true;
 }
 
 void ExportAnimation::AddTracksToMorphAnimation(const ConversionArguments& args,
-                                                FbxWrapper& wrapper, FbxAnimStack* stack,
+                                                FbxAnimStack* stack,
                                                 CalCoreMorphAnimation& animation) {
   for (int i = 0; i < stack->GetLayerCount(); ++i) {
-    AddTracksToMorphAnimationFromLayer(args, wrapper.GetRootNode(), stack->GetLayer(i), animation);
+    AddTracksToMorphAnimationFromLayer(args, scene_.GetRootNode(), stack->GetLayer(i), animation);
   }
 }
 

@@ -56,7 +56,7 @@ void PrintKeyframe(int verbosity, FbxTime time, const FbxVector4& t, const FbxQu
 
 }  // namespace
 
-bool ExportAnimation::Export(ConversionArguments& args, zevoMagicStops magicStops) {
+bool ExportAnimation::Export(const ConversionArguments& args, zevoMagicStops magicStops) {
   LOG_INFO(args.toString());
   CalCoreAnimation animation;
   AddAnimation(args, animation);
@@ -67,26 +67,24 @@ bool ExportAnimation::Export(ConversionArguments& args, zevoMagicStops magicStop
   return CalSaver::saveCoreAnimation(args.outputFilename, &animation);
 }
 
-bool ExportAnimation::AddAnimation(ConversionArguments& args, CalCoreAnimation& animation) {
-  FbxWrapper* const wrapper = FbxWrapper::getInstance(args);
-  const FbxNode* root = GetSkeletonRoot(wrapper, args);
+bool ExportAnimation::AddAnimation(const ConversionArguments& args, CalCoreAnimation& animation) {
+  const FbxNode* root = GetSkeletonRoot(&scene_, args).node;
   if (root == nullptr) return false;
-  const BoneNameMap bones = BuildBoneNameMap(BuildSkeleton(wrapper, root, args));
-  for (FbxAnimStack* stack : wrapper->GetAnimList()) {
+  const BoneNameMap bones = BuildBoneNameMap(BuildSkeleton(&scene_, root, args));
+  for (FbxAnimStack* stack : scene_.GetAnimList()) {
     if (stack->Name() != args.exportObjectName) continue;
     if (args.verbosity > 0) std::printf(" [%s]", stack->GetName());
-    wrapper->GetScene()->SetCurrentAnimationStack(stack);
+    scene_.GetScene()->SetCurrentAnimationStack(stack);
     animation.duration = std::max(animation.duration, StackSeconds(*stack, args.frameRate));
-    AddTracksToAnimation(args, *wrapper, stack, animation, bones);
+    AddTracksToAnimation(args, stack, animation, bones);
   }
   return true;
 }
 
-void ExportAnimation::AddTracksToAnimation(const ConversionArguments& args, FbxWrapper& wrapper,
-                                           FbxAnimStack* stack, CalCoreAnimation& animation,
-                                           const BoneNameMap& bones) {
+void ExportAnimation::AddTracksToAnimation(const ConversionArguments& args, FbxAnimStack* stack,
+                                           CalCoreAnimation& animation, const BoneNameMap& bones) {
   for (int i = 0; i < stack->GetLayerCount(); ++i) {
-    AddTracksFromLayer(args, wrapper.GetRootNode(), stack->GetLayer(i), animation, bones);
+    AddTracksFromLayer(args, scene_.GetRootNode(), stack->GetLayer(i), animation, bones);
   }
 }
 

@@ -38,10 +38,10 @@ enum zevoMagicStops {
 
 class ExportAnimation {
  public:
-  // `args` must stay alive as long as the exporter. Logs the command when a log is open.
-  explicit ExportAnimation(ConversionArguments& args);
+  // Both must stay alive as long as the exporter. Logs the command when a log is open.
+  ExportAnimation(FbxWrapper& scene, const ConversionArguments& args);
 
-  // Fills the two maps with the animations of the command's scene, named and in the order of the
+  // Fills the two maps with the animations of the scene, named and in the order of the
   // listing. A scene without a skeleton has none, and leaves the maps as they are.
   void BuildAnimLists(AnimationMap& skeletal, AnimationMap& morph);
   // Prints the records of the animations of the command's root, or of all. The result is empty.
@@ -69,29 +69,29 @@ class ExportAnimation {
 
   // Writes the stacks of the command's object name to its output file. In the dry run, whether any
   // track has keyframes.
-  bool Export(ConversionArguments& args, zevoMagicStops magicStops);
+  bool Export(const ConversionArguments& args, zevoMagicStops magicStops);
   // False if the command names no skeleton.
-  bool AddAnimation(ConversionArguments& args, CalCoreAnimation& animation);
+  bool AddAnimation(const ConversionArguments& args, CalCoreAnimation& animation);
 
   // Writes the morph tracks of the stacks that the command selects to its output file. In the dry
   // run, whether there are any tracks.
-  bool ExportMorphAnim(ConversionArguments& args, zevoMagicStops magicStops);
+  bool ExportMorphAnim(const ConversionArguments& args, zevoMagicStops magicStops);
   // With version 1 the stack that the command names is taken. With version 2 the stacks that it
   // doesn't name are, so that no names at all take every stack.
-  bool AddMorphAnimation(ConversionArguments& args, CalCoreMorphAnimation& animation);
+  bool AddMorphAnimation(const ConversionArguments& args, CalCoreMorphAnimation& animation);
 
   // Whether the stack morphs any mesh of the scene; prints which one.
   bool CheckTracksForMorphAnimation(FbxWrapper* wrapper, FbxAnimStack* stack);
 
   // Prints the transforms of every bone in the scene and in `animation` side by side, for 120 steps
   // in time. False if the command names no skeleton.
-  bool Compare(ConversionArguments& args, const CalCoreAnimation& animation);
+  bool Compare(const ConversionArguments& args, const CalCoreAnimation& animation);
 
  private:
   using HoldersByRoot = std::map<std::string, std::vector<AnimationInfoHolder>>;
 
   SceneChannels& Channels();
-  HoldersByRoot FindByRoot(FbxWrapper& wrapper, const std::vector<FbxAnimStack*>& stacks);
+  HoldersByRoot FindByRoot(const std::vector<FbxAnimStack*>& stacks);
   // Drops duplicates and sorts what is left into the maps.
   void Analyze(HoldersByRoot& byRoot, AnimationMap& skeletal, AnimationMap& morph);
   // These add what the layer animates below the node.
@@ -103,17 +103,16 @@ class ExportAnimation {
                                 AnimationInfoHolder& holder);
 
   // A track for each layer of the stack and each bone of the scene with keys in it.
-  void AddTracksToAnimation(const ConversionArguments& args, FbxWrapper& wrapper,
-                            FbxAnimStack* stack, CalCoreAnimation& animation,
-                            const BoneNameMap& bones);
+  void AddTracksToAnimation(const ConversionArguments& args, FbxAnimStack* stack,
+                            CalCoreAnimation& animation, const BoneNameMap& bones);
   void AddTracksFromLayer(const ConversionArguments& args, FbxNode* node, FbxAnimLayer* layer,
                           CalCoreAnimation& animation, const BoneNameMap& bones);
   static void AddTracksFromChannels(const ConversionArguments& args, const NodeChannels& channels,
                                     CalCoreAnimation& animation, const BoneNameMap& bones);
 
   // A track for each curve of a blend shape channel in the scene that changes.
-  void AddTracksToMorphAnimation(const ConversionArguments& args, FbxWrapper& wrapper,
-                                 FbxAnimStack* stack, CalCoreMorphAnimation& animation);
+  void AddTracksToMorphAnimation(const ConversionArguments& args, FbxAnimStack* stack,
+                                 CalCoreMorphAnimation& animation);
   void AddTracksToMorphAnimationFromLayer(const ConversionArguments& args, FbxNode* node,
                                           FbxAnimLayer* layer, CalCoreMorphAnimation& animation);
   static void AddTracksToMorphAnimationFromChannels(const ConversionArguments& args,
@@ -124,5 +123,6 @@ class ExportAnimation {
   static bool CheckTracksForMorphAnimationInChannels(const NodeChannels& channels,
                                                      FbxAnimStack* stack);
 
-  ConversionArguments& args_;
+  FbxWrapper& scene_;
+  const ConversionArguments& args_;
 };

@@ -20,35 +20,39 @@ bool Lists(const ConversionArguments& args, ObjectType type) {
   return args.type == LIST_ALL_OBJECT || (args.type & type) != 0;
 }
 
-void List(FbxWrapper* wrapper, ConversionArguments& args) {
-  if (Lists(args, NODE_OBJECT)) ListNodes(wrapper, args);
-  if (Lists(args, MESH_OBJECT)) ListMeshes(args);
+void List(FbxWrapper& scene, ConversionArguments& args) {
+  if (Lists(args, NODE_OBJECT)) ListNodes(scene, args);
+  // The root that is found for the meshes is the root for what follows.
+  if (Lists(args, MESH_OBJECT)) args.skeletonRootPath = ListMeshes(scene, args);
   // One listing for both kinds, which looks at the type itself.
-  if (Lists(args, ANIM_OBJECT) || Lists(args, MORPHANIM_OBJECT)) ExportAnimation(args).List();
-  if (Lists(args, TEXTURE_OBJECT)) PrintTextureList(args);
+  if (Lists(args, ANIM_OBJECT) || Lists(args, MORPHANIM_OBJECT)) {
+    ExportAnimation(scene, args).List();
+  }
+  if (Lists(args, TEXTURE_OBJECT)) PrintTextureList(scene, args);
 }
 
 // The steps run in a fixed order that callers know from the records. Returns the exit status.
-int Export(ConversionArguments& args) {
-  if ((args.type & ANIM_OBJECT) != 0) ExportAnimations(args);
-  if ((args.type & MORPHANIM_OBJECT) != 0) ExportMorphAnimations(args);
-  if ((args.type & NODE_OBJECT) != 0) ExportSkeletons(args);
-  const bool meshesFailed = (args.type & MESH_OBJECT) != 0 && !ExportMeshes(args);
-  if ((args.type & TEXTURE_OBJECT) != 0) ExportMaterials(args);
+int Export(Session& session, const ConversionArguments& args) {
+  FbxWrapper& scene = session.SceneOf(args);
+  if ((args.type & ANIM_OBJECT) != 0) ExportAnimations(session, args);
+  if ((args.type & MORPHANIM_OBJECT) != 0) ExportMorphAnimations(session, args);
+  if ((args.type & NODE_OBJECT) != 0) ExportSkeletons(scene, args);
+  const bool meshesFailed = (args.type & MESH_OBJECT) != 0 && !ExportMeshes(scene, args);
+  if ((args.type & TEXTURE_OBJECT) != 0) ExportMaterials(scene, args);
   return meshesFailed ? 1 : 0;
 }
 
 // A command that needs a scene; it is loaded whatever the mode is.
-int RunOnScene(ConversionArguments& args) {
-  FbxWrapper* const wrapper = FbxWrapper::getInstance(args);
-  if (args.mode == EXPORT_MODE) return Export(args);
-  if (args.mode == LIST_MODE) List(wrapper, args);
+int RunOnScene(Session& session, ConversionArguments& args) {
+  FbxWrapper& scene = session.SceneOf(args);
+  if (args.mode == EXPORT_MODE) return Export(session, args);
+  if (args.mode == LIST_MODE) List(scene, args);
   return 0;
 }
 
 }  // namespace
 
-int processCommandSet(ConversionArguments args) {
+int processCommandSet(ConversionArguments args, Session& session) {
   LOG_INFO("processCommandSet: " + args.toString());
   if (args.option == ConversionArguments::HELP) {
     PrintHelp();
@@ -58,7 +62,7 @@ int processCommandSet(ConversionArguments args) {
   if (args.verbosity != 0) std::fputs(args.toString().c_str(), stdout);
   if (args.mode == CAL3D_2_TEXT_MODE) return Cal3d2Text(args) ? 1 : 0;
   try {
-    return RunOnScene(args);
+    return RunOnScene(session, args);
   } catch (const std::exception& exception) {
     AddError(std::string("exception occurred: [") + exception.what() + "]\n");
     LOG_INFO("processCommandSet: " + args.toString());

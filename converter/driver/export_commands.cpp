@@ -2,9 +2,9 @@
 
 #include <cstdio>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "converter/animation/animation_cache.h"
 #include "converter/animation/export_animation.h"
 #include "converter/base/log.h"
 #include "converter/base/names.h"
@@ -17,7 +17,7 @@
 
 namespace {
 
-void ExportSkeletonNamed(const std::string& name, ConversionArguments args) {
+void ExportSkeletonNamed(FbxWrapper& scene, const std::string& name, ConversionArguments args) {
   if (args.outputFilename.empty()) {
     args.outputFilename =
         prependPathToFileName(args.directoryForOutputFiles, urlencode(name) + ".xsf");
@@ -25,7 +25,7 @@ void ExportSkeletonNamed(const std::string& name, ConversionArguments args) {
   args.exportObjectName = name;
   LOG_INFO(args.toString());
   const std::string shownName = encodeName(args.encodeNames, name);
-  if (ExportSkeleton(args)) {
+  if (ExportSkeleton(scene, args)) {
     AddOutput("SKELETON", shownName, false);
     AddOutput("FILENAME", args.outputFilename, true);
   } else {
@@ -59,42 +59,46 @@ void ReportMeshFailure(const ConversionArguments& args) {
   AddOutput("", true);
 }
 
-void ExportAnimationsFrom(AnimationMap AnimationCache::*animations, ConversionArguments& args) {
-  ExportAnimation exporter(args);
-  _currentAnimationCache.Update(args);
+void ExportAnimationsFrom(AnimationMap AnimationCache::*animations, Session& session,
+                          const ConversionArguments& args) {
+  ExportAnimation exporter(session.SceneOf(args), args);
+  const AnimationCache& cache = session.AnimationsOf(args);
   const std::vector<std::string> names = args.commandVersion == 1
                                              ? std::vector<std::string>{args.exportObjectName}
                                              : args.exportObjectNames;
-  exporter.ExportAnimationsFromList(_currentAnimationCache.*animations, names);
+  exporter.ExportAnimationsFromList(cache.*animations, names);
 }
 
 }  // namespace
 
-void ExportAnimations(ConversionArguments& args) {
-  ExportAnimationsFrom(&AnimationCache::skeletalAnimations, args);
+void ExportAnimations(Session& session, const ConversionArguments& args) {
+  ExportAnimationsFrom(&AnimationCache::skeletalAnimations, session, args);
 }
 
-void ExportMorphAnimations(ConversionArguments& args) {
-  ExportAnimationsFrom(&AnimationCache::morphAnimations, args);
+void ExportMorphAnimations(Session& session, const ConversionArguments& args) {
+  ExportAnimationsFrom(&AnimationCache::morphAnimations, session, args);
 }
 
-void ExportSkeletons(ConversionArguments& args) {
-  // Sets the skeleton roots of the meshes, for whoever asks after this.
-  FbxWrapper::getInstance(args)->BuildMeshesOnSkeletonsList(args);
+void ExportSkeletons(FbxWrapper& scene, const ConversionArguments& args) {
+  // Sets the skeleton roots of the meshes, which later commands on the scene may read.
+  scene.BuildMeshesOnSkeletonsList(args);
   if (args.commandVersion == 1) {
-    ExportSkeletonNamed(args.skeletonRootPath, args);
+    ExportSkeletonNamed(scene, args.skeletonRootPath, args);
   } else {
-    for (const std::string& name : args.exportObjectNames) ExportSkeletonNamed(name, args);
+    for (const std::string& name : args.exportObjectNames) ExportSkeletonNamed(scene, name, args);
   }
 }
 
-bool ExportSkeleton(ConversionArguments& args) {
-  FbxNode* const root = GetSkeletonRoot(FbxWrapper::getInstance(args), args);
-  return root != nullptr && ExportCal3DSkeleton(root, args.outputFilename, args);
+bool ExportSkeleton(FbxWrapper& scene, const ConversionArguments& args) {
+  SkeletonRoot root = GetSkeletonRoot(&scene, args);
+  if (root.node == nullptr) return false;
+  ConversionArguments resolved = args;
+  resolved.skeletonRootPath = std::move(root.path);
+  return ExportCal3DSkeleton(root.node, args.outputFilename, resolved);
 }
 
-bool ExportMeshes(ConversionArguments& args) {
-  ExportMesh exporter(args);
+bool ExportMeshes(FbxWrapper& scene, const ConversionArguments& args) {
+  ExportMesh exporter(scene, args);
   const bool exported = exporter.Export(false);
   if (!exported) ReportMeshFailure(args);
   for (const std::string& texture : gatherTextureListFromDirectory(args.inputFilename)) {

@@ -47,7 +47,7 @@ const char* NodeTypeString(const FbxNode* node) {
   return type < _nodeTypeStrings.size() ? _nodeTypeStrings[type] : _nodeTypeStrings[0];
 }
 
-void ListSkeletons(FbxWrapper* wrapper, const std::vector<NodeSpan>& skeletons,
+void ListSkeletons(FbxWrapper& scene, const std::vector<NodeSpan>& skeletons,
                    const ConversionArguments& args) {
   std::map<std::string, int> nameCounts;
   for (const NodeSpan skeleton : skeletons) {
@@ -55,7 +55,7 @@ void ListSkeletons(FbxWrapper* wrapper, const std::vector<NodeSpan>& skeletons,
     const bool sceneRoot = BuildRootNodeName(root, nullptr) == kRootNodeName;
     ++nameCounts[sceneRoot ? kNoSkeleton : root->Name()];
   }
-  const MeshesBySkeleton meshesBySkeleton = wrapper->BuildMeshesOnSkeletonsList(args);
+  const MeshesBySkeleton meshesBySkeleton = scene.BuildMeshesOnSkeletonsList(args);
   for (const NodeSpan skeleton : skeletons) {
     const std::string path = BuildRootNodeName(skeleton.front(), nullptr);
     std::string friendly = skeleton.front()->Name();
@@ -97,14 +97,14 @@ void ListNodesOfSkeleton(NodeSpan skeleton, const ConversionArguments& args) {
 
 }  // namespace
 
-void ListNodes(FbxWrapper* wrapper, const ConversionArguments& args) {
-  const std::vector<NodeSpan>& skeletons = wrapper->BuildSkeletonList(args.treatAsRoom);
+void ListNodes(FbxWrapper& scene, const ConversionArguments& args) {
+  const std::vector<NodeSpan>& skeletons = scene.BuildSkeletonList(args.treatAsRoom);
   if (skeletons.empty()) {
     AddError("Fbx file contains no skeleton hierarchies");
     return;
   }
   if (args.skeletonRootPath.empty()) {
-    ListSkeletons(wrapper, skeletons, args);
+    ListSkeletons(scene, skeletons, args);
     return;
   }
   const auto skeleton =
@@ -114,14 +114,11 @@ void ListNodes(FbxWrapper* wrapper, const ConversionArguments& args) {
   if (skeleton != skeletons.end()) ListNodesOfSkeleton(*skeleton, args);
 }
 
-void ListMeshes(ConversionArguments& args) {
-  ExportMesh exporter(args);
-  if (!args.showLabels) {
-    exporter.WalkListReturnListPrint(true, nullptr);
-    return;
-  }
+std::string ListMeshes(FbxWrapper& scene, const ConversionArguments& args) {
+  const ExportMesh exporter(scene, args);
+  if (!args.showLabels) return exporter.WalkListReturnListPrint(true, nullptr);
   std::vector<sMesh> rows;
-  exporter.WalkListReturnListPrint(false, &rows);
+  std::string rootPath = exporter.WalkListReturnListPrint(false, &rows);
   std::stable_sort(rows.begin(), rows.end(), compareMeshReturnValues_());
   if (rows.empty()) AddWarning("Fbx file contains no meshes");
   for (const sMesh& row : rows) {
@@ -135,4 +132,5 @@ void ListMeshes(ConversionArguments& args) {
     }
     AddOutput("", true);
   }
+  return rootPath;
 }

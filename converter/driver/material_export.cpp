@@ -15,9 +15,8 @@
 
 namespace {
 
-MaterialMasterMap MaterialsOfCommand(ConversionArguments& args) {
-  std::string skeletonName;
-  return BuildMaterialMasterMap(ExportMesh(args).ListMeshesForSkeleton(skeletonName));
+MaterialMasterMap MaterialsOfCommand(FbxWrapper& scene, const ConversionArguments& args) {
+  return BuildMaterialMasterMap(ExportMesh(scene, args).ListMeshesForSkeleton().meshes);
 }
 
 // The supported channels in key order; the others are warned of.
@@ -36,9 +35,9 @@ CalCoreMaterial MakeMaterial(const MaterialMap& map) {
 
 }  // namespace
 
-void ExportMaterials(ConversionArguments& args) {
+void ExportMaterials(FbxWrapper& scene, const ConversionArguments& args) {
   LOG_INFO(args.toString());
-  for (const auto& [map, id] : MaterialsOfCommand(args)) {
+  for (const auto& [map, id] : MaterialsOfCommand(scene, args)) {
     if (map.empty()) continue;
     const CalCoreMaterial material = MakeMaterial(map);
     if (material.maps.empty()) continue;
@@ -52,14 +51,14 @@ void ExportMaterials(ConversionArguments& args) {
   }
 }
 
-void PrintTextureList(ConversionArguments& args) {
+void PrintTextureList(FbxWrapper& scene, const ConversionArguments& args) {
   const std::vector<std::string> files = ListFilesInDirectory(GetMediaFolder(args.inputFilename));
   for (auto file = files.rbegin(); file != files.rend(); ++file) {
     std::printf("%s: %s\n", _TEXTURE, encodeName(args.encodeNames, *file).c_str());
   }
   std::printf("\n");
 
-  const MaterialMasterMap master = MaterialsOfCommand(args);
+  const MaterialMasterMap master = MaterialsOfCommand(scene, args);
   for (const std::string& text : MaterialMasterMapToStrings(master)) {
     AddOutput(_MATERIAL, text, true);
   }

@@ -103,7 +103,7 @@ FbxVector4 ExportMesh::ToOutputSpace(const GroupMesh& mesh, const FbxVector4& po
 bool ExportMesh::FillInControlPoints(GroupMesh& mesh, const PathIndex& paths,
                                      const BoneNameMap& bones, MeshGroup& group) const {
   const FbxNode* node = paths.FirstWithPathOf(mesh.holder->node);
-  if (node == nullptr) node = FbxWrapper::getInstance(args_)->GetNodeByPath(mesh.holder->path);
+  if (node == nullptr) node = scene_.GetNodeByPath(mesh.holder->path);
   if (node == nullptr || GetAttributeType(node) != FbxNodeAttribute::eMesh) return false;
   return FillInControlPointsForMesh(mesh, node, bones, group);
 }

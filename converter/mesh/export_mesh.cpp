@@ -25,20 +25,19 @@ bool isMeshNameMatch(const ConversionArguments& args, const MeshHolder_* holder)
 
 bool ExportMesh::Export(bool /*unused*/) {
   LOG_INFO("Starting ExportMesh::Export");
-  FbxWrapper* wrapper = FbxWrapper::getInstance(args_);
-  const FbxNode* root = wrapper->GetNodeByPath(args_.skeletonRootPath);
+  const FbxNode* root = scene_.GetNodeByPath(args_.skeletonRootPath);
   if (root == nullptr) {
     AddError("Skeleton Root Node [" + args_.skeletonRootPath + "] not found in FBX\n");
     return false;
   }
-  wrapper->BuildMeshesOnSkeletonsList(args_);
-  const BoneNameMap bones = BuildBoneNameMap(BuildSkeleton(wrapper, root, args_));
+  scene_.BuildMeshesOnSkeletonsList(args_);
+  const BoneNameMap bones = BuildBoneNameMap(BuildSkeleton(&scene_, root, args_));
   const std::vector<MeshHolder_*> selected = BuildSelectedMeshList();
   GroupMap groups;
   BuildGroupedMeshLists(groups, selected);
   // Over all groups, so that a material has one id in all files of the run.
   MaterialMasterMap master = BuildMaterialMasterMap(selected);
-  const PathIndex paths(wrapper->GetRootNode());
+  const PathIndex paths(scene_.GetRootNode());
   return std::all_of(groups.begin(), groups.end(), [&](const auto& group) {
     return ExportMeshesGroupedAsSubmeshes(group.first, group.second, paths, bones, master);
   });
@@ -46,7 +45,7 @@ bool ExportMesh::Export(bool /*unused*/) {
 
 std::vector<MeshHolder_*> ExportMesh::BuildSelectedMeshList() const {
   std::vector<MeshHolder_*> selected;
-  for (MeshHolder_* holder : FbxWrapper::getInstance(args_)->GetMeshList()) {
+  for (MeshHolder_* holder : scene_.GetMeshList()) {
     if (args_.verbosity != 0) AddWarning("ExportMesh::Export " + holder->name);
     if (isMeshNameMatch(args_, holder)) selected.push_back(holder);
   }
@@ -59,14 +58,13 @@ void ExportMesh::BuildGroupedMeshLists(GroupMap& groups,
     for (MeshHolder_* holder : selected) groups[holder->name] = {holder};
     return;
   }
-  const FbxWrapper* wrapper = FbxWrapper::getInstance(args_);
   if (selected.size() < kManyMeshes) {
     GroupFinderVisitor finder(selected);
-    wrapper->walkTree(finder);
+    scene_.walkTree(finder);
     groups = std::move(finder.groups);
   } else {
     ExtremeGroupFinderVisitor finder(selected);
-    wrapper->walkTree(finder);
+    scene_.walkTree(finder);
     groups = std::move(finder.groups);
   }
 }

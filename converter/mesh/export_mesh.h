@@ -33,6 +33,13 @@ struct compareMeshReturnValues_ {
   bool operator()(const sMesh& a, const sMesh& b) const { return a < b; }
 };
 
+// The meshes on the skeleton that a command names.
+struct SkeletonMeshes {
+  std::string rootPath;      // of the command, "find" resolved
+  std::string skeletonName;  // the path of the skeleton's root
+  std::vector<MeshHolder_*> meshes;
+};
+
 // Whether the command selects the mesh.
 bool isMeshNameMatch(const ConversionArguments& args, const MeshHolder_* holder);
 
@@ -40,8 +47,8 @@ class ExportMesh {
  public:
   using GroupMap = std::map<std::string, std::vector<MeshHolder_*>>;
 
-  // `args` must stay alive as long as the exporter.
-  explicit ExportMesh(ConversionArguments& args) : args_(args) {}
+  // Both must stay alive as long as the exporter.
+  ExportMesh(FbxWrapper& scene, const ConversionArguments& args) : scene_(scene), args_(args) {}
 
   // Writes one file for each group of the selected meshes, in the order of the groups' names. False
   // if the command's root is no node, or at the first file that could not be written; the files
@@ -56,14 +63,14 @@ class ExportMesh {
 
   // The bones of the skeleton that the command names and, in `skeletonName`, the path of its root.
   // Empty, and "RootNode", if it names none.
-  BoneNameMap BoneNameMapForSkeleton(std::string& skeletonName);
+  BoneNameMap BoneNameMapForSkeleton(std::string& skeletonName) const;
   // The number of those bones.
-  int BoneCountInSkeletonForListing(std::string& skeletonName);
+  int BoneCountInSkeletonForListing(std::string& skeletonName) const;
   // The meshes on that skeleton; all meshes of the scene, and no name, if the command has no root.
-  std::vector<MeshHolder_*> ListMeshesForSkeleton(std::string& skeletonName);
+  SkeletonMeshes ListMeshesForSkeleton() const;
   // Prints the names of the listed meshes if `print` is set, and appends the rows of a labelled
-  // listing to `rows` unless it is null.
-  void WalkListReturnListPrint(bool print, std::vector<sMesh>* rows);
+  // listing to `rows` unless it is null. Returns the path of the command's root, "find" resolved.
+  std::string WalkListReturnListPrint(bool print, std::vector<sMesh>* rows) const;
 
  private:
   bool ExportMeshesGroupedAsSubmeshes(const std::string& groupName,
@@ -105,5 +112,6 @@ class ExportMesh {
   // only a warning; false if the file could not be written.
   bool Save(const std::string& name, MeshGroup& group) const;
 
-  ConversionArguments& args_;
+  FbxWrapper& scene_;
+  const ConversionArguments& args_;
 };

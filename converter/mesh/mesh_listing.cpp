@@ -1,48 +1,39 @@
 #include <cstdint>
 #include <cstdio>
+#include <utility>
 
 #include "converter/base/log.h"
 #include "converter/base/records.h"
 #include "converter/mesh/export_mesh.h"
 #include "converter/scene/fbx_wrapper.h"
-#include "converter/scene/node_paths.h"
 #include "converter/skeleton/skeleton_roots.h"
 
-BoneNameMap ExportMesh::BoneNameMapForSkeleton(std::string& skeletonName) {
-  skeletonName = kRootNodeName;
-  if (args_.skeletonRootPath.empty()) return {};
-  FbxWrapper* wrapper = FbxWrapper::getInstance(args_);
-  const FbxNode* root = GetSkeletonRoot(wrapper, args_);
-  for (const NodeSpan skeleton : wrapper->BuildSkeletonList(args_.treatAsRoom)) {
-    if (root == nullptr || skeleton.empty() || skeleton.front() != root) continue;
-    skeletonName = BuildRootNodeName(root, nullptr);
-    return BuildBoneNameMap(skeleton);
-  }
-  return {};
+BoneNameMap ExportMesh::BoneNameMapForSkeleton(std::string& skeletonName) const {
+  CommandSkeleton skeleton = GetCommandSkeleton(&scene_, args_);
+  skeletonName = std::move(skeleton.name);
+  return BuildBoneNameMap(skeleton.nodes);
 }
 
-int ExportMesh::BoneCountInSkeletonForListing(std::string& skeletonName) {
+int ExportMesh::BoneCountInSkeletonForListing(std::string& skeletonName) const {
   return BoneNameMapForSkeleton(skeletonName).Count();
 }
 
-std::vector<MeshHolder_*> ExportMesh::ListMeshesForSkeleton(std::string& skeletonName) {
-  FbxWrapper* wrapper = FbxWrapper::getInstance(args_);
-  if (args_.skeletonRootPath.empty()) {
-    skeletonName.clear();
-    return wrapper->GetMeshList();
+SkeletonMeshes ExportMesh::ListMeshesForSkeleton() const {
+  if (args_.skeletonRootPath.empty()) return {{}, {}, scene_.GetMeshList()};
+  MeshesBySkeleton meshes = scene_.BuildMeshesOnSkeletonsList(args_);
+  CommandSkeleton skeleton = GetCommandSkeleton(&scene_, args_);
+  std::vector<MeshHolder_*> listed;
+  if (const auto found = meshes.find(skeleton.name); found != meshes.end()) {
+    listed = std::move(found->second);
   }
-  const MeshesBySkeleton meshes = wrapper->BuildMeshesOnSkeletonsList(args_);
-  BoneNameMapForSkeleton(skeletonName);
-  const auto found = meshes.find(skeletonName);
-  return found == meshes.end() ? std::vector<MeshHolder_*>() : found->second;
+  return {std::move(skeleton.rootPath), std::move(skeleton.name), std::move(listed)};
 }
 
-void ExportMesh::WalkListReturnListPrint(bool print, std::vector<sMesh>* rows) {
-  std::string skeletonName(kRootNodeName);
+std::string ExportMesh::WalkListReturnListPrint(bool print, std::vector<sMesh>* rows) const {
   LOG_INFO(args_.toString());
-  const std::vector<MeshHolder_*> holders = ListMeshesForSkeleton(skeletonName);
-  MaterialMasterMap master = BuildMaterialMasterMap(holders);
-  for (MeshHolder_* holder : holders) {
+  SkeletonMeshes listed = ListMeshesForSkeleton();
+  MaterialMasterMap master = BuildMaterialMasterMap(listed.meshes);
+  for (MeshHolder_* holder : listed.meshes) {
     if (args_.verbosity != 0) {
       std::printf("%s is %s 0x%jx\n", holder->name.c_str(), holder->path.c_str(),
                   static_cast<uintmax_t>(reinterpret_cast<uintptr_t>(holder->mesh)));
@@ -53,7 +44,9 @@ void ExportMesh::WalkListReturnListPrint(bool print, std::vector<sMesh>* rows) {
       std::fputc('\n', stdout);
     }
     if (rows != nullptr) {
-      rows->push_back({name, skeletonName, GetMaterialListFromMesh(*holder, master), holder->mesh});
+      rows->push_back(
+          {name, listed.skeletonName, GetMaterialListFromMesh(*holder, master), holder->mesh});
     }
   }
+  return std::move(listed.rootPath);
 }

@@ -19,10 +19,6 @@
 
 namespace {
 
-std::unique_ptr<FbxWrapper> instance;
-std::string loadedFilename;
-uint64_t loads = 0;
-
 template <typename T>
 T* RequireObject(T* object, const char* message) {
   if (object == nullptr) {
@@ -57,19 +53,7 @@ std::vector<const FbxNode*> TyingNodes(const MeshHolder_& holder) {
 
 }  // namespace
 
-FbxWrapper* FbxWrapper::getInstance(const ConversionArguments& args) {
-  if (instance != nullptr && loadedFilename == args.inputFilename) return instance.get();
-  // The old scene goes first: two large scenes need not be in memory together.
-  instance.reset();
-  loadedFilename.clear();
-  instance.reset(new FbxWrapper(args));
-  loadedFilename = args.inputFilename;
-  return instance.get();
-}
-
-FbxWrapper::FbxWrapper(const ConversionArguments& args) : loadNumber_(++loads) {
-  Load(args.inputFilename);
-}
+FbxWrapper::FbxWrapper(const std::string& fileName) { Load(fileName); }
 
 FbxWrapper::~FbxWrapper() = default;
 
@@ -94,6 +78,12 @@ void FbxWrapper::Load(const std::string& fileName) {
   }
   importer->Destroy();
   FbxAxisSystem(FbxAxisSystem::eMax).ConvertScene(scene_);
+}
+
+void FbxWrapper::UseTimeSettings() const {
+  const FbxGlobalSettings& settings = scene_->GetGlobalSettings();
+  FbxTime::SetGlobalTimeMode(settings.GetTimeMode(), settings.GetCustomFrameRate());
+  FbxTime::SetGlobalTimeProtocol(settings.GetTimeProtocol());
 }
 
 FbxNode* FbxWrapper::GetRootNode() const { return scene_->GetRootNode(); }

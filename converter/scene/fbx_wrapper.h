@@ -1,9 +1,8 @@
 // The loaded scene and everything derived from it that is expensive to compute: skeletons, meshes
-// with their unique names, meshes by skeleton. There is one, for the file of the last command; a
-// command on another file replaces it, and whatever pointed into it goes with it.
+// with their unique names, meshes by skeleton. Whatever points into it goes with it. Several scenes
+// can be loaded side by side.
 #pragma once
 
-#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -47,16 +46,20 @@ using MeshesBySkeleton = std::map<std::string, std::vector<MeshHolder_*>>;
 
 class FbxWrapper {
  public:
-  // The scene of `args.inputFilename`, loaded unless it is the current one already; no other
-  // argument plays a part. Throws std::runtime_error for a file that doesn't exist,
-  // FbxInitException or FbxImportException for one that can't be read.
-  static FbxWrapper* getInstance(const ConversionArguments& args);
+  // Loads the scene. Throws std::runtime_error for a file that doesn't exist, FbxInitException or
+  // FbxImportException for one that can't be read.
+  explicit FbxWrapper(const std::string& fileName);
   ~FbxWrapper();
   FbxWrapper(const FbxWrapper&) = delete;
   FbxWrapper& operator=(const FbxWrapper&) = delete;
 
-  // Counts the loads of the process: whoever keeps pointers into a scene compares it.
-  uint64_t LoadNumber() const { return loadNumber_; }
+  // The scene of `args` in the program's session, which defines this.
+  static FbxWrapper* getInstance(const ConversionArguments& args);
+
+  // Makes the scene's time mode and protocol those of the process, as loading did: the scene
+  // library counts frames by them. Comes before work with frames, since another scene may have been
+  // loaded.
+  void UseTimeSettings() const;
   FbxScene* GetScene() const { return scene_; }
   FbxNode* GetRootNode() const;
   // Null when there is no such path; of several nodes with one path the first in walk order.
@@ -84,7 +87,6 @@ class FbxWrapper {
   static bool IsMeshOnSkeleton(const MeshHolder_& holder, MeshCompareBase& compare);
 
  private:
-  explicit FbxWrapper(const ConversionArguments& args);
   void Load(const std::string& fileName);
   const NodeOrder& Order();
   void GetMeshListFromNode(FbxNode* node);
@@ -94,7 +96,6 @@ class FbxWrapper {
   };
   std::unique_ptr<FbxManager, ManagerDeleter> manager_;
   FbxScene* scene_ = nullptr;
-  uint64_t loadNumber_ = 0;
 
   std::unique_ptr<NodeOrder> order_;
   std::unique_ptr<SceneChannels> channels_;

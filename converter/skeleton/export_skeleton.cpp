@@ -7,7 +7,6 @@
 
 #include "cal3d/io/saver.h"
 #include "converter/base/records.h"
-#include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/node_paths.h"
 #include "converter/scene/scene_queries.h"
 #include "converter/skeleton/bone_lights.h"
@@ -229,7 +228,7 @@ void AddBoneToList(const FbxAMatrix& parentGlobal, Bones& bones, FbxNode* node, 
 
 bool ExportCal3DSkeleton(FbxNode* root, const std::string& fileName,
                          const ConversionArguments& args) {
-  const FbxScene& scene = *FbxWrapper::getInstance(args)->GetScene();
+  const FbxScene& scene = *root->GetScene();
   NodeNames names;
   if (args.treatAsRoom && args.renameRoomNodes) names = RenameRoomNodes(root, args);
   const std::string keptName = root->Name();

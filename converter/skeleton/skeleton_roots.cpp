@@ -1,6 +1,7 @@
 #include "converter/skeleton/skeleton_roots.h"
 
 #include <cstdio>
+#include <utility>
 
 #include "converter/base/records.h"
 #include "converter/scene/node_paths.h"
@@ -22,22 +23,33 @@ NodeSpan BuildSkeleton(FbxWrapper* wrapper, const FbxNode* root, const Conversio
 
 BoneNameMap BuildBoneNameMap(NodeSpan nodes) { return BoneNameMap(nodes); }
 
-FbxNode* GetSkeletonRoot(FbxWrapper* wrapper, ConversionArguments& args) {
-  if (FbxNode* node = wrapper->GetNodeByPath(args.skeletonRootPath)) return node;
-  if (args.skeletonRootPath != "find") return nullptr;
+SkeletonRoot GetSkeletonRoot(FbxWrapper* wrapper, const ConversionArguments& args) {
+  const std::string& wanted = args.skeletonRootPath;
+  if (FbxNode* node = wrapper->GetNodeByPath(wanted)) return {node, wanted};
+  if (wanted != "find") return {nullptr, wanted};
   const std::vector<FbxNode*> roots = BuildRootList(wrapper, args);
   if (roots.size() > 1) {
     AddError("You must choose a skeleton root:\n");
-    return nullptr;
+    return {nullptr, wanted};
   }
   if (roots.empty()) {
     AddWarning("No skeleton roots found in FBX, using RootNode");
-    args.skeletonRootPath = kRootNodeName;
-    return wrapper->GetNodeByPath(args.skeletonRootPath);
+    return {wrapper->GetNodeByPath(kRootNodeName), std::string(kRootNodeName)};
   }
-  args.skeletonRootPath = BuildRootNodeName(roots.front(), nullptr);
-  AddWarning("Using node " + args.skeletonRootPath + " as skeleton root");
-  FbxNode* node = wrapper->GetNodeByPath(args.skeletonRootPath);
-  if (node == nullptr) std::printf("Node %s not found in FBX\n", args.skeletonRootPath.c_str());
-  return node;
+  const std::string path = BuildRootNodeName(roots.front(), nullptr);
+  AddWarning("Using node " + path + " as skeleton root");
+  FbxNode* node = wrapper->GetNodeByPath(path);
+  if (node == nullptr) std::printf("Node %s not found in FBX\n", path.c_str());
+  return {node, path};
+}
+
+CommandSkeleton GetCommandSkeleton(FbxWrapper* wrapper, const ConversionArguments& args) {
+  CommandSkeleton skeleton{args.skeletonRootPath, std::string(kRootNodeName), {}};
+  if (args.skeletonRootPath.empty()) return skeleton;
+  SkeletonRoot root = GetSkeletonRoot(wrapper, args);
+  skeleton.rootPath = std::move(root.path);
+  if (root.node == nullptr) return skeleton;
+  skeleton.nodes = BuildSkeleton(wrapper, root.node, args);
+  if (!skeleton.nodes.empty()) skeleton.name = BuildRootNodeName(root.node, nullptr);
+  return skeleton;
 }

@@ -38,7 +38,7 @@ TEST_F(AnimationHolders, NodesOfTheSameMorph) {
   }
   FbxWrapper& wrapper = Load();
   const AnimationInfoHolder holder =
-      ExportAnimation(args_).GetAnimatedNodes(wrapper.GetRootNode(), Stack(wrapper))[1];
+      ExportAnimation(wrapper, args_).GetAnimatedNodes(wrapper.GetRootNode(), Stack(wrapper))[1];
   EXPECT_THAT(holder.morphChannels, ElementsAre("smile"));
   EXPECT_EQ(holder.buildFileName(), "Big|Talk-smile");
   EXPECT_EQ(holder.info.endFrame, -1);

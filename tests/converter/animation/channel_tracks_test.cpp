@@ -25,7 +25,7 @@ class ChannelTracks : public ClipFile {
   CalCoreAnimation Tracks(const std::string& name) {
     args_.exportObjectName = name;
     CalCoreAnimation animation;
-    EXPECT_TRUE(ExportAnimation(args_).AddAnimation(args_, animation));
+    EXPECT_TRUE(ExportAnimation(*loaded_, args_).AddAnimation(args_, animation));
     return animation;
   }
 
@@ -53,7 +53,7 @@ TEST_F(ChannelTracks, ATrackForEachLayerWithTwoKeysEnough) {
   EXPECT_FLOAT_EQ(animation.tracks[0].keyframes[1].translation.x, 62);
   EXPECT_THAT(animation.tracks[1].keyframes, SizeIs(2));
 
-  ExportAnimation exporter(args_);
+  ExportAnimation exporter(wrapper, args_);
   const auto moves = [&](const std::string& bone) {
     return exporter.IsAnimationOnSkeleton(Stack(wrapper), wrapper.GetRootNode(), {bone});
   };
@@ -64,9 +64,9 @@ TEST_F(ChannelTracks, ATrackForEachLayerWithTwoKeysEnough) {
   EXPECT_FALSE(FileExists(args_.outputFilename));
   args_.outputFilename.clear();
   args_.directoryForOutputFiles = folder_.Path() + "/";
-  exportASingleAutomationFile("My Walk", args_, kStopBeforeMorphAnimation);  // a save
+  exportASingleAutomationFile(wrapper, "My Walk", args_, kStopBeforeMorphAnimation);  // a save
   EXPECT_TRUE(FileExists(folder_.File("My%20Walk.xaf")));
-  exportASingleAutomationFile("Run", args_, kNoMagicStop);
+  exportASingleAutomationFile(wrapper, "Run", args_, kNoMagicStop);
   EXPECT_EQ(args_.outputFilename, folder_.File("My%20Walk.xaf"));  // the first one stays
   EXPECT_FALSE(exporter.Export(args_, kStopBeforeAnimation));
   args_.skeletonRootPath = "RootNode/None";
@@ -90,7 +90,7 @@ TEST_F(ChannelTracks, MorphsWithTwoKeysEnough) {
     scene_.KeyMorph(scene_.AddClip(c.stack, 0, 60).layer, face.channels[0], c.frames, c.values);
   }
   FbxWrapper& wrapper = Load();
-  ExportAnimation exporter(args_);
+  ExportAnimation exporter(wrapper, args_);
   std::map<std::string, CalCoreMorphAnimation> animations;
   for (size_t i = 0; i < std::size(cases); ++i) {
     const std::string& name = cases[i].stack;
@@ -138,7 +138,8 @@ TEST_F(ChannelTracks, VerboseKeyframesAndTheirComparison) {
             " 30  T{B,\0,\0} Q{\0,\0,\0,\1}\n"
             " 60  T{C,\0,\0} Q{\0,\0,\0,\1}\n"s);
   const auto compare = [&] {
-    return Printed([&] { EXPECT_TRUE(ExportAnimation(args_).Compare(args_, animation)); });
+    return Printed(
+        [&] { EXPECT_TRUE(ExportAnimation(*loaded_, args_).Compare(args_, animation)); });
   };
   const std::string text = compare();
   // Steps lie 30 seconds apart: the second one is past the end. A bone without a track is left out.

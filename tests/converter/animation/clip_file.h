@@ -1,6 +1,8 @@
 // A clip scene that is written to a file and loaded, for tests of animation code in process.
 #pragma once
 
+#include <memory>
+
 #include <gtest/gtest.h>
 
 #include "converter/base/conversion_arguments.h"
@@ -17,7 +19,8 @@ class ClipFile : public testing::Test {
     args_.inputFilename = folder_.Write("s.fbx", scene_.builder.Write());
     args_.outputFilename = folder_.File("out.xaf");
     args_.skeletonRootPath = "RootNode/Hips";
-    return *FbxWrapper::getInstance(args_);
+    loaded_ = std::make_unique<FbxWrapper>(args_.inputFilename);
+    return *loaded_;
   }
   static FbxAnimStack* Stack(const FbxWrapper& wrapper, size_t index = 0) {
     return wrapper.GetAnimList().at(index);
@@ -26,4 +29,5 @@ class ClipFile : public testing::Test {
   ClipScene scene_;
   TempDir folder_;
   ConversionArguments args_;
+  std::unique_ptr<FbxWrapper> loaded_;
 };

@@ -137,26 +137,27 @@ void MeshScene::AddTarget(int64_t channel, std::vector<int32_t> points, std::vec
       channel);
 }
 
-void MeshScene::WriteOnce() {
-  if (!args.inputFilename.empty()) return;
+void MeshScene::LoadOnce() {
+  if (scene != nullptr) return;
   args.inputFilename = dir_.Write("scene.fbx", builder.Write());
   args.directoryForOutputFiles = dir_.Path() + "/";
+  scene = std::make_unique<FbxWrapper>(args.inputFilename);
 }
 
 std::string MeshScene::Export() {
-  WriteOnce();
+  LoadOnce();
   testing::internal::CaptureStdout();
-  succeeded = ExportMesh(args).Export(false);
+  succeeded = ExportMesh(*scene, args).Export(false);
   const std::string out = testing::internal::GetCapturedStdout();
   // Paths differ from run to run.
   return std::regex_replace(out, std::regex(dir_.Path() + "/"), "");
 }
 
 std::string MeshScene::List(bool print) {
-  WriteOnce();
+  LoadOnce();
   testing::internal::CaptureStdout();
   std::vector<sMesh> rows;
-  ExportMesh(args).WalkListReturnListPrint(print, &rows);
+  ExportMesh(*scene, args).WalkListReturnListPrint(print, &rows);
   for (const sMesh& row : rows) {
     std::printf("%s,%s,%s\n", row.name.c_str(), row.skeletonName.c_str(), row.materials.c_str());
   }

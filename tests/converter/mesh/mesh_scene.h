@@ -1,6 +1,7 @@
 // A scene for tests of mesh export: built in a few lines, exported in process, and read back.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,7 @@
 
 #include "cal3d/model/core_mesh.h"
 #include "converter/base/conversion_arguments.h"
+#include "converter/scene/fbx_wrapper.h"
 #include "tests/support/fbx_builder.h"
 #include "tests/support/temp_dir.h"
 
@@ -61,10 +63,11 @@ class MeshScene {
   SceneBuilder builder;
   int64_t geometry = 0;
   ConversionArguments args;
+  std::unique_ptr<FbxWrapper> scene;  // once exported or listed
   bool succeeded = false;
 
  private:
-  void WriteOnce();
+  void LoadOnce();
 
   TempDir dir_;
 };

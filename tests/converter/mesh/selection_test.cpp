@@ -100,7 +100,7 @@ TEST(MeshListing, AllMeshesOrThoseOfTheSkeleton) {
   scene.args.skeletonRootPath = "RootNode";
   EXPECT_EQ(scene.List(true), "off\noff,RootNode,0 \n");
   std::string name;
-  EXPECT_EQ(ExportMesh(scene.args).BoneCountInSkeletonForListing(name), 2);
+  EXPECT_EQ(ExportMesh(*scene.scene, scene.args).BoneCountInSkeletonForListing(name), 2);
 }
 
 }  // namespace

@@ -1,0 +1,41 @@
+#include "converter/driver/session.h"
+
+#include <utility>
+
+#include "converter/animation/export_animation.h"
+
+FbxWrapper& Session::SceneOf(const ConversionArguments& args) {
+  if (loaded_ == nullptr || loaded_->fileName != args.inputFilename) {
+    loaded_.reset();
+    loaded_ = std::make_unique<Loaded>(args);
+  }
+  return loaded_->scene;
+}
+
+const AnimationCache& Session::AnimationsOf(const ConversionArguments& args) {
+  FbxWrapper& scene = SceneOf(args);
+  if (loaded_->animations.fileName.empty()) {
+    // Built aside: a failure halfway leaves no half of it to later commands.
+    AnimationCache animations;
+    ExportAnimation(scene, args)
+        .BuildAnimLists(animations.skeletalAnimations, animations.morphAnimations);
+    animations.fileName = args.inputFilename;
+    loaded_->animations = std::move(animations);
+  }
+  return loaded_->animations;
+}
+
+const AnimationCache* Session::Animations() const {
+  return loaded_ == nullptr ? nullptr : &loaded_->animations;
+}
+
+Session& Session::OfProgram() {
+  static Session session;
+  return session;
+}
+
+const AnimationCache* _currentAnimationCache() { return Session::OfProgram().Animations(); }
+
+FbxWrapper* FbxWrapper::getInstance(const ConversionArguments& args) {
+  return &Session::OfProgram().SceneOf(args);
+}
