@@ -1,5 +1,3 @@
-#include "cal3d/io/binary_loader.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <stdexcept>
@@ -9,28 +7,29 @@
 #include <boost/make_shared.hpp>
 
 #include "cal3d/io/file_format.h"
-#include "cal3d/io/load_checks.h"
+#include "cal3d/io/forms.h"
+#include "cal3d/io/model_check.h"
 
 namespace {
 
 // The versions from which on a field is there.
-constexpr std::int32_t kVertexColors = 910;
-constexpr std::int32_t kLights = 911;
-constexpr std::int32_t kMorphs = 919;
+constexpr int32_t kVertexColors = 910;
+constexpr int32_t kLights = 911;
+constexpr int32_t kMorphs = 919;
 
 // The least bytes of the records that vary in size.
-constexpr std::uint64_t kInt = 4;
-constexpr std::uint64_t kFloat = 4;
-constexpr std::uint64_t kString = 5;
-constexpr std::uint64_t kVector = 3 * kFloat;
-constexpr std::uint64_t kQuaternion = 4 * kFloat;
-constexpr std::uint64_t kFace = 3 * kInt;
-constexpr std::uint64_t kInfluence = kInt + kFloat;
-constexpr std::uint64_t kSpring = 2 * kInt + 2 * kFloat;
-constexpr std::uint64_t kBlendVertex = kInt + 2 * kVector;
-constexpr std::uint64_t kKeyframe = kFloat + kVector + kQuaternion;
+constexpr uint64_t kInt = 4;
+constexpr uint64_t kFloat = 4;
+constexpr uint64_t kString = 5;
+constexpr uint64_t kVector = 3 * kFloat;
+constexpr uint64_t kQuaternion = 4 * kFloat;
+constexpr uint64_t kFace = 3 * kInt;
+constexpr uint64_t kInfluence = kInt + kFloat;
+constexpr uint64_t kSpring = 2 * kInt + 2 * kFloat;
+constexpr uint64_t kBlendVertex = kInt + 2 * kVector;
+constexpr uint64_t kKeyframe = kFloat + kVector + kQuaternion;
 
-std::int32_t ReadVersion(CalBufferSource& source) { return CheckedVersion(source.ReadInt()); }
+int32_t ReadVersion(CalBufferSource& source) { return CheckedVersion(source.ReadInt()); }
 
 CalVector ReadVector(CalBufferSource& source) {
   // One statement each: arguments may be evaluated in any order.
@@ -54,60 +53,56 @@ CalCoreSubmesh::Vertex ReadVertex(CalBufferSource& source) {
 
 // The numbers at the head of a submesh, which tell how large the records behind it are.
 struct SubmeshHead {
-  explicit SubmeshHead(CalBufferSource& source, std::int32_t file_version)
-      : version(file_version),
+  explicit SubmeshHead(CalBufferSource& source, int32_t fileVersion)
+      : version(fileVersion),
         material(source.ReadInt()),
         vertices(source.ReadInt()),
         faces(source.ReadInt()),
-        levels_of_detail(source.ReadInt()),
+        levelsOfDetail(source.ReadInt()),
         springs(source.ReadInt()),
-        coordinate_sets(source.ReadInt()),
+        coordinateSets(source.ReadInt()),
         morphs(version >= kMorphs ? source.ReadInt() : 0) {
     source.CheckCount(springs, kSpring, "springs");
     // Sets of no vertices take no bytes, so that only the size of a vertex bounds them.
-    if (coordinate_sets < 0) throw std::runtime_error("negative count of texture coordinate sets");
+    if (coordinateSets < 0) throw std::runtime_error("negative count of texture coordinate sets");
     source.CheckCount(vertices, VertexSize(), "vertices");
     source.CheckCount(faces, kFace, "faces");
     source.CheckCount(morphs, kString + kInt, "morphs");
   }
 
-  std::uint64_t VertexSize() const {
+  uint64_t VertexSize() const {
     return 2 * kVector + (version >= kVertexColors ? kVector : 0) + 2 * kInt +
-           2 * kFloat * static_cast<std::uint64_t>(coordinate_sets) + kInt +
-           (springs > 0 ? kFloat : 0);
+           2 * kFloat * static_cast<uint64_t>(coordinateSets) + kInt + (springs > 0 ? kFloat : 0);
   }
 
-  static std::uint64_t MinimumSize(std::int32_t version) {
-    return (version >= kMorphs ? 7 : 6) * kInt;
-  }
+  static uint64_t MinimumSize(int32_t version) { return (version >= kMorphs ? 7 : 6) * kInt; }
 
-  std::int32_t version;
-  std::int32_t material;
-  std::int32_t vertices;
-  std::int32_t faces;
-  std::int32_t levels_of_detail;
-  std::int32_t springs;
-  std::int32_t coordinate_sets;
-  std::int32_t morphs;
+  int32_t version;
+  int32_t material;
+  int32_t vertices;
+  int32_t faces;
+  int32_t levelsOfDetail;
+  int32_t springs;
+  int32_t coordinateSets;
+  int32_t morphs;
 };
 
 void ReadVertices(CalBufferSource& source, const SubmeshHead& head, CalCoreSubmesh& submesh) {
   std::vector<CalCoreSubmesh::Influence> influences;
-  for (std::int32_t i = 0; i < head.vertices; ++i) {
+  for (int32_t i = 0; i < head.vertices; ++i) {
     const CalCoreSubmesh::Vertex vertex = ReadVertex(source);
-    const std::uint32_t color =
-        head.version >= kVertexColors ? ColorWord(ReadVector(source)) : kWhite;
+    const uint32_t color = head.version >= kVertexColors ? ColorWord(ReadVector(source)) : kWhite;
     source.ReadInt();  // collapse id
     source.ReadInt();  // collapsed faces
     CalCoreSubmesh::TextureCoordinate coordinate;
-    if (head.coordinate_sets > 0) {
+    if (head.coordinateSets > 0) {
       coordinate.u = source.ReadFloat();
       coordinate.v = source.ReadFloat();
-      source.ReadBytes(static_cast<std::size_t>(head.coordinate_sets - 1) * 2 * kFloat);
+      source.ReadBytes(static_cast<size_t>(head.coordinateSets - 1) * 2 * kFloat);
     }
     influences.clear();
-    for (std::int32_t n = source.ReadCount(kInfluence, "influences"); n > 0; --n) {
-      const std::int32_t bone = CheckedBoneId(source.ReadInt());
+    for (int32_t n = source.ReadCount(kInfluence, "influences"); n > 0; --n) {
+      const int32_t bone = CheckedBoneId(source.ReadInt());
       influences.push_back({bone, source.ReadFloat(), 0});
     }
     if (head.springs > 0) source.ReadFloat();  // the vertex's weight in its springs
@@ -118,32 +113,32 @@ void ReadVertices(CalBufferSource& source, const SubmeshHead& head, CalCoreSubme
 
 boost::shared_ptr<CalCoreMorphTarget> ReadMorph(CalBufferSource& source,
                                                 const CalCoreSubmesh& submesh) {
-  const std::int32_t vertices = static_cast<std::int32_t>(submesh.vertices().size());
+  const int32_t vertices = static_cast<int32_t>(submesh.vertices().size());
   std::string name = source.ReadString();
-  const std::int32_t count = source.ReadCount(kBlendVertex, "blend vertices");
+  const int32_t count = source.ReadCount(kBlendVertex, "blend vertices");
   cal3d::SSEArray<VertexOffset> offsets;
-  offsets.reserve(static_cast<std::uint32_t>(count));
-  for (std::int32_t i = 0; i < count; ++i) {
-    const std::int32_t id = CheckedVertexId(source.ReadInt(), vertices);
+  offsets.reserve(static_cast<uint32_t>(count));
+  for (int32_t i = 0; i < count; ++i) {
+    const int32_t id = CheckedVertexId(source.ReadInt(), vertices);
     const CalVector position = ReadVector(source);
     offsets.push_back(LoadedOffset(submesh, id, position, ReadVector(source)));
   }
   return boost::make_shared<CalCoreMorphTarget>(std::move(name), vertices, offsets);
 }
 
-boost::shared_ptr<CalCoreSubmesh> ReadSubmesh(CalBufferSource& source, std::int32_t version) {
+boost::shared_ptr<CalCoreSubmesh> ReadSubmesh(CalBufferSource& source, int32_t version) {
   const SubmeshHead head(source, version);
   auto submesh =
-      boost::make_shared<CalCoreSubmesh>(head.vertices, head.coordinate_sets > 0, head.faces);
+      boost::make_shared<CalCoreSubmesh>(head.vertices, head.coordinateSets > 0, head.faces);
   submesh->coreMaterialThreadId = head.material;
   ReadVertices(source, head, *submesh);
-  source.ReadBytes(static_cast<std::size_t>(head.springs) * kSpring);
-  for (std::int32_t i = 0; i < head.morphs; ++i) {
+  source.ReadBytes(static_cast<size_t>(head.springs) * kSpring);
+  for (int32_t i = 0; i < head.morphs; ++i) {
     submesh->addMorphTarget(ReadMorph(source, *submesh));
   }
-  for (std::int32_t i = 0; i < head.faces; ++i) {
-    std::int32_t vertices[3];
-    for (std::int32_t& vertex : vertices) vertex = source.ReadInt();
+  for (int32_t i = 0; i < head.faces; ++i) {
+    int32_t vertices[3];
+    for (int32_t& vertex : vertices) vertex = source.ReadInt();
     submesh->addFace(CheckedFace(vertices, head.vertices));
   }
   return submesh;
@@ -152,31 +147,31 @@ boost::shared_ptr<CalCoreSubmesh> ReadSubmesh(CalBufferSource& source, std::int3
 }  // namespace
 
 boost::shared_ptr<CalCoreSkeleton> ReadBinarySkeleton(CalBufferSource& source) {
-  const std::int32_t version = ReadVersion(source);
-  const bool has_lights = version >= kLights;
-  const std::uint64_t bone_size =
-      kString + 2 * (kVector + kQuaternion) + kInt + (has_lights ? kInt + kVector : 0) + kInt;
-  const std::int32_t count = source.ReadInt();
-  const CalVector ambient = has_lights ? ReadVector(source) : CalVector();
-  source.CheckCount(count, bone_size, "bones");
+  const int32_t version = ReadVersion(source);
+  const bool hasLights = version >= kLights;
+  const uint64_t boneSize =
+      kString + 2 * (kVector + kQuaternion) + kInt + (hasLights ? kInt + kVector : 0) + kInt;
+  const int32_t count = source.ReadInt();
+  const CalVector ambient = hasLights ? ReadVector(source) : CalVector();
+  source.CheckCount(count, boneSize, "bones");
   LoadedSkeleton loaded;
-  for (std::int32_t i = 0; i < count; ++i) {
+  for (int32_t i = 0; i < count; ++i) {
     std::string name = source.ReadString();
     const CalVector translation = ReadVector(source);
     const CalQuaternion rotation = ReadQuaternion(source);
-    const CalVector bone_space_translation = ReadVector(source);
-    const CalQuaternion bone_space_rotation = ReadQuaternion(source);
+    const CalVector boneSpaceTranslation = ReadVector(source);
+    const CalQuaternion boneSpaceRotation = ReadQuaternion(source);
     auto bone = boost::make_shared<CalCoreBone>(std::move(name), source.ReadInt());
     bone->relativeTranslation = translation;
     bone->relativeRotation = rotation;
-    bone->boneSpaceTranslation = bone_space_translation;
-    bone->boneSpaceRotation = bone_space_rotation;
-    if (has_lights) {
+    bone->boneSpaceTranslation = boneSpaceTranslation;
+    bone->boneSpaceRotation = boneSpaceRotation;
+    if (hasLights) {
       bone->lightType = static_cast<CalLightType>(source.ReadInt());
       bone->lightColor = ReadVector(source);
     }
     loaded.bones.push_back(bone);
-    for (std::int32_t n = source.ReadCount(kInt, "children"); n > 0; --n) {
+    for (int32_t n = source.ReadCount(kInt, "children"); n > 0; --n) {
       loaded.children.push_back({i, source.ReadInt()});
     }
   }
@@ -184,10 +179,10 @@ boost::shared_ptr<CalCoreSkeleton> ReadBinarySkeleton(CalBufferSource& source) {
 }
 
 boost::shared_ptr<CalCoreMesh> ReadBinaryMesh(CalBufferSource& source) {
-  const std::int32_t version = ReadVersion(source);
-  const std::int32_t count = source.ReadCount(SubmeshHead::MinimumSize(version), "submeshes");
+  const int32_t version = ReadVersion(source);
+  const int32_t count = source.ReadCount(SubmeshHead::MinimumSize(version), "submeshes");
   auto mesh = boost::make_shared<CalCoreMesh>();
-  for (std::int32_t i = 0; i < count; ++i) {
+  for (int32_t i = 0; i < count; ++i) {
     mesh->submeshes.push_back(ReadSubmesh(source, version));
   }
   return mesh;
@@ -197,12 +192,12 @@ boost::shared_ptr<CalCoreAnimation> ReadBinaryAnimation(CalBufferSource& source)
   ReadVersion(source);
   auto animation = boost::make_shared<CalCoreAnimation>();
   animation->duration = source.ReadFloat();
-  const std::int32_t tracks = source.ReadCount(2 * kInt, "tracks");
-  animation->tracks.reserve(static_cast<std::size_t>(tracks));
-  for (std::int32_t i = 0; i < tracks; ++i) {
-    const std::int32_t bone = CheckedBoneId(source.ReadInt());
-    const std::int32_t count = source.ReadCount(kKeyframe, "keyframes");
-    std::vector<CalCoreKeyframe> keyframes(static_cast<std::size_t>(count));
+  const int32_t tracks = source.ReadCount(2 * kInt, "tracks");
+  animation->tracks.reserve(static_cast<size_t>(tracks));
+  for (int32_t i = 0; i < tracks; ++i) {
+    const int32_t bone = CheckedBoneId(source.ReadInt());
+    const int32_t count = source.ReadCount(kKeyframe, "keyframes");
+    std::vector<CalCoreKeyframe> keyframes(static_cast<size_t>(count));
     for (CalCoreKeyframe& keyframe : keyframes) {
       keyframe.time = source.ReadFloat();
       keyframe.translation = ReadVector(source);

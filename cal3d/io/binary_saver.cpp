@@ -1,11 +1,11 @@
-#include "cal3d/io/binary_saver.h"
-
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 
 #include "cal3d/io/file_format.h"
+#include "cal3d/io/file_kinds.h"
+#include "cal3d/io/forms.h"
 
 namespace {
 
@@ -17,14 +17,14 @@ class BinaryWriter {
     Int(kFileVersion);
   }
 
-  void Int(std::int32_t value) {
+  void Int(int32_t value) {
     char* at = file_.Room();
-    const std::uint32_t bits = static_cast<std::uint32_t>(value);
+    const uint32_t bits = static_cast<uint32_t>(value);
     for (int shift = 0; shift < 32; shift += 8) *at++ = static_cast<char>(bits >> shift & 0xFF);
     file_.Advance(at);
   }
-  void Count(std::size_t count) { Int(static_cast<std::int32_t>(count)); }
-  void Float(float value) { Int(std::bit_cast<std::int32_t>(FiniteOrZero(value))); }
+  void Count(size_t count) { Int(static_cast<int32_t>(count)); }
+  void Float(float value) { Int(std::bit_cast<int32_t>(FiniteOrZero(value))); }
   void Floats(float x, float y, float z) {
     Float(x);
     Float(y);
@@ -48,7 +48,7 @@ class BinaryWriter {
 
 void Vertices(BinaryWriter& out, const CalCoreSubmesh& submesh) {
   const CalCoreSubmesh::Influence* influence = submesh.influences().data();
-  for (std::uint32_t i = 0; i < submesh.vertices().size(); ++i) {
+  for (uint32_t i = 0; i < submesh.vertices().size(); ++i) {
     const CalCoreSubmesh::Vertex& vertex = submesh.vertices()[i];
     out.Floats(vertex.position.x, vertex.position.y, vertex.position.z);
     out.Floats(vertex.normal.x, vertex.normal.y, vertex.normal.z);
@@ -61,10 +61,10 @@ void Vertices(BinaryWriter& out, const CalCoreSubmesh& submesh) {
     }
     const CalCoreSubmesh::Influence* last = influence;
     while (last->lastInfluenceForThisVertex == 0) ++last;
-    const bool has_influences = influence->boneId >= 0;
-    out.Count(has_influences ? static_cast<std::size_t>(last - influence) + 1 : 0);
+    const bool hasInfluences = influence->boneId >= 0;
+    out.Count(hasInfluences ? static_cast<size_t>(last - influence) + 1 : 0);
     for (; influence <= last; ++influence) {
-      if (!has_influences) continue;
+      if (!hasInfluences) continue;
       out.Int(influence->boneId);
       out.Float(influence->weight);
     }
@@ -75,7 +75,7 @@ void Morph(BinaryWriter& out, const CalCoreSubmesh& submesh, const CalCoreMorphT
   out.String(target.name());
   out.Count(target.vertexOffsets().size());
   for (const VertexOffset& offset : target.vertexOffsets()) {
-    const CalVector4& base = submesh.vertices()[static_cast<std::size_t>(offset.vertexId)].position;
+    const CalVector4& base = submesh.vertices()[static_cast<size_t>(offset.vertexId)].position;
     out.Int(offset.vertexId);
     out.Floats(MorphedPosition(base.x, offset.position.x),
                MorphedPosition(base.y, offset.position.y),
@@ -95,14 +95,14 @@ void Submesh(BinaryWriter& out, const CalCoreSubmesh& submesh) {
   Vertices(out, submesh);
   for (const auto& target : submesh.morphTargets()) Morph(out, submesh, *target);
   for (const CalCoreSubmesh::Face& face : submesh.faces()) {
-    for (const std::uint16_t vertex : face.vertexId) out.Int(vertex);
+    for (const uint16_t vertex : face.vertexId) out.Int(vertex);
   }
 }
 
 }  // namespace
 
 void WriteBinary(OutputFile& file, const CalCoreSkeleton& skeleton) {
-  BinaryWriter out(file, kBinarySkeletonMagic);
+  BinaryWriter out(file, kSkeletonFile.binaryMagic);
   out.Count(skeleton.coreBones.size());
   out.Vector(skeleton.sceneAmbientColor);
   for (const auto& bone : skeleton.coreBones) {
@@ -112,21 +112,21 @@ void WriteBinary(OutputFile& file, const CalCoreSkeleton& skeleton) {
     out.Vector(bone->boneSpaceTranslation);
     out.Quaternion(bone->boneSpaceRotation);
     out.Int(bone->parentId);
-    out.Int(static_cast<std::int32_t>(bone->lightType));
+    out.Int(static_cast<int32_t>(bone->lightType));
     out.Vector(bone->lightType == CalLightType::kNone ? CalVector() : bone->lightColor);
     out.Count(bone->childIds.size());
-    for (const std::int32_t child : bone->childIds) out.Int(child);
+    for (const int32_t child : bone->childIds) out.Int(child);
   }
 }
 
 void WriteBinary(OutputFile& file, const CalCoreMesh& mesh) {
-  BinaryWriter out(file, kBinaryMeshMagic);
+  BinaryWriter out(file, kMeshFile.binaryMagic);
   out.Count(mesh.submeshes.size());
   for (const auto& submesh : mesh.submeshes) Submesh(out, *submesh);
 }
 
 void WriteBinary(OutputFile& file, const CalCoreMaterial& material) {
-  BinaryWriter out(file, kBinaryMaterialMagic);
+  BinaryWriter out(file, kMaterialFile.binaryMagic);
   // Ambient, diffuse and specular colour, then the shininess, as in the text form.
   out.Bytes("\xFF\xFF\xFF\xFF");
   out.Bytes("\xFF\xFF\xFF\xFF");
@@ -140,7 +140,7 @@ void WriteBinary(OutputFile& file, const CalCoreMaterial& material) {
 }
 
 void WriteBinary(OutputFile& file, const CalCoreAnimation& animation) {
-  BinaryWriter out(file, kBinaryAnimationMagic);
+  BinaryWriter out(file, kAnimationFile.binaryMagic);
   out.Float(animation.duration);
   out.Count(animation.tracks.size());
   for (const CalCoreTrack& track : animation.tracks) {
@@ -155,7 +155,7 @@ void WriteBinary(OutputFile& file, const CalCoreAnimation& animation) {
 }
 
 void WriteBinary(OutputFile& file, const CalCoreMorphAnimation& animation) {
-  BinaryWriter out(file, kBinaryMorphAnimationMagic);
+  BinaryWriter out(file, kMorphAnimationFile.binaryMagic);
   out.Float(animation.duration);
   out.Count(animation.tracks.size());
   for (const CalCoreMorphTrack& track : animation.tracks) {

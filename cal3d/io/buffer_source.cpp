@@ -3,7 +3,7 @@
 #include <bit>
 #include <stdexcept>
 
-std::string_view CalBufferSource::ReadBytes(std::size_t count) {
+std::string_view CalBufferSource::ReadBytes(size_t count) {
   if (count > remaining_) {
     throw std::runtime_error("the file ends early: " + std::to_string(count) +
                              " bytes are due and " + std::to_string(remaining_) + " are left");
@@ -14,36 +14,35 @@ std::string_view CalBufferSource::ReadBytes(std::size_t count) {
   return bytes;
 }
 
-std::int32_t CalBufferSource::ReadInt() {
+int32_t CalBufferSource::ReadInt() {
   const std::string_view bytes = ReadBytes(4);
-  std::uint32_t value = 0;
-  for (std::size_t i = 0; i < 4; ++i) {
-    value |= std::uint32_t{static_cast<unsigned char>(bytes[i])} << (8 * i);
+  uint32_t value = 0;
+  for (size_t i = 0; i < 4; ++i) {
+    value |= uint32_t{static_cast<unsigned char>(bytes[i])} << (8 * i);
   }
-  return static_cast<std::int32_t>(value);
+  return static_cast<int32_t>(value);
 }
 
 float CalBufferSource::ReadFloat() { return std::bit_cast<float>(ReadInt()); }
 
 std::string CalBufferSource::ReadString() {
-  const std::int32_t length = ReadCount(1, "bytes of a string");
+  const int32_t length = ReadCount(1, "bytes of a string");
   if (length == 0) throw std::runtime_error("a string has no closing NUL");
-  std::string_view bytes = ReadBytes(static_cast<std::size_t>(length));
+  std::string_view bytes = ReadBytes(static_cast<size_t>(length));
   if (bytes.back() != '\0') throw std::runtime_error("a string has no closing NUL");
   bytes.remove_suffix(1);
   return std::string(bytes);
 }
 
-std::int32_t CalBufferSource::ReadCount(std::uint64_t record_size, std::string_view what) {
-  const std::int32_t count = ReadInt();
-  CheckCount(count, record_size, what);
+int32_t CalBufferSource::ReadCount(uint64_t recordSize, std::string_view what) {
+  const int32_t count = ReadInt();
+  CheckCount(count, recordSize, what);
   return count;
 }
 
-void CalBufferSource::CheckCount(std::int32_t count, std::uint64_t record_size,
-                                 std::string_view what) const {
+void CalBufferSource::CheckCount(int32_t count, uint64_t recordSize, std::string_view what) const {
   // A division, since the product of two hostile numbers could overflow.
-  if (count >= 0 && static_cast<std::uint64_t>(count) <= remaining_ / record_size) return;
+  if (count >= 0 && static_cast<uint64_t>(count) <= remaining_ / recordSize) return;
   throw std::runtime_error("a count of " + std::to_string(count) + " " + std::string(what) +
                            " doesn't fit the " + std::to_string(remaining_) +
                            " bytes that are left");

@@ -1,5 +1,6 @@
 #include "cal3d/io/number_text.h"
 
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -14,7 +15,7 @@ const char* SkipSpace(const char* at, const char* end) {
   return at;
 }
 
-std::from_chars_result ReadNumber(const char* at, const char* end, std::int32_t& value) {
+std::from_chars_result ReadNumber(const char* at, const char* end, int32_t& value) {
   return std::from_chars(at, end, value);
 }
 
@@ -52,14 +53,14 @@ bool ReadAll(std::string_view text, std::span<Number> numbers) {
 
 }  // namespace
 
-char* WriteNumber(char* at, std::int32_t value) {
+char* WriteNumber(char* at, int32_t value) {
   return std::to_chars(at, at + kLongestNumber, value).ptr;
 }
 
 char* WriteNumber(char* at, float value) {
   // Below 100000 a whole number's shortest text is its digits, and models are full of 0 and 1.
-  if (std::fabs(value) < 100000.0f) {
-    const std::int32_t whole = static_cast<std::int32_t>(value);
+  if (std::fabs(value) < 100000.0F) {
+    const int32_t whole = static_cast<int32_t>(value);
     if (static_cast<float>(whole) == value && (whole != 0 || !std::signbit(value))) {
       return WriteNumber(at, whole);
     }
@@ -72,6 +73,20 @@ char* WriteNumber(char* at, float value) {
 
 bool ReadNumbers(std::string_view text, std::span<float> numbers) { return ReadAll(text, numbers); }
 
-bool ReadNumbers(std::string_view text, std::span<std::int32_t> numbers) {
+bool ReadNumbers(std::string_view text, std::span<int32_t> numbers) {
   return ReadAll(text, numbers);
+}
+
+void AppendNumber(std::string& text, int64_t value) {
+  std::array<char, 20> digits;
+  char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
+  text.append(digits.data(), end);
+}
+
+void AppendNumber(std::string& text, float value) {
+  std::array<char, 16> digits;
+  char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), value,
+                                  std::chars_format::general, 6)
+                        .ptr;
+  text.append(digits.data(), end);
 }

@@ -72,7 +72,7 @@ void OutputFile::Append(std::string_view bytes) {
 void OutputFile::Flush() {
   const char* at = buffer_.get();
   while (file_ >= 0 && at != cursor_) {
-    const ssize_t written = write(file_, at, static_cast<std::size_t>(cursor_ - at));
+    const ssize_t written = write(file_, at, static_cast<size_t>(cursor_ - at));
     if (written > 0) {
       at += written;
     } else if (written == 0 || errno != EINTR) {

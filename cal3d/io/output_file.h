@@ -13,7 +13,7 @@
 class OutputFile {
  public:
   // The room that Room() gives at least.
-  static constexpr std::size_t kRoom = 4096;
+  static constexpr size_t kRoom = 4096;
 
   // Opens the temporary file. Whether that worked is told by Commit alone.
   explicit OutputFile(const std::string& path);
@@ -25,7 +25,7 @@ class OutputFile {
   // Where the next byte goes. The caller may write up to kRoom bytes there and then tells, with
   // Advance, where they end. This pair spares the inner loops a call and a check for every number.
   char* Room() {
-    if (static_cast<std::size_t>(limit_ - cursor_) < kRoom) Flush();
+    if (static_cast<size_t>(limit_ - cursor_) < kRoom) Flush();
     return cursor_;
   }
   void Advance(char* end) { cursor_ = end; }
@@ -41,7 +41,7 @@ class OutputFile {
   void OpenTemporary();
   void Flush();
 
-  static constexpr std::size_t kBufferSize = std::size_t{1} << 20;
+  static constexpr size_t kBufferSize = size_t{1} << 20;
 
   std::string target_;
   std::string temporary_;  // empty when the target is written directly, and after the rename

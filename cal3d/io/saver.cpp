@@ -1,23 +1,21 @@
 #include "cal3d/io/saver.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 
-#include "cal3d/io/binary_saver.h"
+#include "cal3d/io/file_format.h"
+#include "cal3d/io/file_kinds.h"
+#include "cal3d/io/forms.h"
 #include "cal3d/io/model_check.h"
 #include "cal3d/io/output_file.h"
-#include "cal3d/io/text_saver.h"
 
 namespace {
 
 bool WantsBinary(std::string_view path) {
-  constexpr std::array<std::string_view, 5> kEndings = {".csf", ".cmf", ".crf", ".caf", ".cpf"};
-  return std::ranges::any_of(kEndings, [path](std::string_view ending) {
+  return std::ranges::any_of(kFileKinds, [path](const CalFileKind& kind) {
+    const std::string_view ending = kind.binaryExtension;
     return path.size() >= ending.size() &&
-           std::ranges::equal(path.substr(path.size() - ending.size()), ending, [](char a, char b) {
-             return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b;
-           });
+           std::ranges::equal(path.substr(path.size() - ending.size()), ending, {}, AsciiLower);
   });
 }
 

@@ -9,9 +9,7 @@
 #include <string>
 
 #include "cal3d/model/core_animation.h"
-#include "cal3d/model/core_material.h"
 #include "cal3d/model/core_mesh.h"
-#include "cal3d/model/core_morph_animation.h"
 #include "cal3d/model/core_skeleton.h"
 
 // Every operation returns whether the file was written, and says nothing itself. False also for an

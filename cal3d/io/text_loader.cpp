@@ -1,5 +1,3 @@
-#include "cal3d/io/text_loader.h"
-
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -10,13 +8,14 @@
 #include <boost/make_shared.hpp>
 
 #include "cal3d/io/file_format.h"
-#include "cal3d/io/load_checks.h"
+#include "cal3d/io/forms.h"
+#include "cal3d/io/model_check.h"
 #include "cal3d/io/xml_reader.h"
 
 namespace {
 
-std::int32_t Int(pugi::xml_node element, const char* text) {
-  return Parse<std::int32_t, std::int32_t, 1>(element, text);
+int32_t Int(pugi::xml_node element, const char* text) {
+  return Parse<int32_t, int32_t, 1>(element, text);
 }
 float Float(pugi::xml_node element, const char* text) {
   return Parse<float, float, 1>(element, text);
@@ -29,7 +28,7 @@ CalQuaternion QuaternionIn(pugi::xml_node element) {
   return Parse<CalQuaternion, float, 4>(element, element.child_value());
 }
 
-std::int32_t IntAttribute(pugi::xml_node element, std::string_view name, std::int32_t fallback) {
+int32_t IntAttribute(pugi::xml_node element, std::string_view name, int32_t fallback) {
   const char* text = FindAttribute(element, name);
   return text == nullptr ? fallback : Int(element, text);
 }
@@ -45,23 +44,23 @@ auto CheckedAt(pugi::xml_node element, const Check& check) {
 }
 
 void ReadBone(pugi::xml_node element, LoadedSkeleton& loaded) {
-  const std::int32_t id = static_cast<std::int32_t>(loaded.bones.size());
+  const int32_t id = static_cast<int32_t>(loaded.bones.size());
   CheckAttribute(element, "ID", loaded.bones.size());
   std::optional<CalVector> translation;
   std::optional<CalQuaternion> rotation;
-  std::optional<CalVector> bone_space_translation;
-  std::optional<CalQuaternion> bone_space_rotation;
-  std::optional<std::int32_t> parent;
-  std::size_t children = 0;
+  std::optional<CalVector> boneSpaceTranslation;
+  std::optional<CalQuaternion> boneSpaceRotation;
+  std::optional<int32_t> parent;
+  size_t children = 0;
   for (const pugi::xml_node child : element) {
     if (IsElement(child, "TRANSLATION")) {
       translation = VectorIn(child);
     } else if (IsElement(child, "ROTATION")) {
       rotation = QuaternionIn(child);
     } else if (IsElement(child, "LOCALTRANSLATION")) {
-      bone_space_translation = VectorIn(child);
+      boneSpaceTranslation = VectorIn(child);
     } else if (IsElement(child, "LOCALROTATION")) {
-      bone_space_rotation = QuaternionIn(child);
+      boneSpaceRotation = QuaternionIn(child);
     } else if (IsElement(child, "PARENTID")) {
       parent = Int(child, child.child_value());
     } else if (IsElement(child, "CHILDID")) {
@@ -74,8 +73,8 @@ void ReadBone(pugi::xml_node element, LoadedSkeleton& loaded) {
                                               Require(parent, element, "PARENTID"));
   bone->relativeTranslation = Require(translation, element, "TRANSLATION");
   bone->relativeRotation = Require(rotation, element, "ROTATION");
-  bone->boneSpaceTranslation = Require(bone_space_translation, element, "LOCALTRANSLATION");
-  bone->boneSpaceRotation = Require(bone_space_rotation, element, "LOCALROTATION");
+  bone->boneSpaceTranslation = Require(boneSpaceTranslation, element, "LOCALTRANSLATION");
+  bone->boneSpaceRotation = Require(boneSpaceRotation, element, "LOCALROTATION");
   bone->lightType = static_cast<CalLightType>(IntAttribute(element, "LIGHTTYPE", 0));
   if (const char* color = FindAttribute(element, "LIGHTCOLOR")) {
     bone->lightColor = Vector(element, color);
@@ -84,14 +83,14 @@ void ReadBone(pugi::xml_node element, LoadedSkeleton& loaded) {
 }
 
 // Reads one vertex into `submesh`. `influences` is the caller's, so that its storage is made once.
-void ReadVertex(pugi::xml_node element, std::optional<std::size_t> coordinate_sets,
+void ReadVertex(pugi::xml_node element, std::optional<size_t> coordinateSets,
                 std::vector<CalCoreSubmesh::Influence>& influences, CalCoreSubmesh& submesh) {
   CheckAttribute(element, "ID", submesh.vertices().size());
   std::optional<CalVector> position;
   std::optional<CalVector> normal;
-  std::uint32_t color = kWhite;
+  uint32_t color = kWhite;
   CalCoreSubmesh::TextureCoordinate coordinate;
-  std::size_t coordinates = 0;
+  size_t coordinates = 0;
   influences.clear();
   for (const pugi::xml_node child : element) {
     if (IsElement(child, "POS")) {
@@ -105,19 +104,19 @@ void ReadVertex(pugi::xml_node element, std::optional<std::size_t> coordinate_se
           Parse<CalCoreSubmesh::TextureCoordinate, float, 2>(child, child.child_value());
       if (coordinates++ == 0) coordinate = each;
     } else if (IsElement(child, "INFLUENCE")) {
-      const std::int32_t bone = Int(child, RequiredAttribute(child, "ID"));
+      const int32_t bone = Int(child, RequiredAttribute(child, "ID"));
       influences.push_back({CheckedAt(child, [bone] { return CheckedBoneId(bone); }),
                             Float(child, child.child_value()), 0});
     }
   }
   CheckAttribute(element, "NUMINFLUENCES", influences.size());
-  if (coordinate_sets && coordinates != *coordinate_sets) {
+  if (coordinateSets && coordinates != *coordinateSets) {
     throw XmlError(element, "there are " + std::to_string(coordinates) +
                                 " elements TEXCOORD, but NUMTEXCOORDS is " +
-                                std::to_string(*coordinate_sets));
+                                std::to_string(*coordinateSets));
   }
   const CalVector& at = Require(position, element, "POS");
-  const std::int32_t index = static_cast<std::int32_t>(submesh.vertices().size());
+  const int32_t index = static_cast<int32_t>(submesh.vertices().size());
   submesh.addVertex({{at.x, at.y, at.z, 1}, Require(normal, element, "NORM").asCalVector4()}, color,
                     influences);
   submesh.setTextureCoordinate(index, coordinate);
@@ -125,11 +124,11 @@ void ReadVertex(pugi::xml_node element, std::optional<std::size_t> coordinate_se
 
 boost::shared_ptr<CalCoreMorphTarget> ReadMorph(pugi::xml_node element,
                                                 const CalCoreSubmesh& submesh) {
-  const std::int32_t vertices = static_cast<std::int32_t>(submesh.vertices().size());
+  const int32_t vertices = static_cast<int32_t>(submesh.vertices().size());
   cal3d::SSEArray<VertexOffset> offsets;
   for (const pugi::xml_node blend : element) {
     if (!IsElement(blend, "BLENDVERTEX")) continue;
-    const std::int32_t id = Int(blend, RequiredAttribute(blend, "VERTEXID"));
+    const int32_t id = Int(blend, RequiredAttribute(blend, "VERTEXID"));
     CheckedAt(blend, [id, vertices] { return CheckedVertexId(id, vertices); });
     std::optional<CalVector> position;
     std::optional<CalVector> normal;
@@ -148,19 +147,19 @@ boost::shared_ptr<CalCoreMorphTarget> ReadMorph(pugi::xml_node element,
   return boost::make_shared<CalCoreMorphTarget>(name == nullptr ? "" : name, vertices, offsets);
 }
 
-CalCoreSubmesh::Face ReadFace(pugi::xml_node element, std::int32_t vertices) {
-  std::array<std::int32_t, 3> corners;
+CalCoreSubmesh::Face ReadFace(pugi::xml_node element, int32_t vertices) {
+  std::array<int32_t, 3> corners;
   ParseNumbers(element, RequiredAttribute(element, "VERTEXID"), corners);
   return CheckedAt(element, [&corners, vertices] { return CheckedFace(corners, vertices); });
 }
 
 // How many texture coordinate sets the vertices of a submesh must have; nothing if it doesn't say.
-std::optional<std::size_t> CoordinateSets(pugi::xml_node submesh) {
+std::optional<size_t> CoordinateSets(pugi::xml_node submesh) {
   const char* text = FindAttribute(submesh, "NUMTEXCOORDS");
   if (text == nullptr) return std::nullopt;
-  const std::int32_t sets = Int(submesh, text);
+  const int32_t sets = Int(submesh, text);
   if (sets < 0) throw XmlError(submesh, "NUMTEXCOORDS is negative");
-  return static_cast<std::size_t>(sets);
+  return static_cast<size_t>(sets);
 }
 
 bool AnyVertexHasCoordinates(pugi::xml_node submesh) {
@@ -171,23 +170,23 @@ bool AnyVertexHasCoordinates(pugi::xml_node submesh) {
 }
 
 boost::shared_ptr<CalCoreSubmesh> ReadSubmesh(pugi::xml_node element) {
-  const std::size_t vertex_count = CountElements(element, "VERTEX");
-  const std::size_t face_count = CountElements(element, "FACE");
-  CheckAttribute(element, "NUMVERTICES", vertex_count);
-  CheckAttribute(element, "NUMFACES", face_count);
+  const size_t vertexCount = CountElements(element, "VERTEX");
+  const size_t faceCount = CountElements(element, "FACE");
+  CheckAttribute(element, "NUMVERTICES", vertexCount);
+  CheckAttribute(element, "NUMFACES", faceCount);
   CheckAttribute(element, "NUMSPRINGS", CountElements(element, "SPRING"));
   CheckAttribute(element, "NUMMORPHS", CountElements(element, "MORPH"));
-  const std::optional<std::size_t> coordinate_sets = CoordinateSets(element);
-  const bool has_coordinates =
-      coordinate_sets ? *coordinate_sets > 0 : AnyVertexHasCoordinates(element);
+  const std::optional<size_t> coordinateSets = CoordinateSets(element);
+  const bool hasCoordinates =
+      coordinateSets ? *coordinateSets > 0 : AnyVertexHasCoordinates(element);
 
-  const std::int32_t vertices = static_cast<std::int32_t>(vertex_count);
-  auto submesh = boost::make_shared<CalCoreSubmesh>(vertices, has_coordinates,
-                                                    static_cast<std::int32_t>(face_count));
+  const int32_t vertices = static_cast<int32_t>(vertexCount);
+  auto submesh =
+      boost::make_shared<CalCoreSubmesh>(vertices, hasCoordinates, static_cast<int32_t>(faceCount));
   submesh->coreMaterialThreadId = IntAttribute(element, "MATERIAL", 0);
   std::vector<CalCoreSubmesh::Influence> influences;
   for (const pugi::xml_node child : element) {
-    if (IsElement(child, "VERTEX")) ReadVertex(child, coordinate_sets, influences, *submesh);
+    if (IsElement(child, "VERTEX")) ReadVertex(child, coordinateSets, influences, *submesh);
   }
   // Only now, whatever the order in the file: both speak of the vertices.
   for (const pugi::xml_node child : element) {
@@ -215,7 +214,7 @@ CalCoreKeyframe ReadKeyframe(pugi::xml_node element) {
 }
 
 CalCoreTrack ReadTrack(pugi::xml_node element) {
-  const std::int32_t bone = Int(element, RequiredAttribute(element, "BONEID"));
+  const int32_t bone = Int(element, RequiredAttribute(element, "BONEID"));
   CheckedAt(element, [bone] { return CheckedBoneId(bone); });
   std::vector<CalCoreKeyframe> keyframes;
   for (const pugi::xml_node child : element) {
@@ -228,7 +227,7 @@ CalCoreTrack ReadTrack(pugi::xml_node element) {
 }  // namespace
 
 boost::shared_ptr<CalCoreSkeleton> ReadTextSkeleton(std::string_view text) {
-  const XmlFile file(text, "SKELETON", kXmlSkeletonMagic);
+  const XmlFile file(text, kSkeletonFile);
   LoadedSkeleton loaded;
   for (const pugi::xml_node child : file.Root()) {
     if (IsElement(child, "BONE")) ReadBone(child, loaded);
@@ -239,7 +238,7 @@ boost::shared_ptr<CalCoreSkeleton> ReadTextSkeleton(std::string_view text) {
 }
 
 boost::shared_ptr<CalCoreMesh> ReadTextMesh(std::string_view text) {
-  const XmlFile file(text, "MESH", kXmlMeshMagic);
+  const XmlFile file(text, kMeshFile);
   auto mesh = boost::make_shared<CalCoreMesh>();
   for (const pugi::xml_node child : file.Root()) {
     if (IsElement(child, "SUBMESH")) mesh->submeshes.push_back(ReadSubmesh(child));
@@ -249,7 +248,7 @@ boost::shared_ptr<CalCoreMesh> ReadTextMesh(std::string_view text) {
 }
 
 boost::shared_ptr<CalCoreAnimation> ReadTextAnimation(std::string_view text) {
-  const XmlFile file(text, "ANIMATION", kXmlAnimationMagic);
+  const XmlFile file(text, kAnimationFile);
   auto animation = boost::make_shared<CalCoreAnimation>();
   if (const char* duration = FindAttribute(file.Root(), "DURATION")) {
     animation->duration = Float(file.Root(), duration);

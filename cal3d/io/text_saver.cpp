@@ -1,20 +1,20 @@
-#include "cal3d/io/text_saver.h"
-
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 
 #include "cal3d/io/file_format.h"
+#include "cal3d/io/file_kinds.h"
+#include "cal3d/io/forms.h"
 #include "cal3d/io/xml_writer.h"
 
 namespace {
 
-std::int32_t Count(std::size_t count) { return static_cast<std::int32_t>(count); }
+int32_t Count(size_t count) { return static_cast<int32_t>(count); }
 
-void StartRoot(XmlWriter& xml, std::string_view name, std::string_view magic) {
-  xml.Start(name);
-  xml.Attribute("MAGIC", magic);
+void StartRoot(XmlWriter& xml, const CalFileKind& kind) {
+  xml.Start(kind.root);
+  xml.Attribute("MAGIC", kind.magic);
   xml.Attribute("VERSION", kFileVersion);
 }
 
@@ -26,13 +26,13 @@ void Quaternion(XmlWriter& xml, std::string_view name, const CalQuaternion& q) {
   xml.Element(name, {q.x, q.y, q.z, q.w});
 }
 
-void Bone(XmlWriter& xml, std::int32_t id, const CalCoreBone& bone) {
+void Bone(XmlWriter& xml, int32_t id, const CalCoreBone& bone) {
   xml.Start("BONE");
   xml.Attribute("ID", id);
   xml.Attribute("NAME", bone.name);
   xml.Attribute("NUMCHILDS", Count(bone.childIds.size()));
   if (bone.lightType != CalLightType::kNone) {
-    xml.Attribute("LIGHTTYPE", static_cast<std::int32_t>(bone.lightType));
+    xml.Attribute("LIGHTTYPE", static_cast<int32_t>(bone.lightType));
     xml.Attribute("LIGHTCOLOR", {bone.lightColor.x, bone.lightColor.y, bone.lightColor.z});
   }
   xml.OpenChildren();
@@ -41,21 +41,21 @@ void Bone(XmlWriter& xml, std::int32_t id, const CalCoreBone& bone) {
   Vector(xml, "LOCALTRANSLATION", bone.boneSpaceTranslation);
   Quaternion(xml, "LOCALROTATION", bone.boneSpaceRotation);
   xml.Element("PARENTID", {bone.parentId});
-  for (const std::int32_t child : bone.childIds) xml.Element("CHILDID", {child});
+  for (const int32_t child : bone.childIds) xml.Element("CHILDID", {child});
   xml.End("BONE");
 }
 
 // Writes the vertices. `influence` walks over the runs of all of them.
 void Vertices(XmlWriter& xml, const CalCoreSubmesh& submesh) {
   const CalCoreSubmesh::Influence* influence = submesh.influences().data();
-  for (std::uint32_t i = 0; i < submesh.vertices().size(); ++i) {
+  for (uint32_t i = 0; i < submesh.vertices().size(); ++i) {
     const CalCoreSubmesh::Influence* last = influence;
     while (last->lastInfluenceForThisVertex == 0) ++last;
-    const bool has_influences = influence->boneId >= 0;
+    const bool hasInfluences = influence->boneId >= 0;
     xml.Start("VERTEX");
-    xml.Attribute("ID", static_cast<std::int32_t>(i));
+    xml.Attribute("ID", static_cast<int32_t>(i));
     xml.Attribute("NUMINFLUENCES",
-                  has_influences ? Count(static_cast<std::size_t>(last - influence)) + 1 : 0);
+                  hasInfluences ? Count(static_cast<size_t>(last - influence)) + 1 : 0);
     xml.OpenChildren();
     const CalCoreSubmesh::Vertex& vertex = submesh.vertices()[i];
     xml.Element("POS", {vertex.position.x, vertex.position.y, vertex.position.z});
@@ -66,7 +66,7 @@ void Vertices(XmlWriter& xml, const CalCoreSubmesh& submesh) {
       xml.Element("TEXCOORD", {coordinate.u, coordinate.v});
     }
     for (; influence <= last; ++influence) {
-      if (!has_influences) continue;
+      if (!hasInfluences) continue;
       xml.Start("INFLUENCE");
       xml.Attribute("ID", influence->boneId);
       xml.EndWith(influence->weight, "INFLUENCE");
@@ -75,15 +75,15 @@ void Vertices(XmlWriter& xml, const CalCoreSubmesh& submesh) {
   }
 }
 
-void Morph(XmlWriter& xml, const CalCoreSubmesh& submesh, std::int32_t id,
+void Morph(XmlWriter& xml, const CalCoreSubmesh& submesh, int32_t id,
            const CalCoreMorphTarget& target) {
   xml.Start("MORPH");
   xml.Attribute("NAME", target.name());
-  xml.Attribute("NUMBLENDVERTS", static_cast<std::int32_t>(target.vertexOffsets().size()));
+  xml.Attribute("NUMBLENDVERTS", static_cast<int32_t>(target.vertexOffsets().size()));
   xml.Attribute("MORPHID", id);
   xml.OpenChildren();
   for (const VertexOffset& offset : target.vertexOffsets()) {
-    const std::size_t vertex = static_cast<std::size_t>(offset.vertexId);
+    const size_t vertex = static_cast<size_t>(offset.vertexId);
     const CalVector4& base = submesh.vertices()[vertex].position;
     const CalVector position = {MorphedPosition(base.x, offset.position.x),
                                 MorphedPosition(base.y, offset.position.y),
@@ -109,7 +109,7 @@ void Morph(XmlWriter& xml, const CalCoreSubmesh& submesh, std::int32_t id,
 
 void Submesh(XmlWriter& xml, const CalCoreSubmesh& submesh) {
   xml.Start("SUBMESH");
-  xml.Attribute("NUMVERTICES", static_cast<std::int32_t>(submesh.vertices().size()));
+  xml.Attribute("NUMVERTICES", static_cast<int32_t>(submesh.vertices().size()));
   xml.Attribute("NUMFACES", Count(submesh.faces().size()));
   xml.Attribute("NUMLODSTEPS", 0);
   xml.Attribute("NUMSPRINGS", 0);
@@ -118,20 +118,20 @@ void Submesh(XmlWriter& xml, const CalCoreSubmesh& submesh) {
   xml.Attribute("MATERIAL", submesh.coreMaterialThreadId);
   xml.OpenChildren();
   Vertices(xml, submesh);
-  for (std::size_t i = 0; i < submesh.morphTargets().size(); ++i) {
+  for (size_t i = 0; i < submesh.morphTargets().size(); ++i) {
     Morph(xml, submesh, Count(i), *submesh.morphTargets()[i]);
   }
   for (const CalCoreSubmesh::Face& face : submesh.faces()) {
     xml.Start("FACE");
-    xml.Attribute("VERTEXID", {std::int32_t{face.vertexId[0]}, std::int32_t{face.vertexId[1]},
-                               std::int32_t{face.vertexId[2]}});
+    xml.Attribute("VERTEXID", {int32_t{face.vertexId[0]}, int32_t{face.vertexId[1]},
+                               int32_t{face.vertexId[2]}});
     xml.EndEmpty();
   }
   xml.End("SUBMESH");
 }
 
-void StartAnimation(XmlWriter& xml, std::string_view magic, float duration, std::size_t tracks) {
-  StartRoot(xml, "ANIMATION", magic);
+void StartAnimation(XmlWriter& xml, const CalFileKind& kind, float duration, size_t tracks) {
+  StartRoot(xml, kind);
   xml.Attribute("DURATION", {duration});
   xml.Attribute("NUMTRACKS", Count(tracks));
   xml.OpenChildren();
@@ -142,28 +142,28 @@ void StartAnimation(XmlWriter& xml, std::string_view magic, float duration, std:
 void WriteText(OutputFile& file, const CalCoreSkeleton& skeleton) {
   XmlWriter xml(file);
   const CalVector& ambient = skeleton.sceneAmbientColor;
-  StartRoot(xml, "SKELETON", kXmlSkeletonMagic);
+  StartRoot(xml, kSkeletonFile);
   xml.Attribute("NUMBONES", Count(skeleton.coreBones.size()));
   xml.Attribute("SCENEAMBIENTCOLOR", {ambient.x, ambient.y, ambient.z});
   xml.OpenChildren();
-  for (std::size_t i = 0; i < skeleton.coreBones.size(); ++i) {
+  for (size_t i = 0; i < skeleton.coreBones.size(); ++i) {
     Bone(xml, Count(i), *skeleton.coreBones[i]);
   }
-  xml.End("SKELETON");
+  xml.End(kSkeletonFile.root);
 }
 
 void WriteText(OutputFile& file, const CalCoreMesh& mesh) {
   XmlWriter xml(file);
-  StartRoot(xml, "MESH", kXmlMeshMagic);
+  StartRoot(xml, kMeshFile);
   xml.Attribute("NUMSUBMESH", Count(mesh.submeshes.size()));
   xml.OpenChildren();
   for (const auto& submesh : mesh.submeshes) Submesh(xml, *submesh);
-  xml.End("MESH");
+  xml.End(kMeshFile.root);
 }
 
 void WriteText(OutputFile& file, const CalCoreMaterial& material) {
   XmlWriter xml(file);
-  StartRoot(xml, "MATERIAL", kXmlMaterialMagic);
+  StartRoot(xml, kMaterialFile);
   xml.Attribute("NUMMAPS", Count(material.maps.size()));
   xml.OpenChildren();
   // The kind requires colours, our materials hold maps only.
@@ -176,12 +176,12 @@ void WriteText(OutputFile& file, const CalCoreMaterial& material) {
     xml.Attribute("TYPE", map.type);
     xml.EndWith(map.filename, "MAP");
   }
-  xml.End("MATERIAL");
+  xml.End(kMaterialFile.root);
 }
 
 void WriteText(OutputFile& file, const CalCoreAnimation& animation) {
   XmlWriter xml(file);
-  StartAnimation(xml, kXmlAnimationMagic, animation.duration, animation.tracks.size());
+  StartAnimation(xml, kAnimationFile, animation.duration, animation.tracks.size());
   for (const CalCoreTrack& track : animation.tracks) {
     xml.Start("TRACK");
     xml.Attribute("BONEID", track.coreBoneId);
@@ -197,12 +197,12 @@ void WriteText(OutputFile& file, const CalCoreAnimation& animation) {
     }
     xml.End("TRACK");
   }
-  xml.End("ANIMATION");
+  xml.End(kAnimationFile.root);
 }
 
 void WriteText(OutputFile& file, const CalCoreMorphAnimation& animation) {
   XmlWriter xml(file);
-  StartAnimation(xml, kXmlMorphAnimationMagic, animation.duration, animation.tracks.size());
+  StartAnimation(xml, kMorphAnimationFile, animation.duration, animation.tracks.size());
   for (const CalCoreMorphTrack& track : animation.tracks) {
     xml.Start("TRACK");
     xml.Attribute("MORPHNAME", track.morphName);
@@ -217,5 +217,5 @@ void WriteText(OutputFile& file, const CalCoreMorphAnimation& animation) {
     }
     xml.End("TRACK");
   }
-  xml.End("ANIMATION");
+  xml.End(kMorphAnimationFile.root);
 }

@@ -1,21 +1,20 @@
 #include "cal3d/io/xml_reader.h"
 
-#include "cal3d/io/load_checks.h"
+#include <algorithm>
+
+#include "cal3d/io/file_format.h"
+#include "cal3d/io/model_check.h"
 #include "cal3d/io/number_text.h"
 
 namespace {
 
-bool SameName(const char* text, std::string_view upper) {
-  for (const char letter : upper) {
-    const char c = *text++;
-    if ((c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c) != letter) return false;
-  }
-  return *text == '\0';
+bool SameName(std::string_view a, std::string_view b) {
+  return std::ranges::equal(a, b, {}, AsciiLower, AsciiLower);
 }
 
 // Messages repeat what a file says, which may be a megabyte of anything.
 std::string Printable(std::string_view text) {
-  constexpr std::size_t kMost = 40;
+  constexpr size_t kMost = 40;
   std::string printable;
   for (const char c : text.substr(0, kMost)) printable += c < ' ' || c > '~' ? '?' : c;
   return text.size() > kMost ? printable + "..." : printable;
@@ -42,7 +41,7 @@ void ParseOrThrow(pugi::xml_node element, const char* text, std::span<Number> nu
 
 }  // namespace
 
-XmlFile::XmlFile(std::string_view text, std::string_view root_name, std::string_view magic) {
+XmlFile::XmlFile(std::string_view text, const CalFileKind& kind) {
   // The parser takes a NUL for the end and would leave the rest of the file unread.
   if (text.find('\0') != std::string_view::npos) {
     throw std::runtime_error("the XML text holds a NUL byte");
@@ -61,15 +60,14 @@ XmlFile::XmlFile(std::string_view text, std::string_view root_name, std::string_
     root_ = NextElement(root_.next_sibling());
     if (!root_) throw XmlError(marked, "no element follows");
   }
-  if (!IsElement(root_, root_name)) {
-    throw XmlError(root_, "the root element should be " + std::string(root_name));
+  if (!IsElement(root_, kind.root)) {
+    throw XmlError(root_, "the root element should be " + std::string(kind.root));
   }
   const std::string_view found = RequiredAttribute(marked, "MAGIC");
-  if (found != magic) {
-    throw XmlError(marked, "the magic is " + Quoted(found) + ", not " + std::string(magic));
+  if (found != kind.magic) {
+    throw XmlError(marked, "the magic is " + Quoted(found) + ", not " + std::string(kind.magic));
   }
-  CheckedVersion(
-      Parse<std::int32_t, std::int32_t, 1>(marked, RequiredAttribute(marked, "VERSION")));
+  CheckedVersion(Parse<int32_t, int32_t, 1>(marked, RequiredAttribute(marked, "VERSION")));
 }
 
 std::runtime_error XmlError(pugi::xml_node element, const std::string& fault) {
@@ -83,8 +81,8 @@ bool IsElement(pugi::xml_node node, std::string_view name) {
   return node.type() == pugi::node_element && SameName(node.name(), name);
 }
 
-std::size_t CountElements(pugi::xml_node parent, std::string_view name) {
-  std::size_t count = 0;
+size_t CountElements(pugi::xml_node parent, std::string_view name) {
+  size_t count = 0;
   for (const pugi::xml_node child : parent) count += IsElement(child, name) ? 1 : 0;
   return count;
 }
@@ -104,11 +102,11 @@ const char* RequiredAttribute(pugi::xml_node element, std::string_view name) {
   return value;
 }
 
-void CheckAttribute(pugi::xml_node element, std::string_view name, std::size_t expected) {
+void CheckAttribute(pugi::xml_node element, std::string_view name, size_t expected) {
   const char* text = FindAttribute(element, name);
   if (text == nullptr) return;
-  const std::int32_t value = Parse<std::int32_t, std::int32_t, 1>(element, text);
-  if (value >= 0 && static_cast<std::size_t>(value) == expected) return;
+  const int32_t value = Parse<int32_t, int32_t, 1>(element, text);
+  if (value >= 0 && static_cast<size_t>(value) == expected) return;
   throw XmlError(element, std::string(name) + " is " + std::to_string(value) + ", but should be " +
                               std::to_string(expected));
 }
@@ -117,6 +115,6 @@ void ParseNumbers(pugi::xml_node element, const char* text, std::span<float> num
   ParseOrThrow(element, text, numbers);
 }
 
-void ParseNumbers(pugi::xml_node element, const char* text, std::span<std::int32_t> numbers) {
+void ParseNumbers(pugi::xml_node element, const char* text, std::span<int32_t> numbers) {
   ParseOrThrow(element, text, numbers);
 }

@@ -15,13 +15,16 @@
 
 #include <pugixml.hpp>
 
+#include "cal3d/io/file_kinds.h"
+
 // The document of one file. Neither walking nor destroying it recurses, so nesting of any depth is
 // harmless.
 class XmlFile {
  public:
-  // Throws std::runtime_error unless the text is well-formed, its root is called `root_name`, and
-  // that magic and a version that we read stand on the root or on a HEADER element before it.
-  XmlFile(std::string_view text, std::string_view root_name, std::string_view magic);
+  // Throws std::runtime_error unless the text is well-formed, its root has the name of that kind,
+  // and the kind's magic and a version that we read stand on the root or on a HEADER element before
+  // it.
+  XmlFile(std::string_view text, const CalFileKind& kind);
 
   pugi::xml_node Root() const { return root_; }
 
@@ -35,21 +38,21 @@ std::runtime_error XmlError(pugi::xml_node element, const std::string& fault);
 
 // Whether the node is an element of that name.
 bool IsElement(pugi::xml_node node, std::string_view name);
-std::size_t CountElements(pugi::xml_node parent, std::string_view name);
+size_t CountElements(pugi::xml_node parent, std::string_view name);
 
 // The value of an attribute; null, or an error, if it isn't there. It lives as long as the
 // document.
 const char* FindAttribute(pugi::xml_node element, std::string_view name);
 const char* RequiredAttribute(pugi::xml_node element, std::string_view name);
 // An attribute that numbers or counts something: if it is there, it must hold `expected`.
-void CheckAttribute(pugi::xml_node element, std::string_view name, std::size_t expected);
+void CheckAttribute(pugi::xml_node element, std::string_view name, size_t expected);
 
 // Fills `numbers` from a text of the element; throws unless it holds just as many.
 void ParseNumbers(pugi::xml_node element, const char* text, std::span<float> numbers);
-void ParseNumbers(pugi::xml_node element, const char* text, std::span<std::int32_t> numbers);
+void ParseNumbers(pugi::xml_node element, const char* text, std::span<int32_t> numbers);
 
 // Parses into a value whose constituents are `Count` numbers.
-template <typename Value, typename Number, std::size_t Count>
+template <typename Value, typename Number, size_t Count>
 Value Parse(pugi::xml_node element, const char* text) {
   std::array<Number, Count> numbers;
   ParseNumbers(element, text, numbers);

@@ -6,16 +6,12 @@ namespace {
 
 // The length of the well-formed UTF-8 sequence of several bytes that `text` begins with; 0 if it
 // doesn't begin with one (overlong forms and surrogates included).
-std::size_t Utf8SequenceLength(std::string_view text) {
-  const auto byte = [&text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+size_t Utf8SequenceLength(std::string_view text) {
+  const auto byte = [&text](size_t i) { return static_cast<unsigned char>(text[i]); };
   const unsigned char lead = byte(0);
-  const std::size_t length = lead < 0xC2   ? 0
-                             : lead < 0xE0 ? 2
-                             : lead < 0xF0 ? 3
-                             : lead < 0xF5 ? 4
-                                           : 0;
+  const size_t length = lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
   if (length == 0 || length > text.size()) return 0;
-  for (std::size_t i = 1; i < length; ++i) {
+  for (size_t i = 1; i < length; ++i) {
     if ((byte(i) & 0xC0) != 0x80) return 0;
   }
   if (lead == 0xE0 && byte(1) < 0xA0) return 0;
@@ -74,7 +70,7 @@ std::string EscapeXml(std::string_view text, XmlPlace place) {
   std::string out;
   out.reserve(text.size());
   while (!text.empty()) {
-    std::size_t length = Utf8SequenceLength(text);
+    size_t length = Utf8SequenceLength(text);
     if (length == 0) {
       AppendByte(out, static_cast<unsigned char>(text[0]), place);
       length = 1;

@@ -30,11 +30,11 @@ class XmlWriter {
     file_.Advance(Copy(at, name));
   }
 
-  void Attribute(std::string_view name, std::int32_t value) { NumberAttribute(name, {value}); }
+  void Attribute(std::string_view name, int32_t value) { NumberAttribute(name, {value}); }
   void Attribute(std::string_view name, std::initializer_list<float> values) {
     NumberAttribute(name, values);
   }
-  void Attribute(std::string_view name, std::initializer_list<std::int32_t> values) {
+  void Attribute(std::string_view name, std::initializer_list<int32_t> values) {
     NumberAttribute(name, values);
   }
   void Attribute(std::string_view name, std::string_view value) {
@@ -72,7 +72,7 @@ class XmlWriter {
   void Element(std::string_view name, std::initializer_list<float> values) {
     NumberElement(name, values);
   }
-  void Element(std::string_view name, std::initializer_list<std::int32_t> values) {
+  void Element(std::string_view name, std::initializer_list<int32_t> values) {
     NumberElement(name, values);
   }
 
@@ -85,7 +85,7 @@ class XmlWriter {
   }
 
   char* Indent(char* at) const {
-    const std::size_t blanks = 2 * depth_;
+    const size_t blanks = 2 * depth_;
     std::memset(at, ' ', blanks);
     return at + blanks;
   }
@@ -125,5 +125,5 @@ class XmlWriter {
   }
 
   OutputFile& file_;
-  std::size_t depth_ = 0;
+  size_t depth_ = 0;
 };

@@ -7,14 +7,14 @@ CalCoreSkeleton::CalCoreSkeleton(const std::vector<boost::shared_ptr<CalCoreBone
   for (const boost::shared_ptr<CalCoreBone>& bone : bones_) {
     if (bone) bone->childIds.clear();
   }
-  for (std::size_t i = 0; i < bones_.size(); ++i) {
+  for (size_t i = 0; i < bones_.size(); ++i) {
     if (!bones_[i]) continue;
-    const std::int32_t id = static_cast<std::int32_t>(i);
-    ids_by_name_.try_emplace(bones_[i]->name, id);
-    const std::int32_t parent = bones_[i]->parentId;
-    if (parent < 0 || static_cast<std::size_t>(parent) >= bones_.size()) continue;
-    if (bones_[static_cast<std::size_t>(parent)]) {
-      bones_[static_cast<std::size_t>(parent)]->childIds.push_back(id);
+    const int32_t id = static_cast<int32_t>(i);
+    idsByName_.try_emplace(bones_[i]->name, id);
+    const int32_t parent = bones_[i]->parentId;
+    if (parent < 0 || static_cast<size_t>(parent) >= bones_.size()) continue;
+    if (bones_[static_cast<size_t>(parent)]) {
+      bones_[static_cast<size_t>(parent)]->childIds.push_back(id);
     }
   }
 }
@@ -23,9 +23,9 @@ CalCoreSkeleton::CalCoreSkeleton(const CalCoreSkeleton& other)
     : coreBones(bones_),
       sceneAmbientColor(other.sceneAmbientColor),
       bones_(other.bones_),
-      ids_by_name_(other.ids_by_name_) {}
+      idsByName_(other.idsByName_) {}
 
-std::int32_t CalCoreSkeleton::getCoreBoneId(const std::string& name) const {
-  const auto found = ids_by_name_.find(name);
-  return found == ids_by_name_.end() ? -1 : found->second;
+int32_t CalCoreSkeleton::getCoreBoneId(const std::string& name) const {
+  const auto found = idsByName_.find(name);
+  return found == idsByName_.end() ? -1 : found->second;
 }

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <stdexcept>
 #include <type_traits>
 #include <utility>
@@ -16,7 +17,15 @@ namespace cal3d {
 
 // Storage of at least `bytes` bytes, aligned to 16 bytes. The caller owns it and releases it with
 // free(). Throws std::bad_alloc when there is none.
-void* allocate_aligned_data(std::size_t bytes);
+inline void* allocate_aligned_data(size_t bytes) {
+  constexpr size_t kAlignment = 16;
+  if (bytes > std::numeric_limits<size_t>::max() - kAlignment) throw std::bad_alloc();
+  // aligned_alloc wants a multiple of the alignment; a request for nothing still gets a block.
+  const size_t rounded = (bytes + kAlignment - 1) / kAlignment * kAlignment;
+  void* block = std::aligned_alloc(kAlignment, rounded == 0 ? kAlignment : rounded);
+  if (block == nullptr) throw std::bad_alloc();
+  return block;
+}
 
 template <typename T>
 class SSEArray {
@@ -44,7 +53,7 @@ class SSEArray {
   void push_back(const T& element) {
     const T copy = element;  // it may lie in the storage that goes
     if (count_ == capacity_) {
-      constexpr std::uint32_t kMost = std::numeric_limits<std::uint32_t>::max();
+      constexpr uint32_t kMost = std::numeric_limits<uint32_t>::max();
       if (capacity_ > kMost / 2) throw std::length_error("cal3d::SSEArray is full");
       Reallocate(capacity_ == 0 ? 1 : capacity_ * 2);
     }
@@ -53,17 +62,17 @@ class SSEArray {
   }
 
   // Makes room for `capacity` elements in all.
-  void reserve(std::uint32_t capacity) {
+  void reserve(uint32_t capacity) {
     if (capacity > capacity_) Reallocate(capacity);
   }
 
   T* data() { return elements_; }
   const T* data() const { return elements_; }
-  std::uint32_t size() const { return count_; }
-  std::uint32_t capacity() const { return capacity_; }
+  uint32_t size() const { return count_; }
+  uint32_t capacity() const { return capacity_; }
   bool empty() const { return count_ == 0; }
-  T& operator[](std::size_t index) { return elements_[index]; }
-  const T& operator[](std::size_t index) const { return elements_[index]; }
+  T& operator[](size_t index) { return elements_[index]; }
+  const T& operator[](size_t index) const { return elements_[index]; }
   T* begin() { return elements_; }
   T* end() { return elements_ + count_; }
   const T* begin() const { return elements_; }
@@ -84,8 +93,8 @@ class SSEArray {
     count_ = other.count_;
   }
 
-  void Reallocate(std::uint32_t capacity) {
-    T* larger = static_cast<T*>(allocate_aligned_data(std::size_t{capacity} * sizeof(T)));
+  void Reallocate(uint32_t capacity) {
+    T* larger = static_cast<T*>(allocate_aligned_data(size_t{capacity} * sizeof(T)));
     if (count_ != 0) std::memcpy(static_cast<void*>(larger), elements_, count_ * sizeof(T));
     std::free(elements_);
     elements_ = larger;
@@ -93,8 +102,8 @@ class SSEArray {
   }
 
   T* elements_ = nullptr;
-  std::uint32_t count_ = 0;
-  std::uint32_t capacity_ = 0;
+  uint32_t count_ = 0;
+  uint32_t capacity_ = 0;
 };
 
 }  // namespace cal3d

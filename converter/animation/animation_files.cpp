@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <unordered_set>
 
+#include "cal3d/io/file_kinds.h"
 #include "cal3d/io/saver.h"
 #include "converter/animation/export_animation.h"
 #include "converter/animation/key_framers.h"
@@ -59,9 +60,9 @@ void ExportAnimation::ExportAnimationsFromList(const AnimationMap& animations,
   const std::unordered_set<std::string> selected(names.begin(), names.end());
   for (const AnimationInfoHolder& holder : list->second) {
     if (!selected.contains(holder.fileName)) continue;
-    const std::string path =
-        prependPathToFileName(args_.directoryForOutputFiles,
-                              urlencode(holder.fileName) + (holder.isMorph ? ".xpf" : ".xaf"));
+    const CalFileKind& kind = holder.isMorph ? kMorphAnimationFile : kAnimationFile;
+    const std::string path = prependPathToFileName(
+        args_.directoryForOutputFiles, urlencode(holder.fileName).append(kind.extension));
     const bool saved = holder.isMorph ? SaveMorph(Channels(), holder, path)
                                       : SaveSkeletal(args_, Channels(), holder, bones, path);
     if (saved) {

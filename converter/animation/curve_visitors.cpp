@@ -1,10 +1,9 @@
 #include "converter/animation/curve_visitors.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
-#include <charconv>
 
+#include "cal3d/io/number_text.h"
 #include "converter/animation/advanced_channels.h"
 #include "converter/space/frames.h"
 #include "converter/space/key_values.h"
@@ -13,33 +12,17 @@
 
 namespace {
 
-void AppendInteger(std::string& text, int64_t number) {
-  std::array<char, 20> digits;
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
-  text.append(digits.data(), end);
-}
-
-// Six significant digits, as a stream writes a float by default.
-void AppendFloat(std::string& text, float value) {
-  std::array<char, 16> digits;
-  constexpr int kDigits = 6;
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value,
-                                 std::chars_format::general, kDigits)
-                       .ptr;
-  text.append(digits.data(), end);
-}
-
 void AppendKey(std::string& text, int64_t frame, float value) {
-  AppendInteger(text, frame);
+  AppendNumber(text, frame);
   text += ':';
-  AppendFloat(text, value);
+  AppendNumber(text, value);
   text += ' ';
 }
 
 void AppendCurveHead(std::string& text, const std::string& channel, const FbxAnimCurve& curve) {
   text += channel;
   text += ' ';
-  AppendInteger(text, curve.KeyGetCount());
+  AppendNumber(text, int64_t{curve.KeyGetCount()});
   text += '\n';
 }
 
@@ -134,9 +117,9 @@ void AnimationCurveVisitorString::VisitCurveProperty(const std::string& name, Fb
   if (detailLevel < 3) return;
   const int count = curve->KeyGetCount();
   for (int i = 0; i < count; ++i) {
-    AppendInteger(text, FrameOf(curve->KeyGetTime(i)));
+    AppendNumber(text, FrameOf(curve->KeyGetTime(i)));
     text += ':';
-    AppendInteger(text, Truncated<int64_t>(static_cast<double>(curve->KeyGetValue(i))));
+    AppendNumber(text, Truncated<int64_t>(static_cast<double>(curve->KeyGetValue(i))));
     text += ' ';
   }
   text += '\n';

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "cal3d/model/core_animation.h"
-#include "cal3d/model/core_morph_animation.h"
 #include "converter/animation/curve_visitors.h"
 #include "converter/base/conversion_arguments.h"
 #include "converter/skeleton/bone_name_map.h"

@@ -1,18 +1,10 @@
 #include "converter/base/conversion_arguments.h"
 
-#include <array>
-#include <charconv>
 #include <string_view>
 
-namespace {
+#include "cal3d/io/number_text.h"
 
-// As an output stream prints a float by default: six significant digits.
-std::string FloatText(float value) {
-  std::array<char, 32> buffer;
-  const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
-                                    std::chars_format::general, 6);
-  return {buffer.data(), result.ptr};
-}
+namespace {
 
 const char* YesOrNo(bool flag) { return flag ? "YES" : "NO"; }
 
@@ -83,7 +75,8 @@ std::string ConversionArguments::toString() const {
   field("normalizeWeight:", YesOrNo(normalizeWeight));
   field("useEvaluatedLocal:", YesOrNo(useEvaluatedLocal));
   field("encodeNames:", YesOrNo(encodeNames));
-  field("scaleFactor:", FloatText(scaleFactor));
+  field("scaleFactor:", "");
+  AppendNumber(text, scaleFactor);
   field("directoryForOutputFiles:", directoryForOutputFiles);
   text += '\n';
   return text;

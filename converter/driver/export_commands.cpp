@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "cal3d/io/file_kinds.h"
 #include "converter/animation/export_animation.h"
 #include "converter/base/log.h"
 #include "converter/base/names.h"
@@ -19,8 +20,8 @@ namespace {
 
 void ExportSkeletonNamed(FbxWrapper& scene, const std::string& name, ConversionArguments args) {
   if (args.outputFilename.empty()) {
-    args.outputFilename =
-        prependPathToFileName(args.directoryForOutputFiles, urlencode(name) + ".xsf");
+    args.outputFilename = prependPathToFileName(args.directoryForOutputFiles,
+                                                urlencode(name).append(kSkeletonFile.extension));
   }
   args.exportObjectName = name;
   LOG_INFO(args.toString());

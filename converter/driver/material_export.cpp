@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "cal3d/io/file_kinds.h"
 #include "cal3d/io/saver.h"
 #include "converter/base/log.h"
 #include "converter/base/names.h"
@@ -42,8 +43,8 @@ void ExportMaterials(FbxWrapper& scene, const ConversionArguments& args) {
     const CalCoreMaterial material = MakeMaterial(map);
     if (material.maps.empty()) continue;
     const std::string& name = MaterialName(map);
-    const std::string file =
-        prependPathToFileName(args.directoryForOutputFiles, urlencode(name) + ".xrf");
+    const std::string file = prependPathToFileName(args.directoryForOutputFiles,
+                                                   urlencode(name).append(kMaterialFile.extension));
     if (!CalSaver::saveCoreMaterial(file, &material)) continue;
     AddOutput(_MATERIAL, std::to_string(id) + ' ' + name, false);
     AddOutput("FILENAME", file, false);

@@ -10,6 +10,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include "cal3d/io/file_kinds.h"
 #include "cal3d/io/saver.h"
 #include "converter/base/names.h"
 #include "converter/base/records.h"
@@ -124,7 +125,8 @@ void ExportMesh::AddVertices(const MeshGroup& group, const std::vector<uint32_t>
 bool ExportMesh::Save(const std::string& name, MeshGroup& group) const {
   std::string fileName = args_.outputFilename;
   if (fileName.empty()) {
-    fileName = prependPathToFileName(args_.directoryForOutputFiles, urlencode(name) + ".xmf");
+    fileName = prependPathToFileName(args_.directoryForOutputFiles,
+                                     urlencode(name).append(kMeshFile.extension));
   }
   CalCoreMesh mesh;
   Triangulator triangulator(group, args_.verbosity);

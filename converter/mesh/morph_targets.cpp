@@ -9,7 +9,7 @@
 
 #include <boost/make_shared.hpp>
 
-#include "cal3d/model/core_submesh.h"
+#include "cal3d/model/core_mesh.h"
 #include "converter/base/records.h"
 #include "converter/mesh/export_mesh.h"
 #include "converter/mesh/mesh_diagnostics.h"

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <optional>
 
+#include "cal3d/io/number_text.h"
 #include "converter/base/log.h"
 #include "converter/base/names.h"
 #include "converter/base/text.h"
@@ -185,12 +186,10 @@ const char* LogText(CalLightType type) {
   return "None";
 }
 
-void AppendNumber(std::string& name, const char* label, float value) {
+void AppendOption(std::string& name, const char* label, float value) {
   if (value == -1.0F) return;
-  std::array<char, 32> buffer;
-  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
-                                 std::chars_format::general, 6);
-  name.append(label).append(buffer.data(), end.ptr);
+  name += label;
+  AppendNumber(name, value);
 }
 
 void AppendText(std::string& name, const char* label, std::string_view value) {
@@ -200,10 +199,10 @@ void AppendText(std::string& name, const char* label, std::string_view value) {
 std::string NameWithOptions(std::string name, const LightOptions& options) {
   AppendText(name, ":type=", options.type);
   AppendText(name, ":shadow=", options.shadow);
-  AppendNumber(name, ":bright=", options.bright);
-  AppendNumber(name, ":cone=", options.cone);
-  AppendNumber(name, ":radius=", options.radius);
-  AppendNumber(name, ":soft=", options.soft);
+  AppendOption(name, ":bright=", options.bright);
+  AppendOption(name, ":cone=", options.cone);
+  AppendOption(name, ":radius=", options.radius);
+  AppendOption(name, ":soft=", options.soft);
   if (options.res != 0) name.append(":res=").append(std::to_string(options.res));
   return name;
 }

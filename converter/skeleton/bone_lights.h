@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "cal3d/model/core_bone.h"
+#include "cal3d/model/core_skeleton.h"
 
 class FbxNode;
 

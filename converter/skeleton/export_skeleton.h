@@ -9,7 +9,7 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include "cal3d/model/core_bone.h"
+#include "cal3d/model/core_skeleton.h"
 #include "converter/base/conversion_arguments.h"
 #include "converter/skeleton/room_names.h"
 #include "fbx/math/fbx_matrix.h"

@@ -5,7 +5,7 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include "cal3d/model/core_bone.h"
+#include "cal3d/model/core_skeleton.h"
 #include "fbx/core/fbx_time.h"
 #include "fbx/math/fbx_matrix.h"
 

@@ -28,16 +28,16 @@ CalCoreMesh RandomMorphs() {
   std::mt19937 random(7);
   const auto number = [&random]() -> float {
     const auto roll = random();
-    if (roll % 16 == 0) return roll % 32 == 0 ? 0.0f : -0.0f;
+    if (roll % 16 == 0) return roll % 32 == 0 ? 0.0F : -0.0F;
     if (roll % 64 == 1) return std::numeric_limits<float>::quiet_NaN();
-    const float digits = static_cast<float>(random()) / 4294967296.0f + 1;
+    const float digits = static_cast<float>(random()) / 4294967296.0F + 1;
     return std::ldexp(roll % 2 == 0 ? digits : -digits, static_cast<int>(random() % 9) - 4);
   };
-  const std::int32_t count = 20000;
+  const int32_t count = 20000;
   auto submesh = boost::make_shared<CalCoreSubmesh>(count, true, 0);
   cal3d::SSEArray<VertexOffset> offsets;
-  for (std::int32_t i = 0; i < count; ++i) {
-    const auto color = static_cast<std::uint32_t>(random());
+  for (int32_t i = 0; i < count; ++i) {
+    const auto color = static_cast<uint32_t>(random());
     submesh->addVertex({{number(), number(), number(), 1}, {number(), number(), number(), 0}},
                        color, {{i, number(), 0}});
     submesh->setTextureCoordinate(i, {number(), number()});

@@ -17,7 +17,7 @@ boost::shared_ptr<CalCoreBone> Bone(const std::string& name, int parent, float s
   bone->relativeTranslation = {seed, 0, 100};
   bone->relativeRotation = {0, 0, 0, 1};
   bone->boneSpaceTranslation = {-seed, 0, -100};
-  bone->boneSpaceRotation = {0.5f, -0.5f, 0.5f, 0.5f};
+  bone->boneSpaceRotation = {0.5F, -0.5F, 0.5F, 0.5F};
   return bone;
 }
 
@@ -41,23 +41,23 @@ std::string SavedBy(const Save& save, const Object& object, std::string_view end
 }  // namespace
 
 CalCoreSkeleton SampleSkeleton() {
-  std::vector<boost::shared_ptr<CalCoreBone>> bones = {Bone("Hips", -1, 0.1f),
-                                                       Bone("omni", 0, 1e-5f), Bone("", 0, -7.25f)};
+  std::vector<boost::shared_ptr<CalCoreBone>> bones = {Bone("Hips", -1, 0.1F),
+                                                       Bone("omni", 0, 1e-5F), Bone("", 0, -7.25F)};
   bones[1]->lightType = CalLightType::kPoint;
-  bones[1]->lightColor = {1, 0.5f, 0};
+  bones[1]->lightColor = {1, 0.5F, 0};
   CalCoreSkeleton skeleton(bones);
-  skeleton.sceneAmbientColor = {0.25f, 1, 0};
+  skeleton.sceneAmbientColor = {0.25F, 1, 0};
   return skeleton;
 }
 
 CalCoreMesh SampleMesh() {
   auto skin = boost::make_shared<CalCoreSubmesh>(3, true, 1);
   skin->coreMaterialThreadId = 4;
-  skin->addVertex({{0, 0, 0, 1}, {0, 0, 1, 0}}, 0xFFFFFFFF, {{0, 0.75f, 0}, {1, 0.25f, 0}});
-  skin->addVertex({{0.1f, -2.5f, 1e20f, 1}, {0, 1, 0, 0}}, 0xFFFF0080, {{1, 1, 0}});
-  skin->addVertex({{3, 1, 100.5f, 1}, {1, 0, 0, 0}}, 0xFF000000, {{0, 1, 0}});
+  skin->addVertex({{0, 0, 0, 1}, {0, 0, 1, 0}}, 0xFFFFFFFF, {{0, 0.75F, 0}, {1, 0.25F, 0}});
+  skin->addVertex({{0.1F, -2.5F, 1e20F, 1}, {0, 1, 0, 0}}, 0xFFFF0080, {{1, 1, 0}});
+  skin->addVertex({{3, 1, 100.5F, 1}, {1, 0, 0, 0}}, 0xFF000000, {{0, 1, 0}});
   skin->setTextureCoordinate(0, {0, 1});
-  skin->setTextureCoordinate(2, {0.5f, 0.125f});
+  skin->setTextureCoordinate(2, {0.5F, 0.125F});
   skin->addFace({{0, 1, 2}});
   cal3d::SSEArray<VertexOffset> offsets;
   offsets.push_back({2, {0, 3, -4, 0}, {0, 0, 1, 0}});
@@ -72,10 +72,10 @@ CalCoreMesh SampleMesh() {
 
 CalCoreAnimation SampleAnimation() {
   CalCoreAnimation animation;
-  animation.duration = 0.5f;
+  animation.duration = 0.5F;
   animation.tracks.emplace_back(
       3, std::vector<CalCoreKeyframe>{{0, {0, 0, 0, 1}, {1, 2, 3}},
-                                      {0.5f, {0, 0, 0.6f, -0.8f}, {0.1f, 0, -0.0f}}});
+                                      {0.5F, {0, 0, 0.6F, -0.8F}, {0.1F, 0, -0.0F}}});
   animation.tracks.emplace_back(0, std::vector<CalCoreKeyframe>());
   return animation;
 }
@@ -109,7 +109,7 @@ std::string MeshError(const std::string& bytes) { return ErrorOf(bytes, LoadMesh
 std::string AnimationError(const std::string& bytes) { return ErrorOf(bytes, LoadAnimation); }
 
 std::string Replaced(std::string text, std::string_view from, std::string_view to) {
-  const std::size_t at = text.find(from);
+  const size_t at = text.find(from);
   if (at == std::string::npos) {
     ADD_FAILURE() << "no " << from << " in\n" << text;
     return text;

@@ -15,16 +15,16 @@
 
 namespace {
 
-std::size_t EntryCount(const TempDir& folder) {
+size_t EntryCount(const TempDir& folder) {
   const std::filesystem::directory_iterator entries(folder.Path());
-  return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+  return static_cast<size_t>(std::distance(begin(entries), end(entries)));
 }
 
 TEST(Saver, EndingChoosesTheForm) {
   const TempDir folder;
   const CalCoreSkeleton skeleton = SampleSkeleton();
   const CalCoreMaterial material{{{"a.png", "Up"}}};
-  const CalCoreMorphAnimation morphs{2, {{"wry", {{1, 0.5f}}}}};
+  const CalCoreMorphAnimation morphs{2, {{"wry", {{1, 0.5F}}}}};
   for (const char* name : {"a.xsf", "csf", "plain", "a.csf.txt", "a.bsf"}) {
     ASSERT_TRUE(CalSaver::saveCoreSkeleton(folder.File(name), &skeleton));
     EXPECT_EQ(ReadFile(folder.File(name))[0], '<') << name;

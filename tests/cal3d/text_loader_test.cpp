@@ -58,10 +58,10 @@ TEST(TextLoader, MissingPartsTakeTheirDefaults) {
   const CalCoreSubmesh& submesh = *mesh->submeshes[0];
   EXPECT_EQ(submesh.coreMaterialThreadId, 0);
   EXPECT_EQ(submesh.vertices()[0].position, (CalVector4{1, 0, 3, 1}));  // 1e-60 is below any float
-  EXPECT_EQ(submesh.vertexColors(), (std::vector<std::uint32_t>{0xFFFFFFFF, 0xFFFF8000}));
+  EXPECT_EQ(submesh.vertexColors(), (std::vector<uint32_t>{0xFFFFFFFF, 0xFFFF8000}));
   ASSERT_TRUE(submesh.hasTextureCoordinates());
   EXPECT_EQ(submesh.textureCoordinates()[0].v, 0);
-  EXPECT_EQ(submesh.textureCoordinates()[1].v, 0.25f);
+  EXPECT_EQ(submesh.textureCoordinates()[1].v, 0.25F);
   ASSERT_EQ(submesh.morphTargets().size(), 1u);
   EXPECT_EQ(submesh.morphTargets()[0]->vertexOffsets()[0].position, (CalVector4{0, 0, 2, 0}));
   EXPECT_EQ(submesh.faces().size(), 1u);

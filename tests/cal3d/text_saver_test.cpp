@@ -2,7 +2,7 @@
 #include <limits>
 #include <string>
 
-#include <boost/make_shared.hpp>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "cal3d/io/number_text.h"
@@ -13,11 +13,15 @@
 
 namespace {
 
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::StartsWith;
+
 TEST(TextSaver, WritesTheShortestNumbers) {
   using Limits = std::numeric_limits<float>;
   std::string texts;
-  for (const float value : {0.0f, -0.0f, 3.0f, 0.1f, 1e-5f, -0.5f, -99999.0f, 100000.0f, 100001.0f,
-                            16777216.0f, Limits::max(), -Limits::min(), Limits::denorm_min(),
+  for (const float value : {0.0F, -0.0F, 3.0F, 0.1F, 1e-5F, -0.5F, -99999.0F, 100000.0F, 100001.0F,
+                            16777216.0F, Limits::max(), -Limits::min(), Limits::denorm_min(),
                             Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN()}) {
     char text[kLongestNumber];
     texts.append(text, WriteNumber(text, value)) += ' ';
@@ -46,9 +50,12 @@ TEST(TextSaver, EscapesWhatXmlCannotHold) {
   EXPECT_EQ(attribute("\xEF\xBF\xBF"), "?");
 }
 
-TEST(TextSaver, Skeleton) {
-  EXPECT_EQ(Saved(SampleSkeleton(), ".xsf"),
-            R"(<SKELETON MAGIC="XSF" VERSION="919" NUMBONES="3" SCENEAMBIENTCOLOR="0.25 1 0">
+// Everything else about the layouts comes back through the loader in the tests of round trips; this
+// is what no loader reads, or reads in any order.
+TEST(TextSaver, Layouts) {
+  EXPECT_THAT(
+      Saved(SampleSkeleton(), ".xsf"),
+      StartsWith(R"(<SKELETON MAGIC="XSF" VERSION="919" NUMBONES="3" SCENEAMBIENTCOLOR="0.25 1 0">
   <BONE ID="0" NAME="Hips" NUMCHILDS="2">
     <TRANSLATION>0.1 0 100</TRANSLATION>
     <ROTATION>0 0 0 1</ROTATION>
@@ -59,25 +66,9 @@ TEST(TextSaver, Skeleton) {
     <CHILDID>2</CHILDID>
   </BONE>
   <BONE ID="1" NAME="omni" NUMCHILDS="0" LIGHTTYPE="1" LIGHTCOLOR="1 0.5 0">
-    <TRANSLATION>1e-05 0 100</TRANSLATION>
-    <ROTATION>0 0 0 1</ROTATION>
-    <LOCALTRANSLATION>-1e-05 0 -100</LOCALTRANSLATION>
-    <LOCALROTATION>0.5 -0.5 0.5 0.5</LOCALROTATION>
-    <PARENTID>0</PARENTID>
-  </BONE>
-  <BONE ID="2" NAME="" NUMCHILDS="0">
-    <TRANSLATION>-7.25 0 100</TRANSLATION>
-    <ROTATION>0 0 0 1</ROTATION>
-    <LOCALTRANSLATION>7.25 0 -100</LOCALTRANSLATION>
-    <LOCALROTATION>0.5 -0.5 0.5 0.5</LOCALROTATION>
-    <PARENTID>0</PARENTID>
-  </BONE>
-</SKELETON>
-)");
-}
-
-TEST(TextSaver, Mesh) {
-  EXPECT_EQ(Saved(SampleMesh(), ".xmf"), R"(<MESH MAGIC="XMF" VERSION="919" NUMSUBMESH="3">
+)"));
+  EXPECT_THAT(Saved(SampleMesh(), ".xmf"),
+              AllOf(StartsWith(R"(<MESH MAGIC="XMF" VERSION="919" NUMSUBMESH="3">
   <SUBMESH NUMVERTICES="3" NUMFACES="1" NUMLODSTEPS="0" NUMSPRINGS="0" NUMTEXCOORDS="1" NUMMORPHS="1" MATERIAL="4">
     <VERTEX ID="0" NUMINFLUENCES="2">
       <POS>0 0 0</POS>
@@ -87,20 +78,8 @@ TEST(TextSaver, Mesh) {
       <INFLUENCE ID="0">0.75</INFLUENCE>
       <INFLUENCE ID="1">0.25</INFLUENCE>
     </VERTEX>
-    <VERTEX ID="1" NUMINFLUENCES="1">
-      <POS>0.1 -2.5 1e+20</POS>
-      <NORM>0 1 0</NORM>
-      <COLOR>1 0 0.5019608</COLOR>
-      <TEXCOORD>0 0</TEXCOORD>
-      <INFLUENCE ID="1">1</INFLUENCE>
-    </VERTEX>
-    <VERTEX ID="2" NUMINFLUENCES="1">
-      <POS>3 1 100.5</POS>
-      <NORM>1 0 0</NORM>
-      <COLOR>0 0 0</COLOR>
-      <TEXCOORD>0.5 0.125</TEXCOORD>
-      <INFLUENCE ID="0">1</INFLUENCE>
-    </VERTEX>
+)"),
+                    HasSubstr(R"(
     <MORPH NAME="smile" NUMBLENDVERTS="1" MORPHID="0">
       <BLENDVERTEX VERTEXID="2" POSDIFF="5">
         <POSITION>3 4 96.5</POSITION>
@@ -110,17 +89,15 @@ TEST(TextSaver, Mesh) {
     </MORPH>
     <FACE VERTEXID="0 1 2" />
   </SUBMESH>
-  <SUBMESH NUMVERTICES="1" NUMFACES="0" NUMLODSTEPS="0" NUMSPRINGS="0" NUMTEXCOORDS="0" NUMMORPHS="0" MATERIAL="0">
-    <VERTEX ID="0" NUMINFLUENCES="0">
-      <POS>1 2 3</POS>
-      <NORM>0 0 1</NORM>
-      <COLOR>1 1 1</COLOR>
-    </VERTEX>
-  </SUBMESH>
-  <SUBMESH NUMVERTICES="0" NUMFACES="0" NUMLODSTEPS="0" NUMSPRINGS="0" NUMTEXCOORDS="1" NUMMORPHS="0" MATERIAL="0">
-  </SUBMESH>
-</MESH>
-)");
+)")));
+  EXPECT_THAT(Saved(SampleAnimation(), ".xaf"),
+              StartsWith(R"(<ANIMATION MAGIC="XAF" VERSION="919" DURATION="0.5" NUMTRACKS="2">
+  <TRACK BONEID="3" NUMKEYFRAMES="2">
+    <KEYFRAME TIME="0">
+      <TRANSLATION>1 2 3</TRANSLATION>
+      <ROTATION>0 0 0 1</ROTATION>
+    </KEYFRAME>
+)"));
 }
 
 TEST(TextSaver, Material) {
@@ -139,31 +116,14 @@ TEST(TextSaver, Material) {
 )");
 }
 
-TEST(TextSaver, Animations) {
-  EXPECT_EQ(Saved(SampleAnimation(), ".xaf"),
-            R"(<ANIMATION MAGIC="XAF" VERSION="919" DURATION="0.5" NUMTRACKS="2">
-  <TRACK BONEID="3" NUMKEYFRAMES="2">
-    <KEYFRAME TIME="0">
-      <TRANSLATION>1 2 3</TRANSLATION>
-      <ROTATION>0 0 0 1</ROTATION>
-    </KEYFRAME>
-    <KEYFRAME TIME="0.5">
-      <TRANSLATION>0.1 0 -0</TRANSLATION>
-      <ROTATION>0 0 0.6 -0.8</ROTATION>
-    </KEYFRAME>
-  </TRACK>
-  <TRACK BONEID="0" NUMKEYFRAMES="0">
-  </TRACK>
-</ANIMATION>
-)");
-
+TEST(TextSaver, MorphAnimation) {
   const TempDir folder;
   CalCoreMorphTrack track;
   track.morphName = "smile \"wide\"";
-  track.addCoreMorphKeyframe({0, 0.5f});
-  track.addCoreMorphKeyframe({0.25f, 1});
+  track.addCoreMorphKeyframe({0, 0.5F});
+  track.addCoreMorphKeyframe({0.25F, 1});
   CalCoreMorphAnimation morphs;
-  morphs.duration = 0.25f;
+  morphs.duration = 0.25F;
   morphs.tracks = {track};
   ASSERT_TRUE(CalSaver::saveCoreMorphAnimation(folder.File("m.xpf"), &morphs));
   EXPECT_EQ(ReadFile(folder.File("m.xpf")),

@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 
 #include "cal3d/model/core_animation.h"
-#include "cal3d/model/core_morph_animation.h"
 #include "converter/animation/automation_file.h"
 #include "converter/animation/export_animation.h"
 #include "fbx/scene/fbx_node.h"

@@ -1,4 +1,4 @@
-#include "cal3d/model/core_track.h"
+#include "cal3d/model/core_animation.h"
 
 #include <algorithm>
 #include <cmath>
@@ -18,25 +18,25 @@ CalVector Lerp(const CalVector& from, const CalVector& to, float t) {
 CalQuaternion Slerp(const CalQuaternion& from, const CalQuaternion& to, float t) {
   float cosine = from.x * to.x + from.y * to.y + from.z * to.z + from.w * to.w;
   // q and -q are one rotation: the nearer one gives the shorter way.
-  const float sign = cosine < 0 ? -1.0f : 1.0f;
+  const float sign = cosine < 0 ? -1.0F : 1.0F;
   cosine *= sign;
-  float from_part = 1 - t;
-  float to_part = t;
+  float fromPart = 1 - t;
+  float toPart = t;
   // Close together the sine in the divisor vanishes, and the linear blend is as good.
-  if (cosine < 0.9999f) {
+  if (cosine < 0.9999F) {
     const float angle = std::acos(cosine);
     const float sine = std::sin(angle);
-    from_part = std::sin((1 - t) * angle) / sine;
-    to_part = std::sin(t * angle) / sine;
+    fromPart = std::sin((1 - t) * angle) / sine;
+    toPart = std::sin(t * angle) / sine;
   }
-  to_part *= sign;
-  return {from.x * from_part + to.x * to_part, from.y * from_part + to.y * to_part,
-          from.z * from_part + to.z * to_part, from.w * from_part + to.w * to_part};
+  toPart *= sign;
+  return {from.x * fromPart + to.x * toPart, from.y * fromPart + to.y * toPart,
+          from.z * fromPart + to.z * toPart, from.w * fromPart + to.w * toPart};
 }
 
 }  // namespace
 
-CalCoreTrack::CalCoreTrack(std::int32_t boneId, const std::vector<CalCoreKeyframe>& frames)
+CalCoreTrack::CalCoreTrack(int32_t boneId, const std::vector<CalCoreKeyframe>& frames)
     : coreBoneId(boneId),
       keyframes(frames),
       rotates(Varies(frames, &CalCoreKeyframe::rotation)),
