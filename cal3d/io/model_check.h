@@ -22,6 +22,9 @@ std::string FaultOf(const CalCoreSkeleton& skeleton);
 std::string FaultOf(const CalCoreMesh& mesh);
 // Negative bone ids.
 std::string FaultOf(const CalCoreAnimation& animation);
+// Everything that these two can hold makes a good file.
+inline std::string FaultOf(const CalCoreMaterial& /*material*/) { return {}; }
+inline std::string FaultOf(const CalCoreMorphAnimation& /*animation*/) { return {}; }
 
 // What the readers of both forms share. Each check throws std::runtime_error with a text that names
 // the number at fault.

@@ -3,6 +3,10 @@
 //
 // A target that isn't a regular file (a device, a pipe) is written as it is, since a rename would
 // put a file in its place; a symbolic link keeps pointing at its file, and that file is replaced.
+// An existing file's permission bits go over to the new one.
+//
+// Nothing is synced to the disk: a crash of the program can't harm the earlier file, and for a
+// crash of the machine whoever runs thousands of exports can't pay the wait.
 #pragma once
 
 #include <cstddef>
@@ -10,12 +14,14 @@
 #include <string>
 #include <string_view>
 
+#include "cal3d/io/unfinished_files.h"
+
 class OutputFile {
  public:
   // The room that Room() gives at least.
   static constexpr size_t kRoom = 4096;
 
-  // Opens the temporary file. Whether that worked is told by Commit alone.
+  // Opens the temporary file. Whether that worked is told by Commit.
   explicit OutputFile(const std::string& path);
   // Removes the temporary file unless Commit has renamed it.
   ~OutputFile();
@@ -37,15 +43,22 @@ class OutputFile {
   // constructor; the target is then as it was.
   bool Commit();
 
+  // The errno of the first thing that failed, 0 if nothing has.
+  int Error() const { return error_; }
+
  private:
-  void OpenTemporary();
+  void OpenTemporary(unsigned mode);
   void Flush();
+  // Remembers errno, and gives the file up.
+  void Fail();
 
   static constexpr size_t kBufferSize = size_t{1} << 20;
 
   std::string target_;
   std::string temporary_;  // empty when the target is written directly, and after the rename
+  UnfinishedFile unfinished_;
   int file_ = -1;
+  int error_ = 0;
   std::unique_ptr<char[]> buffer_;
   char* cursor_;
   char* limit_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <system_error>
 
 #include "cal3d/io/file_format.h"
 #include "cal3d/io/file_kinds.h"
@@ -19,41 +20,51 @@ bool WantsBinary(std::string_view path) {
   });
 }
 
-template <typename Object>
-bool Save(const std::string& path, const Object& object) {
-  OutputFile file(path);
-  if (WantsBinary(path)) {
-    WriteBinary(file, object);
-  } else {
-    WriteText(file, object);
-  }
-  return file.Commit();
+// Why the last save failed.
+std::string& LastError() {
+  static std::string error;
+  return error;
+}
+
+bool Refuse(const std::string& fault) {
+  LastError() = fault;
+  return false;
 }
 
 template <typename Object>
-bool SaveIfGood(const std::string& path, const Object* object) {
-  return object != nullptr && FaultOf(*object).empty() && Save(path, *object);
+bool Save(const std::string& path, const Object* object) {
+  if (object == nullptr) return Refuse("there is nothing to write");
+  if (const std::string fault = FaultOf(*object); !fault.empty()) return Refuse(fault);
+  OutputFile file(path);
+  if (WantsBinary(path)) {
+    WriteBinary(file, *object);
+  } else {
+    WriteText(file, *object);
+  }
+  return file.Commit() || Refuse(std::generic_category().message(file.Error()));
 }
 
 }  // namespace
 
+const std::string& CalSaver::lastError() { return LastError(); }
+
 bool CalSaver::saveCoreSkeleton(const std::string& path, const CalCoreSkeleton* skeleton) {
-  return SaveIfGood(path, skeleton);
+  return Save(path, skeleton);
 }
 
 bool CalSaver::saveCoreMesh(const std::string& path, const CalCoreMesh* mesh) {
-  return SaveIfGood(path, mesh);
+  return Save(path, mesh);
 }
 
 bool CalSaver::saveCoreMaterial(const std::string& path, const CalCoreMaterial* material) {
-  return material != nullptr && Save(path, *material);
+  return Save(path, material);
 }
 
 bool CalSaver::saveCoreAnimation(const std::string& path, const CalCoreAnimation* animation) {
-  return SaveIfGood(path, animation);
+  return Save(path, animation);
 }
 
 bool CalSaver::saveCoreMorphAnimation(const std::string& path,
                                       const CalCoreMorphAnimation* animation) {
-  return animation != nullptr && Save(path, *animation);
+  return Save(path, animation);
 }

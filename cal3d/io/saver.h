@@ -21,4 +21,8 @@ struct CalSaver {
   static bool saveCoreAnimation(const std::string& path, const CalCoreAnimation* animation);
   static bool saveCoreMorphAnimation(const std::string& path,
                                      const CalCoreMorphAnimation* animation);
+
+  // Why the last save that returned false did so, in the system's words ("No space left on device")
+  // or ours ("bone 3 is missing"); without the path, which the caller has.
+  static const std::string& lastError();
 };

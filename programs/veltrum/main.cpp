@@ -11,6 +11,7 @@
 #include <malloc.h>
 #endif
 
+#include "cal3d/io/unfinished_files.h"
 #include "converter/base/log.h"
 #include "converter/base/records.h"
 #include "converter/driver/command_line.h"
@@ -62,6 +63,7 @@ int EndAbnormally(std::string what) {
 
 int main(int argc, char** argv) {
   ProtectStandardStreams();
+  RemoveUnfinishedFilesOnSignals();
   KeepFreedMemory();
   try {
     return Run(argc, argv);

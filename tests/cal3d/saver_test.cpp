@@ -1,15 +1,27 @@
 // What the saver does to the file system, and what it refuses to write.
 #include "cal3d/io/saver.h"
 
+#include <chrono>
+#include <csignal>
 #include <cstddef>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include <boost/make_shared.hpp>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 
+#include "cal3d/io/output_file.h"
+#include "cal3d/io/unfinished_files.h"
 #include "tests/cal3d/sample_models.h"
 #include "tests/support/temp_dir.h"
 
@@ -45,31 +57,116 @@ TEST(Saver, EndingChoosesTheForm) {
             std::string("CPF\0\x97\3\0\0\0\0\0@\1\0\0\0\4\0\0\0wry\0\1\0\0\0\0\0\x80?\0\0\0?", 36));
 }
 
-TEST(Saver, ReplacesAWholeFileWithThePermissionsOfANewOne) {
+TEST(Saver, ReplacesAWholeFileAndKeepsItsPermissions) {
   const TempDir folder;
-  const std::string path = folder.Write(std::string(255, 'n'), "old");  // as long as a name gets
+  const std::string name(255, 'n');  // as long as a name gets
   const CalCoreSkeleton skeleton = SampleSkeleton();
+  const auto permissions = [&] { return std::filesystem::status(folder.File(name)).permissions(); };
   const mode_t mask = umask(027);
-  EXPECT_TRUE(CalSaver::saveCoreSkeleton(path, &skeleton));
+  EXPECT_TRUE(CalSaver::saveCoreSkeleton(folder.File(name), &skeleton));
+  EXPECT_EQ(permissions(), std::filesystem::perms{0640});
+  folder.Write(name, "old");
+  std::filesystem::permissions(folder.File(name), std::filesystem::perms{0426});
+  EXPECT_TRUE(CalSaver::saveCoreSkeleton(folder.File(name), &skeleton));
+  EXPECT_EQ(permissions(), std::filesystem::perms{0426});
   umask(mask);
-  struct stat status {};
-  ASSERT_EQ(stat(path.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777, 0640u);
-  EXPECT_EQ(ReadFile(path), Saved(skeleton, ".xsf"));
+  EXPECT_EQ(ReadFile(folder.File(name)), Saved(skeleton, ".xsf"));
   EXPECT_EQ(EntryCount(folder), 1u);
 }
 
-TEST(Saver, AFailedSaveLeavesNothing) {
+TEST(Saver, AFailedSaveLeavesNothingAndSaysWhy) {
   const TempDir folder;
   const CalCoreSkeleton skeleton = SampleSkeleton();
   std::filesystem::create_directory(folder.File("taken"));
-  EXPECT_FALSE(CalSaver::saveCoreSkeleton(folder.File("taken"), &skeleton));
-  EXPECT_FALSE(CalSaver::saveCoreSkeleton(folder.File("no/such/folder.xsf"), &skeleton));
-  EXPECT_FALSE(CalSaver::saveCoreSkeleton(folder.File(std::string(256, 'n')), &skeleton));
-  EXPECT_FALSE(CalSaver::saveCoreSkeleton("", &skeleton));
-  EXPECT_FALSE(CalSaver::saveCoreSkeleton(folder.File(std::string_view("a\0b", 3)), &skeleton));
-  EXPECT_FALSE(CalSaver::saveCoreSkeleton("/dev/full", &skeleton));
+  for (const auto& [path, reason] : std::vector<std::pair<std::string, std::string>>{
+           {folder.File("taken"), "Is a directory"},
+           {folder.File("no/such/folder.xsf"), "No such file or directory"},
+           {folder.File("taken/../taken/"), "Is a directory"},
+           {folder.File(std::string(256, 'n')), "File name too long"},
+           {"", "No such file or directory"},
+           {folder.File(std::string_view("a\0b", 3)), "Invalid argument"},
+           {"/dev/full", "No space left on device"}}) {
+    EXPECT_FALSE(CalSaver::saveCoreSkeleton(path, &skeleton));
+    EXPECT_EQ(CalSaver::lastError(), reason) << path;
+  }
   EXPECT_EQ(EntryCount(folder), 1u);
+}
+
+TEST(Saver, ALimitOfFileSizesIsAWriteError) {
+  const TempDir folder;
+  const std::string path = folder.Write("x", "old");
+  const auto save = [&path] {
+    RemoveUnfinishedFilesOnSignals();
+    const rlimit limit = {512, 512};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    const CalCoreSkeleton skeleton = SampleSkeleton();
+    std::exit(!CalSaver::saveCoreSkeleton(path, &skeleton) &&
+                      CalSaver::lastError() == "File too large"
+                  ? 0
+                  : 1);
+  };
+  EXPECT_EXIT(save(), testing::ExitedWithCode(0), "");
+  EXPECT_EQ(ReadFile(path), "old");
+  EXPECT_EQ(EntryCount(folder), 1u);
+}
+
+TEST(Saver, SignalsTakeTheTemporaryFileAlong) {
+  const TempDir folder;
+  const std::string path = folder.Write("x", "old");
+  const auto write = [&path](int signal) {
+    RemoveUnfinishedFilesOnSignals();
+    OutputFile file(path);
+    file.Append(std::string(3 << 20, 'x'));
+    std::raise(signal);
+    std::exit(file.Commit() ? 0 : 1);
+  };
+  for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+    EXPECT_EXIT(write(signal), testing::KilledBySignal(signal), "");
+    EXPECT_EQ(ReadFile(path), "old");
+    EXPECT_EQ(EntryCount(folder), 1u);
+  }
+  // SIGKILL can't be met, but the earlier file is whole.
+  EXPECT_EXIT(write(SIGKILL), testing::KilledBySignal(SIGKILL), "");
+  EXPECT_EQ(ReadFile(path), "old");
+  // A program started under nohup goes on.
+  const auto ignored = std::signal(SIGHUP, SIG_IGN);
+  EXPECT_EXIT(write(SIGHUP), testing::ExitedWithCode(0), "");
+  std::signal(SIGHUP, ignored);
+  EXPECT_EQ(ReadFile(path).size(), size_t{3} << 20);
+}
+
+TEST(Saver, InterruptedCallsGoOn) {
+  const TempDir folder;
+  const std::string path = folder.File("pipe");
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  // An alarm each millisecond, for this thread alone, while the reader is slow to open and to read.
+  struct sigaction action {};
+  action.sa_handler = [](int) {};
+  ASSERT_EQ(sigaction(SIGALRM, &action, nullptr), 0);
+  sigset_t alarm;
+  sigemptyset(&alarm);
+  sigaddset(&alarm, SIGALRM);
+  pthread_sigmask(SIG_BLOCK, &alarm, nullptr);
+  size_t received = 0;
+  std::thread reader([&path, &received] {
+    const auto wait = [] { std::this_thread::sleep_for(std::chrono::milliseconds(30)); };
+    wait();
+    std::ifstream pipe(path, std::ios::binary);
+    wait();
+    for (; pipe.get() != EOF; ++received) {
+    }
+  });
+  pthread_sigmask(SIG_UNBLOCK, &alarm, nullptr);
+  const itimerval often = {{0, 1000}, {0, 1000}};
+  setitimer(ITIMER_REAL, &often, nullptr);
+  OutputFile file(path);
+  file.Append(std::string(1 << 20, 'x'));
+  const bool written = file.Commit();
+  const itimerval never = {};
+  setitimer(ITIMER_REAL, &never, nullptr);
+  reader.join();
+  EXPECT_TRUE(written) << std::strerror(file.Error());
+  EXPECT_EQ(received, size_t{1} << 20);
 }
 
 TEST(Saver, KeepsDevicesAndLinks) {
@@ -95,6 +192,7 @@ TEST(Saver, RefusesWhatNoLoaderWouldTake) {
   for (const auto& bones : bad_bones) {
     const CalCoreSkeleton skeleton(bones);
     EXPECT_FALSE(CalSaver::saveCoreSkeleton(path, &skeleton));
+    EXPECT_THAT(CalSaver::lastError(), testing::StartsWith("bone "));
   }
 
   const auto vertex_of_bone = [](int id) {

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "tests/end_to_end/program_test.h"
@@ -53,6 +54,18 @@ TEST_F(Cal3dToText, TypesWithoutATextForm) {
                          "ERROR: Must specify a type\nveltrum version"));
   EXPECT_FALSE(Exists("out.xrf"));
   EXPECT_FALSE(Exists("out.xpf"));
+}
+
+// A write error like any other: no signal, and nothing left behind.
+TEST_F(Cal3dToText, OutputBeyondTheLimitOfFileSizes) {
+  rlimit limit{};
+  getrlimit(RLIMIT_FSIZE, &limit);
+  const rlimit small = {2000, limit.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &small);
+  EXPECT_EQ(Run({"--cal3d2text=out.xmf", "Body.xmf", "mesh"}), "");
+  setrlimit(RLIMIT_FSIZE, &limit);
+  const std::filesystem::directory_iterator entries(dir_.Path());
+  EXPECT_EQ(std::distance(begin(entries), end(entries)), 3);
 }
 
 TEST_F(Cal3dToText, InputsThatCannotBeConverted) {
