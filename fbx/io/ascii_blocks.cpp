@@ -4,8 +4,8 @@
 #include <array>
 #include <cstring>
 
-#include "fbx/io/ascii_number.h"
 #include "fbx/io/fbx_byte_source.h"
+#include "fbx/io/stored_value.h"
 
 namespace {
 

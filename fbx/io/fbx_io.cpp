@@ -11,10 +11,9 @@
 #include <strings.h>
 
 #include "fbx/io/ascii_blocks.h"
-#include "fbx/io/binary_record.h"
-#include "fbx/io/byte_order.h"
 #include "fbx/io/fbx_byte_source.h"
 #include "fbx/io/fbx_inflater.h"
+#include "fbx/io/stored_value.h"
 
 namespace {
 

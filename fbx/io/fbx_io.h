@@ -32,8 +32,44 @@
 #include "fbx/core/fbx_string.h"
 #include "fbx/core/fbx_time.h"
 #include "fbx/io/fbx_io_field_list.h"
-#include "fbx/io/fbx_io_file_header_info.h"
 #include "fbx/io/fbx_shared_array.h"
+
+class FbxIO;
+
+// What the header block of a scene file says about the file. FbxIO::ProjectOpen fills it in.
+class FbxIOFileHeaderInfo {
+ public:
+  struct RenderResolution {
+    bool isOK = false;
+    FbxString cameraName;
+    FbxString resolutionMode;
+    double width = 0.0;
+    double height = 0.0;
+  };
+  struct CreationTimeStamp {
+    bool isOK = false;
+    int32_t year = 0;
+    int32_t month = 0;
+    int32_t day = 0;
+    int32_t hour = 0;
+    int32_t minute = 0;
+    int32_t second = 0;
+    int32_t millisecond = 0;
+  };
+
+  virtual ~FbxIOFileHeaderInfo() = default;
+
+  // Called at the end of the header block, while the block's list is the current one. The result
+  // isn't looked at by the container.
+  virtual bool ReadExtendedHeaderInformation(FbxIO* /*io*/) { return true; }
+
+  RenderResolution defaultRenderResolution;
+  int32_t fileVersion = 0;
+  CreationTimeStamp creationTimeStamp;
+  FbxString creator;
+  bool ioPlugin = false;
+  bool ple = false;
+};
 
 class FbxIO {
  public:
@@ -58,7 +94,6 @@ class FbxIO {
   bool ProjectOpen(std::string_view bytes, bool openMainSection = false,
                    FbxIOFileHeaderInfo* info = nullptr);
   void ProjectClose();
-  bool ProjectIsOpen() const { return source_ != nullptr; }
 
   bool ProjectOpenMainSection() { return ProjectOpenSection(0); }
   // Stands at the top list of a section. False if one is open, or there is no such section (code
@@ -129,8 +164,6 @@ class FbxIO {
   FbxTimeSpan FieldReadTS();
 
   void FieldReadFn(float* out, int count);
-  void FieldRead3F(float* out) { FieldReadFn(out, 3); }
-  void FieldRead4F(float* out) { FieldReadFn(out, 4); }
   void FieldReadDn(double* out, int count);
   void FieldRead3D(double* out) { FieldReadDn(out, 3); }
   void FieldRead4D(double* out) { FieldReadDn(out, 4); }

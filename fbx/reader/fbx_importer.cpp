@@ -1,69 +1,93 @@
 #include "fbx/reader/fbx_importer.h"
 
+#include <string>
+#include <utility>
+
 #include <boost/filesystem.hpp>
 
 #include "fbx/reader/fbx_io_settings.h"
 #include "fbx/reader/fbx_reader_fbx7.h"
 #include "fbx/scene/fbx_global_settings.h"
-#include "fbx/scene/fbx_scene.h"
 
 FBX_OBJECT_DEFINE(FbxImporter, FbxObject, "", "", nullptr)
 
 FbxImporter::FbxImporter() = default;
 FbxImporter::~FbxImporter() = default;
 
-void FbxImporter::Reset(FbxIOSettings* settings) {
-  status_.Clear();
-  version_ = 0;
+void FbxImporter::Reset() {
+  reader_.reset();
   fileSettings_ = nullptr;
-  reader_ = std::make_unique<FbxReaderFbx7>(*GetFbxManager(), status_, settings);
+  version_ = 0;
+  status_.Clear();
 }
 
 bool FbxImporter::Initialize(const char* fileName, int /*fileFormat*/, FbxIOSettings* settings) {
-  Reset(settings);
   if (fileName == nullptr || *fileName == '\0') {
+    Reset();
     status_.SetCode(FbxStatus::eFailure, "Uninitialized filename");
     return false;
   }
   boost::system::error_code error;
   const boost::filesystem::path folder = boost::filesystem::current_path(error);
-  return reader_->FileOpen(boost::filesystem::absolute(fileName, folder).string()) &&
-         FinishInitialize();
+  const std::string path = boost::filesystem::absolute(fileName, folder).string();
+  return Open(path.c_str(), FbxMediaFolder(path), settings);
 }
 
 bool FbxImporter::InitializeFromMemory(std::string_view bytes, FbxIOSettings* settings) {
-  Reset(settings);
-  return reader_->FileOpenFromMemory(bytes) && FinishInitialize();
+  return Open(bytes, FbxMediaFolder(), settings);
 }
 
-bool FbxImporter::FinishInitialize() {
-  version_ = reader_->GetFileVersion();
+template <typename Source>
+bool FbxImporter::Open(const Source& source, FbxMediaFolder media, FbxIOSettings* settings) {
+  Reset();
+  std::unique_ptr<FbxIO> io;
+  const auto open = [&](FbxIO::BinaryType type) {
+    io = std::make_unique<FbxIO>(type, status_);
+    io->Fbx7Support(true);
+    headerInfo_ = {};
+    return io->ProjectOpen(source, false, &headerInfo_);
+  };
+  if (!open(FbxIO::eBinary64) && !open(FbxIO::eBinary32)) {
+    // A width that doesn't match leaves no status; any other failure does.
+    if (!status_.Error()) status_.SetCode(FbxStatus::eFailure, "File is corrupted (or invalid)");
+    return false;
+  }
+  // What the first attempt found may have been the other width's doing.
+  status_.Clear();
+
+  version_ = io->GetFileVersionNumber();
   int major = 0;
   int minor = 0;
   int revision = 0;
   GetFileVersion(major, minor, revision);
-  if (major == 7) {
-    fileSettings_ = FbxGlobalSettings::Create(GetFbxManager(), "GlobalSettings");
-    reader_->ReadOutline(*fileSettings_);
-    return true;
-  }
   if (major > 7) {
     status_.SetCode(FbxStatus::eInvalidFileVersion,
                     "FBX File version %d is not supported in this product", version_);
-  } else {
-    status_.SetCode(FbxStatus::eFailure, "Unexpected file type");
+    return false;
   }
-  reader_->FileClose();
-  return false;
+  if (major < 7) {
+    status_.SetCode(FbxStatus::eFailure, "Unexpected file type");
+    return false;
+  }
+  reader_ = std::make_unique<FbxReaderFbx7>(*GetFbxManager(), status_, settings, std::move(io),
+                                            std::move(media));
+  fileSettings_ = FbxGlobalSettings::Create(GetFbxManager(), "GlobalSettings");
+  reader_->ReadOutline(*fileSettings_);
+  return true;
 }
 
 bool FbxImporter::Import(FbxDocument* document, bool /*nonBlocking*/) {
-  if (reader_ == nullptr) Reset(nullptr);
-  return reader_->Read(document);
+  if (document == nullptr || reader_ == nullptr) {
+    status_.SetCode(FbxStatus::eFailure,
+                    document == nullptr ? "Invalid document handle" : "File not opened");
+    return false;
+  }
+  status_.Clear();
+  return reader_->Read(*document);
 }
 
 const FbxIOFileHeaderInfo* FbxImporter::GetFileHeaderInfo() const {
-  return fileSettings_ == nullptr ? nullptr : &reader_->GetFileHeaderInfo();
+  return fileSettings_ == nullptr ? nullptr : &headerInfo_;
 }
 
 void FbxImporter::GetFileVersion(int& major, int& minor, int& revision) const {

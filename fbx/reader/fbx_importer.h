@@ -7,12 +7,13 @@
 
 #include "fbx/core/fbx_object.h"
 #include "fbx/core/fbx_status.h"
+#include "fbx/io/fbx_io.h"
 
 class FbxDocument;
 class FbxGlobalSettings;
-class FbxIOFileHeaderInfo;
 class FbxIOSettings;
-class FbxReaderFbx7;
+class FbxMediaFolder;
+class FbxReader;
 
 class FbxImporter : public FbxObject {
   FBX_OBJECT(FbxImporter)
@@ -38,13 +39,15 @@ class FbxImporter : public FbxObject {
   ~FbxImporter() override;
 
  private:
-  void Reset(FbxIOSettings* settings);
-  // Checks the version of the file that the reader has opened, and reads what is known ahead of the
-  // document.
-  bool FinishInitialize();
+  void Reset();
+  // Opens a file, whose offsets may have either width, and picks its reader. `media` is where files
+  // that belong to it are.
+  template <typename Source>
+  bool Open(const Source& source, FbxMediaFolder media, FbxIOSettings* settings);
 
   FbxStatus status_;
-  std::unique_ptr<FbxReaderFbx7> reader_;
+  std::unique_ptr<FbxReader> reader_;
   FbxGlobalSettings* fileSettings_ = nullptr;
+  FbxIOFileHeaderInfo headerInfo_;
   int version_ = 0;
 };

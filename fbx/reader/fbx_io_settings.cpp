@@ -16,10 +16,6 @@ bool FbxIOSettings::GetBoolProp(const std::string& path, bool fallback) const {
   return Find(bools_, path, fallback);
 }
 
-int FbxIOSettings::GetIntProp(const std::string& path, int fallback) const {
-  return Find(ints_, path, fallback);
-}
-
 std::string FbxIOSettings::GetStringProp(const std::string& path,
                                          const std::string& fallback) const {
   return Find(strings_, path, fallback);

@@ -9,14 +9,11 @@
 class FbxIOSettings : public FbxObject {
   FBX_OBJECT(FbxIOSettings)
   bool GetBoolProp(const std::string& path, bool fallback) const;
-  int GetIntProp(const std::string& path, int fallback) const;
   std::string GetStringProp(const std::string& path, const std::string& fallback) const;
   void SetBoolProp(const std::string& path, bool value) { bools_[path] = value; }
-  void SetIntProp(const std::string& path, int value) { ints_[path] = value; }
   void SetStringProp(const std::string& path, const std::string& value) { strings_[path] = value; }
 
  private:
   std::map<std::string, bool> bools_;
-  std::map<std::string, int> ints_;
   std::map<std::string, std::string> strings_;
 };

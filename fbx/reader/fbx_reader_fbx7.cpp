@@ -2,68 +2,24 @@
 
 #include <algorithm>
 #include <unordered_set>
+#include <utility>
 
-#include "fbx/reader/fbx_io_settings.h"
-#include "fbx/reader/read_animation.h"
-#include "fbx/reader/read_properties.h"
-#include "fbx/reader/read_video.h"
-#include "fbx/reader/target_shapes.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_scene.h"
 
 namespace {
 
-constexpr const char* kCorrupted = "File is corrupted (or invalid)";
+// Whether the record that the cursor stands on has an id, or its name first. Text files don't tell
+// a number from a text.
+bool BeginsWithId(FbxIO& io) {
+  if (io.IsBinary()) return io.FieldReadGetType() != 'S';
+  if (io.FieldReadGetCount() > 2) return true;
+  std::string_view first = io.FieldReadC();
+  if (first.starts_with('-')) first.remove_prefix(1);
+  return !first.empty() && first.find_first_not_of("0123456789") == std::string_view::npos;
+}
 
 }  // namespace
-
-FbxReaderFbx7::FbxReaderFbx7(FbxManager& manager, FbxStatus& status, const FbxIOSettings* settings)
-    : manager_(manager), status_(status), settings_(settings) {}
-
-FbxReaderFbx7::~FbxReaderFbx7() = default;
-
-bool FbxReaderFbx7::GetOption(const char* name, bool fallback) const {
-  return settings_ == nullptr
-             ? fallback
-             : settings_->GetBoolProp(std::string("Import|AdvOptGrp|FileFormat|Fbx|") + name,
-                                      fallback);
-}
-
-template <typename Source>
-bool FbxReaderFbx7::Open(const Source& source) {
-  for (const auto type : {FbxIO::eBinary64, FbxIO::eBinary32}) {
-    io_ = std::make_unique<FbxIO>(type, status_);
-    io_->Fbx7Support(true);
-    headerInfo_ = {};
-    if (io_->ProjectOpen(source, false, &headerInfo_)) {
-      // What the first attempt found may have been the other width's doing.
-      status_.Clear();
-      return true;
-    }
-  }
-  // A width that doesn't match leaves no status; any other failure does.
-  io_.reset();
-  if (!status_.Error()) status_.SetCode(FbxStatus::eFailure, "%s", kCorrupted);
-  return false;
-}
-
-bool FbxReaderFbx7::FileOpen(const std::string& fileName) {
-  media_ = GetOption("ExtractEmbeddedData", true) ? FbxMediaFolder(fileName) : FbxMediaFolder();
-  return Open(fileName.c_str());
-}
-
-bool FbxReaderFbx7::FileOpenFromMemory(std::string_view bytes) {
-  media_ = FbxMediaFolder();
-  return Open(bytes);
-}
-
-void FbxReaderFbx7::FileClose() { io_.reset(); }
-
-bool FbxReaderFbx7::EnterBlock(std::string_view field) {
-  return io_->FieldReadBegin(field) && io_->FieldReadBlockBegin();
-}
-
-void FbxReaderFbx7::LeaveBlock() { io_->FieldReadBlockEnd(); }
 
 void FbxReaderFbx7::ReadOutline(FbxGlobalSettings& settings) {
   if (!io_->ProjectOpenMainSection()) {
@@ -83,53 +39,15 @@ void FbxReaderFbx7::ReadOutline(FbxGlobalSettings& settings) {
   io_->ProjectCloseSection();
 }
 
-bool FbxReaderFbx7::Read(FbxDocument* document) {
-  templates_.Clear();
-  objects_.clear();
-  status_.Clear();
-  if (document == nullptr) {
-    status_.SetCode(FbxStatus::eFailure, "Invalid document handle");
-    return false;
-  }
-  if (!IsFileOpen()) {
-    status_.SetCode(FbxStatus::eFailure, "File not opened");
-    return false;
-  }
-  if (io_->ProjectGetCurrentSection() < 0 && !io_->ProjectOpenMainSection()) {
-    status_.SetCode(FbxStatus::eFailure, "%s", kCorrupted);
-    return false;
-  }
-  const std::string password =
-      settings_ == nullptr
-          ? std::string()
-          : settings_->GetStringProp("Import|AdvOptGrp|FileFormat|Fbx|Password", "");
-  if (!io_->ProjectGetPassword().empty() && io_->ProjectGetPassword() != password) {
-    status_.SetCode(FbxStatus::ePasswordError, "Wrong password");
-    return false;
-  }
-
-  document_ = document;
-  scene_ = document->Is<FbxScene>() ? static_cast<FbxScene*>(document) : nullptr;
-  FbxNode* rootNode = scene_ == nullptr ? nullptr : scene_->GetRootNode();
-  io_->FieldReadResetPosition();
+bool FbxReaderFbx7::ReadSections() {
   if (scene_ != nullptr) ReadGlobalSettings(scene_->GetGlobalSettings());
   if (!ReadDescriptionSection()) return false;
   ReadDefinitionSection();
   io_->FieldReadResetPosition();
   ReadObjectSection();
-  ReadConnections(*io_, objects_, *document_, rootNode);
+  MakeConnections(ReadConnections(*io_, *document_, *this), RootNode());
   FindEmbeddedTextures(*document_, media_);
   if (GetOption("Animation", true)) ReadTakes(*io_, *document_);
-  if (scene_ != nullptr) {
-    scene_->FixInheritType(rootNode);
-    if (GetOption("Shape", true)) RebuildTargetShapes(*scene_);
-    const FbxGlobalSettings& settings = scene_->GetGlobalSettings();
-    FbxTime::SetGlobalTimeMode(settings.GetTimeMode(), settings.GetCustomFrameRate());
-    FbxTime::SetGlobalTimeProtocol(settings.GetTimeProtocol());
-  }
-  io_->ProjectCloseSection();
-  // Parts that could not be read have left their mark here; the document has the rest.
-  status_.Clear();
   return true;
 }
 
@@ -155,7 +73,7 @@ bool FbxReaderFbx7::ReadDescriptionSection() {
     }
   }
   LeaveBlock();
-  if (!hasDocument) status_.SetCode(FbxStatus::eFailure, "%s", kCorrupted);
+  if (!hasDocument) status_.SetCode(FbxStatus::eFailure, "File is corrupted (or invalid)");
   return hasDocument;
 }
 
@@ -172,7 +90,7 @@ void FbxReaderFbx7::ReadDefinitionSection() {
     const int32_t templates = io_->FieldGetInstanceCount("PropertyTemplate");
     for (int32_t k = 0; k < templates; ++k) {
       io_->FieldReadBegin("PropertyTemplate", k);
-      templates_.ReadTemplate(*io_, manager_);
+      ReadTemplate();
     }
     LeaveBlock();
   }
@@ -191,4 +109,60 @@ void FbxReaderFbx7::OrderTypeInfoSection() {
     const auto at = std::find(types_.begin(), types_.end(), name);
     if (at != types_.end()) std::rotate(at, at + 1, types_.end());
   }
+}
+
+void FbxReaderFbx7::ReadTemplate() {
+  const FbxClassId classId = manager_.FindClass(io_->FieldReadC());
+  if (!classId.IsValid() || templates_.contains(classId.Record())) return;
+  const std::string name = std::string(classId.GetName()) + "_TemplateObject";
+  FbxObject* object = manager_.CreateNewObjectFromClassId(classId, name.c_str());
+  if (object == nullptr) return;
+  templates_.emplace(classId.Record(), object);
+  if (io_->FieldReadBlockBegin()) {
+    ReadProperties(*io_, *object);
+    LeaveBlock();
+  }
+}
+
+FbxObject* FbxReaderFbx7::NewObject(FbxClassId classId, std::string_view name) {
+  FbxObject* object = FbxReader::NewObject(classId, name);
+  const auto found = templates_.find(object->GetRuntimeClassId().Record());
+  if (found != templates_.end()) object->SetPropertyTemplate(*found->second);
+  return object;
+}
+
+void FbxReaderFbx7::ReadObjectSection() {
+  if (!EnterBlock("Objects")) return;
+  for (const std::string& type : types_) ReadObjectsOfType(type);
+  LeaveBlock();
+}
+
+void FbxReaderFbx7::ReadObjectsOfType(const std::string& type) {
+  const int32_t count = io_->FieldGetInstanceCount(type);
+  for (int32_t i = 0; i < count; ++i) {
+    io_->FieldReadBegin(type, i);
+    const bool hasId = BeginsWithId(*io_);
+    io_->FieldReadBegin(type, i);
+    const int64_t id = hasId ? io_->FieldReadLL() : 0;
+    const std::string name = StripPrefix(io_->FieldReadC());
+    const std::string subclass(io_->FieldReadC());
+    // Of several objects with one id the first is kept.
+    const bool isTaken = id != 0 && objects_.contains(id);
+    if (isTaken || !io_->FieldReadBlockBegin()) continue;
+    FbxObject* object = ReadRecord(type, subclass, name);
+    if (object != nullptr && id != 0) objects_.emplace(id, object);
+    LeaveBlock();
+  }
+}
+
+FbxObject* FbxReaderFbx7::ReadObject() {
+  const auto found = objects_.find(io_->FieldReadLL());
+  return found == objects_.end() ? nullptr : found->second;
+}
+
+FbxObject* FbxReaderFbx7::ReadEnd(bool /*isDestination*/) {
+  const int64_t id = io_->FieldReadLL();
+  if (id == 0) return RootNode();
+  const auto found = objects_.find(id);
+  return found == objects_.end() ? nullptr : found->second;
 }

@@ -1,5 +1,4 @@
-#include "fbx/reader/read_animation.h"
-
+// Animation curves and takes.
 #include <algorithm>
 #include <bit>
 #include <cstdint>
@@ -8,6 +7,7 @@
 
 #include "fbx/anim/fbx_anim_curve.h"
 #include "fbx/io/fbx_io.h"
+#include "fbx/reader/read_records.h"
 #include "fbx/scene/fbx_scene.h"
 
 namespace {

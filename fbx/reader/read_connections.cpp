@@ -1,5 +1,4 @@
-#include "fbx/reader/read_connections.h"
-
+// The connections of a document.
 #include <functional>
 #include <string_view>
 #include <unordered_set>
@@ -7,6 +6,7 @@
 
 #include "fbx/io/fbx_io.h"
 #include "fbx/reader/connection_filter.h"
+#include "fbx/reader/read_records.h"
 #include "fbx/scene/fbx_material.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_scene.h"
@@ -15,50 +15,46 @@ namespace {
 
 class ConnectionReader {
  public:
-  ConnectionReader(FbxIO& io, const FbxObjectsById& objects, FbxDocument& document,
-                   FbxNode* rootNode)
-      : io_(io), objects_(objects), document_(document), rootNode_(rootNode) {}
+  ConnectionReader(FbxIO& io, FbxDocument& document, FbxObjectReferences& references)
+      : io_(io), document_(document), references_(references) {}
 
   // The ends of the current `C` record; an end is invalid if it isn't there.
   FbxConnection Read() {
     const std::string_view tag = io_.FieldReadC();
     FbxConnection connection;
     if (tag == "OO" || tag == "OD") {
-      connection.source = ReadObject();
-      connection.destination = ReadObject();
+      connection.source = ReadEnd(false);
+      connection.destination = ReadEnd(true);
     } else if (tag == "OP") {
-      connection.source = ReadObject();
-      connection.destination = ReadProperty();
+      connection.source = ReadEnd(false);
+      connection.destination = ReadPropertyEnd(true);
     } else if (tag == "PO") {
-      connection.source = ReadProperty();
-      connection.destination = ReadObject();
+      connection.source = ReadPropertyEnd(false);
+      connection.destination = ReadEnd(true);
     } else if (tag == "PP") {
-      connection.source = ReadProperty();
-      connection.destination = ReadProperty();
+      connection.source = ReadPropertyEnd(false);
+      connection.destination = ReadPropertyEnd(true);
     } else if (tag == "EP") {
       connection.source = document_.RootProperty();
-      connection.destination = ReadProperty();
+      connection.destination = ReadPropertyEnd(true);
     }
     return connection;
   }
 
  private:
-  FbxProperty ReadObject() {
-    const int64_t id = io_.FieldReadLL();
-    if (id == 0) return rootNode_ == nullptr ? FbxProperty() : rootNode_->RootProperty();
-    const auto found = objects_.find(id);
-    return found == objects_.end() ? FbxProperty() : found->second->RootProperty();
+  FbxProperty ReadEnd(bool isDestination) {
+    const FbxObject* object = references_.ReadEnd(isDestination);
+    return object == nullptr ? FbxProperty() : object->RootProperty();
   }
 
-  FbxProperty ReadProperty() {
-    const FbxProperty root = ReadObject();
+  FbxProperty ReadPropertyEnd(bool isDestination) {
+    const FbxProperty root = ReadEnd(isDestination);
     return root.FindHierarchical(io_.FieldReadC());
   }
 
   FbxIO& io_;
-  const FbxObjectsById& objects_;
   FbxDocument& document_;
-  FbxNode* rootNode_;
+  FbxObjectReferences& references_;
 };
 
 struct ConnectionHash {
@@ -88,12 +84,12 @@ bool MayRepeat(const FbxConnection& c) {
 
 }  // namespace
 
-void ReadConnections(FbxIO& io, const FbxObjectsById& objects, FbxDocument& document,
-                     FbxNode* rootNode) {
-  if (!io.FieldReadBegin("Connections") || !io.FieldReadBlockBegin()) return;
-  const int32_t count = io.FieldGetInstanceCount("C");
-  ConnectionReader reader(io, objects, document, rootNode);
+std::vector<FbxConnection> ReadConnections(FbxIO& io, FbxDocument& document,
+                                           FbxObjectReferences& references) {
   std::vector<FbxConnection> connections;
+  if (!io.FieldReadBegin("Connections") || !io.FieldReadBlockBegin()) return connections;
+  const int32_t count = io.FieldGetInstanceCount("C");
+  ConnectionReader reader(io, document, references);
   connections.reserve(static_cast<size_t>(count));
   for (int32_t i = 0; i < count; ++i) {
     io.FieldReadBegin("C", i);
@@ -103,7 +99,10 @@ void ReadConnections(FbxIO& io, const FbxObjectsById& objects, FbxDocument& docu
     }
   }
   io.FieldReadBlockEnd();
+  return connections;
+}
 
+void MakeConnections(std::vector<FbxConnection> connections, const FbxNode* rootNode) {
   FilterConnections(connections, rootNode);
   // Kept here, since looking through the ends of an object that has very many costs their number.
   std::unordered_set<FbxConnection, ConnectionHash, SameConnection> made;

@@ -1,14 +1,15 @@
-#include "fbx/reader/read_material.h"
-
+// Materials, textures, and the videos that hold their pictures.
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 #include "fbx/core/fbx_string.h"
 #include "fbx/io/fbx_io.h"
 #include "fbx/reader/media_folder.h"
-#include "fbx/reader/read_properties.h"
+#include "fbx/reader/read_records.h"
 #include "fbx/scene/fbx_material.h"
+#include "fbx/scene/fbx_scene.h"
 
 namespace {
 
@@ -50,6 +51,27 @@ void MoveFieldToTriple(FbxIO& io, const char* field, const FbxObject& object, co
   auto value = property.Get<FbxDouble3>();
   io.FieldReadDn(value.data(), 2);
   property.Set(value);
+}
+
+// The pieces of the embedded file one after the other: text files hold it in several values.
+void ExtractContent(FbxIO& io, FbxVideo& video, const FbxMediaFolder& media) {
+  if (!io.FieldReadBegin("Content")) return;
+  const auto next = [&io]() -> std::string_view {
+    while (io.FieldReadGetRemain() > 0) {
+      const std::string_view bytes = io.FieldReadR();
+      if (!bytes.empty()) return bytes;
+    }
+    return {};
+  };
+  std::string_view first = next();
+  if (first.empty()) return;
+  std::string_view name = video.GetFileName();
+  if (PlainFileName(name).empty()) name = video.GetRelativeFileName();
+  const FbxMediaFolder::Written written = media.Write(
+      name, [&] { return first.empty() ? next() : std::exchange(first, std::string_view()); });
+  if (written.absolute.empty()) return;
+  video.SetFileName(written.absolute);
+  video.SetRelativeFileName(written.relative);
 }
 
 }  // namespace
@@ -116,4 +138,29 @@ void ReadLayeredTexture(FbxIO& io, FbxLayeredTexture& texture) {
     }
   }
   ReadProperties(io, texture);
+}
+
+void ReadVideo(FbxIO& io, FbxVideo& video, const FbxMediaFolder& media) {
+  ReadProperties(io, video);
+  video.useMipMap = io.FieldReadI("UseMipMap") != 0;
+  video.SetFileName(io.FieldReadC("Filename"));
+  video.SetRelativeFileName(io.FieldReadC("RelativeFilename"));
+  if (!media.IsEnabled()) return;
+  ExtractContent(io, video, media);
+  const std::string found = media.Find(video.GetFileName(), video.GetRelativeFileName());
+  if (!found.empty()) video.SetFileName(found);
+}
+
+void FindEmbeddedTextures(const FbxDocument& document, const FbxMediaFolder& media) {
+  if (!media.IsEnabled() || document.GetSrcObjectCount<FbxVideo>() == 0) return;
+  const int count = document.GetSrcObjectCount<FbxFileTexture>();
+  for (int i = 0; i < count; ++i) {
+    FbxFileTexture& texture = *document.GetSrcObject<FbxFileTexture>(i);
+    std::string found = media.Find(texture.GetFileName(), texture.GetRelativeFileName());
+    const auto* video = texture.GetSrcObject<FbxVideo>();
+    if (found.empty() && video != nullptr) {
+      found = media.Find(texture.GetFileName(), video->GetRelativeFileName());
+    }
+    if (!found.empty()) texture.SetFileName(found);
+  }
 }

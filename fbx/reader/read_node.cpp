@@ -1,8 +1,10 @@
-#include "fbx/reader/read_node.h"
+// Nodes, their attributes that are no geometry, and poses.
+#include <algorithm>
 
 #include "fbx/io/fbx_io.h"
-#include "fbx/reader/read_properties.h"
+#include "fbx/reader/read_records.h"
 #include "fbx/scene/fbx_node.h"
+#include "fbx/scene/fbx_pose.h"
 
 void ReadNode(FbxIO& io, FbxNode& node) {
   ReadProperties(io, node);
@@ -27,4 +29,21 @@ void ReadSkeleton(FbxIO& io, FbxSkeleton& skeleton, FbxSkeleton::ESkeletonType t
     io.FieldReadBlockEnd();
   }
   ReadProperties(io, skeleton);
+}
+
+void ReadPose(FbxIO& io, FbxPose& pose, FbxObjectReferences& references) {
+  ReadProperties(io, pose);
+  const int32_t count =
+      std::min(io.FieldReadI("NbPoseNodes"), io.FieldGetInstanceCount("PoseNode"));
+  for (int32_t i = 0; i < count; ++i) {
+    io.FieldReadBegin("PoseNode", i);
+    if (!io.FieldReadBlockBegin()) continue;
+    FbxObject* node = io.FieldReadBegin("Node") ? references.ReadObject() : nullptr;
+    if (node != nullptr && node->Is<FbxNode>()) {
+      FbxMatrix matrix;
+      ReadMatrix(io, "Matrix", matrix);
+      pose.Add(static_cast<FbxNode*>(node), matrix, io.FieldReadI("Local") != 0);
+    }
+    io.FieldReadBlockEnd();
+  }
 }

@@ -1,5 +1,4 @@
-#include "fbx/reader/read_properties.h"
-
+// The properties of all objects.
 #include <algorithm>
 #include <string>
 #include <string_view>
@@ -7,6 +6,7 @@
 
 #include "fbx/core/fbx_object.h"
 #include "fbx/io/fbx_io.h"
+#include "fbx/reader/read_records.h"
 
 namespace {
 

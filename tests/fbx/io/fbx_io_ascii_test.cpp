@@ -8,7 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "fbx/io/ascii_number.h"
+#include "fbx/io/stored_value.h"
 #include "tests/fbx/io/opened_io.h"
 
 namespace {

@@ -151,7 +151,7 @@ TEST_P(EveryForm, FlushesTinyNumbers) {
                         {"D", {0x1p-1022, 0x1p-1021, -0x1p-1022, 1e-300}}});
   ASSERT_TRUE(file.io.FieldReadBegin("F"));
   float floats[4];
-  file.io.FieldRead4F(floats);
+  file.io.FieldReadFn(floats, 4);
   EXPECT_THAT(floats, ElementsAre(0.0F, 0x1p-125F, 0.0F, -1.0F));
   double doubles[4];
   file.io.FieldRead4D("D", doubles, nullptr);

@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "fbx/io/fbx_io_file_header_info.h"
+#include "fbx/io/fbx_io.h"
 #include "fbx/scene/fbx_global_settings.h"
 #include "tests/fbx/reader/imported.h"
 

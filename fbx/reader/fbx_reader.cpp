@@ -1,40 +1,78 @@
-// The records of `Objects`: which class a record becomes, and who reads it.
+#include "fbx/reader/fbx_reader.h"
+
 #include <array>
+#include <utility>
 
 #include "fbx/anim/fbx_anim_curve.h"
 #include "fbx/anim/fbx_anim_stack.h"
-#include "fbx/reader/fbx_reader_fbx7.h"
-#include "fbx/reader/read_animation.h"
-#include "fbx/reader/read_deformer.h"
-#include "fbx/reader/read_material.h"
-#include "fbx/reader/read_mesh.h"
-#include "fbx/reader/read_node.h"
-#include "fbx/reader/read_pose.h"
-#include "fbx/reader/read_properties.h"
-#include "fbx/reader/read_video.h"
+#include "fbx/reader/fbx_io_settings.h"
 #include "fbx/scene/fbx_material.h"
 #include "fbx/scene/fbx_mesh.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_pose.h"
 #include "fbx/scene/fbx_scene.h"
 
-namespace {
-
-// Whether the record that the cursor stands on has an id, or its name first. Text files don't tell
-// a number from a text.
-bool BeginsWithId(FbxIO& io) {
-  if (io.IsBinary()) return io.FieldReadGetType() != 'S';
-  if (io.FieldReadGetCount() > 2) return true;
-  std::string_view first = io.FieldReadC();
-  if (first.starts_with('-')) first.remove_prefix(1);
-  return !first.empty() && first.find_first_not_of("0123456789") == std::string_view::npos;
+FbxReader::FbxReader(FbxManager& manager, FbxStatus& status, const FbxIOSettings* settings,
+                     std::unique_ptr<FbxIO> io, FbxMediaFolder media)
+    : manager_(manager), status_(status), settings_(settings), io_(std::move(io)) {
+  if (GetOption("ExtractEmbeddedData", true)) media_ = std::move(media);
 }
 
-}  // namespace
+FbxReader::~FbxReader() = default;
+
+bool FbxReader::GetOption(const char* name, bool fallback) const {
+  return settings_ == nullptr
+             ? fallback
+             : settings_->GetBoolProp(std::string("Import|AdvOptGrp|FileFormat|Fbx|") + name,
+                                      fallback);
+}
+
+bool FbxReader::EnterBlock(std::string_view field) {
+  return io_->FieldReadBegin(field) && io_->FieldReadBlockBegin();
+}
+
+void FbxReader::LeaveBlock() { io_->FieldReadBlockEnd(); }
+
+FbxNode* FbxReader::RootNode() const { return scene_ == nullptr ? nullptr : scene_->GetRootNode(); }
+
+bool FbxReader::Read(FbxDocument& document) {
+  if (io_->ProjectGetCurrentSection() < 0 && !io_->ProjectOpenMainSection()) {
+    status_.SetCode(FbxStatus::eFailure, "File is corrupted (or invalid)");
+    return false;
+  }
+  const std::string password =
+      settings_ == nullptr
+          ? std::string()
+          : settings_->GetStringProp("Import|AdvOptGrp|FileFormat|Fbx|Password", "");
+  if (!io_->ProjectGetPassword().empty() && io_->ProjectGetPassword() != password) {
+    status_.SetCode(FbxStatus::ePasswordError, "Wrong password");
+    return false;
+  }
+
+  document_ = &document;
+  scene_ = document.Is<FbxScene>() ? static_cast<FbxScene*>(document_) : nullptr;
+  io_->FieldReadResetPosition();
+  if (!ReadSections()) return false;
+  if (scene_ != nullptr) {
+    scene_->FixInheritType(RootNode());
+    if (GetOption("Shape", true)) RebuildTargetShapes(*scene_);
+    const FbxGlobalSettings& settings = scene_->GetGlobalSettings();
+    FbxTime::SetGlobalTimeMode(settings.GetTimeMode(), settings.GetCustomFrameRate());
+    FbxTime::SetGlobalTimeProtocol(settings.GetTimeProtocol());
+  }
+  io_->ProjectCloseSection();
+  // Parts that could not be read have left their mark here; the document has the rest.
+  status_.Clear();
+  return true;
+}
+
+FbxObject* FbxReader::NewObject(FbxClassId classId, std::string_view name) {
+  return manager_.CreateNewObjectFromClassId(classId, std::string(name).c_str());
+}
 
 // A rule for the records of a type and a subclass, "" meaning any subclass.
-struct FbxReaderFbx7::ObjectRule {
-  using Read = FbxObject* (*)(FbxReaderFbx7&, std::string_view name, const std::string& subclass);
+struct FbxReader::ObjectRule {
+  using Read = FbxObject* (*)(FbxReader&, std::string_view name, const std::string& subclass);
 
   std::string_view type;
   std::string_view subclass;
@@ -43,51 +81,50 @@ struct FbxReaderFbx7::ObjectRule {
 
   // Makes a T and reads it.
   template <typename T, void (*ReadT)(FbxIO&, T&)>
-  static FbxObject* As(FbxReaderFbx7& reader, std::string_view name, const std::string&) {
+  static FbxObject* As(FbxReader& reader, std::string_view name, const std::string&) {
     FbxObject* object = reader.NewObject(T::ClassId, name);
     ReadT(*reader.io_, static_cast<T&>(*object));
     return object;
   }
   template <typename T>
-  static FbxObject* WithProperties(FbxReaderFbx7& reader, std::string_view name,
-                                   const std::string&) {
+  static FbxObject* WithProperties(FbxReader& reader, std::string_view name, const std::string&) {
     FbxObject* object = reader.NewObject(T::ClassId, name);
     ReadProperties(*reader.io_, *object);
     return object;
   }
   template <FbxSkeleton::ESkeletonType type>
-  static FbxObject* Skeleton(FbxReaderFbx7& reader, std::string_view name, const std::string&) {
+  static FbxObject* Skeleton(FbxReader& reader, std::string_view name, const std::string&) {
     FbxObject* object = reader.NewObject(FbxSkeleton::ClassId, name);
     ReadSkeleton(*reader.io_, static_cast<FbxSkeleton&>(*object), type);
     return object;
   }
   template <bool isBindPose>
-  static FbxObject* Pose(FbxReaderFbx7& reader, std::string_view name, const std::string&) {
+  static FbxObject* Pose(FbxReader& reader, std::string_view name, const std::string&) {
     FbxObject* object = reader.NewObject(FbxPose::ClassId, name);
     auto& pose = static_cast<FbxPose&>(*object);
     pose.SetIsBindPose(isBindPose);
-    ReadPose(*reader.io_, pose, reader.objects_);
+    ReadPose(*reader.io_, pose, reader);
     return object;
   }
-  static FbxObject* Material(FbxReaderFbx7& reader, std::string_view name,
+  static FbxObject* Material(FbxReader& reader, std::string_view name,
                              const std::string& subclass) {
     const std::string shadingModel = ReadShadingModel(*reader.io_, subclass);
     FbxObject* object = reader.NewObject(SurfaceMaterialClass(shadingModel), name);
     ReadSurfaceMaterial(*reader.io_, static_cast<FbxSurfaceMaterial&>(*object), shadingModel);
     return object;
   }
-  static FbxObject* FileTexture(FbxReaderFbx7& reader, std::string_view name, const std::string&) {
+  static FbxObject* FileTexture(FbxReader& reader, std::string_view name, const std::string&) {
     FbxObject* object = reader.NewObject(FbxFileTexture::ClassId, name);
     ReadFileTexture(*reader.io_, static_cast<FbxFileTexture&>(*object), reader.media_);
     return object;
   }
-  static FbxObject* Video(FbxReaderFbx7& reader, std::string_view name, const std::string&) {
+  static FbxObject* Video(FbxReader& reader, std::string_view name, const std::string&) {
     FbxObject* object = reader.NewObject(FbxVideo::ClassId, name);
     ReadVideo(*reader.io_, static_cast<FbxVideo&>(*object), reader.media_);
     return object;
   }
   // The settings exist already, and so nothing is made of their record.
-  static FbxObject* GlobalSettings(FbxReaderFbx7& reader, std::string_view, const std::string&) {
+  static FbxObject* GlobalSettings(FbxReader& reader, std::string_view, const std::string&) {
     if (reader.scene_ != nullptr) {
       ReadProperties(*reader.io_, reader.scene_->GetGlobalSettings());
     }
@@ -95,8 +132,7 @@ struct FbxReaderFbx7::ObjectRule {
   }
 };
 
-const FbxReaderFbx7::ObjectRule* FbxReaderFbx7::FindRule(std::string_view type,
-                                                         std::string_view subclass) {
+const FbxReader::ObjectRule* FbxReader::FindRule(std::string_view type, std::string_view subclass) {
   using R = ObjectRule;
   static constexpr auto kRules = std::to_array<ObjectRule>({
       {"Model", "", &R::As<FbxNode, ReadNode>},
@@ -131,41 +167,11 @@ const FbxReaderFbx7::ObjectRule* FbxReaderFbx7::FindRule(std::string_view type,
   return nullptr;
 }
 
-void FbxReaderFbx7::ReadObjectSection() {
-  if (!EnterBlock("Objects")) return;
-  for (const std::string& type : types_) ReadObjectsOfType(type);
-  LeaveBlock();
-}
-
-void FbxReaderFbx7::ReadObjectsOfType(const std::string& type) {
-  const int32_t count = io_->FieldGetInstanceCount(type);
-  for (int32_t i = 0; i < count; ++i) {
-    io_->FieldReadBegin(type, i);
-    const bool hasId = BeginsWithId(*io_);
-    io_->FieldReadBegin(type, i);
-    const int64_t id = hasId ? io_->FieldReadLL() : 0;
-    const std::string name = StripPrefix(io_->FieldReadC());
-    const std::string subclass(io_->FieldReadC());
-    // Of several objects with one id the first is kept.
-    const bool isTaken = id != 0 && objects_.contains(id);
-    if (isTaken || !io_->FieldReadBlockBegin()) continue;
-    ReadObject(type, subclass, name, id);
-    LeaveBlock();
-  }
-}
-
-void FbxReaderFbx7::ReadObject(const std::string& type, const std::string& subclass,
-                               std::string_view name, int64_t id) {
+FbxObject* FbxReader::ReadRecord(std::string_view type, const std::string& subclass,
+                                 std::string_view name) {
   const ObjectRule* rule = FindRule(type, subclass);
-  if (rule == nullptr || (rule->isShape && !GetOption("Shape", true))) return;
+  if (rule == nullptr || (rule->isShape && !GetOption("Shape", true))) return nullptr;
   FbxObject* object = rule->read(*this, name, subclass);
-  if (object == nullptr) return;
-  if (id != 0) objects_.emplace(id, object);
-  document_->RootProperty().ConnectSrcObject(object, true);
-}
-
-FbxObject* FbxReaderFbx7::NewObject(FbxClassId classId, std::string_view name) {
-  FbxObject* object = manager_.CreateNewObjectFromClassId(classId, std::string(name).c_str());
-  templates_.MergeWithTemplate(*object);
+  if (object != nullptr) document_->RootProperty().ConnectSrcObject(object, true);
   return object;
 }
