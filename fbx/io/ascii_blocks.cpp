@@ -54,13 +54,7 @@ char FbxAsciiScanner::Next(std::vector<char>* text) {
         isComment_ = *at == ';';
         if (isComment_) continue;
       }
-      const char* stop;
-      if (isQuote_) {
-        stop = Find(at, end, '"');
-        stop = Find(at, stop, '\n');
-      } else {
-        stop = FindStop(at, end);
-      }
+      const char* const stop = isQuote_ ? Find(at, end, '"') : FindStop(at, end);
       const bool isBrace = stop != end && (*stop == '{' || *stop == '}') && !isQuote_;
       const char* const behind = stop == end ? end : stop + 1;
       if (text != nullptr) text->insert(text->end(), at, isBrace ? stop : behind);
@@ -88,34 +82,28 @@ int64_t FbxAsciiBlocks::Skip(FbxByteSource& source, int64_t position) {
 
 int64_t FbxAsciiBlocks::Search(FbxByteSource& source, int64_t position) {
   const bool isNew = position >= searched_;
-  const size_t known = blocks_.size();
   // Starts of the blocks that are open, as indices of `blocks_` where those are remembered.
   std::vector<size_t> open;
-  size_t depth = 1;
-  const auto push = [&](int64_t start) {
+  size_t depth = 0;
+  const auto enter = [&](int64_t start) {
+    if (++depth > kMaxDepth || !isNew) return;
     open.push_back(blocks_.size());
     blocks_.push_back({start, source.Size()});
   };
-  if (isNew) push(position);
-  FbxAsciiScanner scanner(source, position, source.Size());
-  while (depth > 0) {
-    const char brace = scanner.Next(nullptr);
-    if (brace == 0) break;
-    if (brace == '{') {
-      if (++depth > kMaxDepth) {
-        blocks_.resize(known);
-        return -1;
-      }
-      if (isNew) push(scanner.Position());
-      continue;
-    }
-    --depth;
-    if (!isNew) continue;
+  const auto leave = [&](int64_t end) {
+    if (depth-- > kMaxDepth || !isNew) return;
     Block& block = blocks_[open.back()];
-    block.end = scanner.Position();
+    block.end = end;
     // The blocks within a small one are smaller, so nothing stands behind it.
     if (block.end - block.start < kSmallBlock) blocks_.resize(open.back());
     open.pop_back();
+  };
+  FbxAsciiScanner scanner(source, position, source.Size());
+  enter(position);
+  while (depth > 0) {
+    const char brace = scanner.Next(nullptr);
+    if (brace == 0) break;
+    brace == '{' ? enter(scanner.Position()) : leave(scanner.Position());
   }
   if (isNew) searched_ = scanner.Position();
   return scanner.Position();

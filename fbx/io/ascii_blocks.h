@@ -12,7 +12,7 @@
 class FbxByteSource;
 
 // Walks through text from brace to brace. Braces in comment lines (';' behind white space) and in
-// double quotes don't count; a quote ends with its line at the latest.
+// double quotes don't count; a quote runs on over the ends of lines.
 class FbxAsciiScanner {
  public:
   // `position` counts as the start of a line. Nothing is read from `limit` on.
@@ -38,11 +38,12 @@ class FbxAsciiScanner {
 
 class FbxAsciiBlocks {
  public:
-  // Blocks nested deeper than this are refused.
+  // Blocks nested deeper than this are skipped with the others, but not remembered: no list as deep
+  // is ever opened, see FbxIO.
   static constexpr size_t kMaxDepth = 10000;
 
   // The position behind the brace that closes the block whose text begins at `position`; the end of
-  // the source if there is none; -1 if blocks nest too deep.
+  // the source if there is none.
   int64_t Skip(FbxByteSource& source, int64_t position);
 
  private:

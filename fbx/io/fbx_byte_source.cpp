@@ -15,18 +15,6 @@ constexpr size_t kLargestFill = 256 * 1024;
 // their records and again, from a little before, for what the records hold.
 constexpr size_t kLookBehind = 1024;
 
-size_t ReadAll(int descriptor, int64_t position, char* out, size_t count) {
-  size_t done = 0;
-  while (done < count) {
-    const ssize_t got = pread(descriptor, out + done, count - done,
-                              static_cast<off_t>(position + static_cast<int64_t>(done)));
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) break;
-    done += static_cast<size_t>(got);
-  }
-  return done;
-}
-
 size_t CopyView(std::string_view bytes, char* out, size_t count) {
   const size_t copied = std::min(count, bytes.size());
   std::copy_n(bytes.data(), copied, out);
@@ -54,10 +42,23 @@ FbxCachedFile::FbxCachedFile(int descriptor, int64_t size)
 
 FbxCachedFile::~FbxCachedFile() { close(descriptor_); }
 
+size_t FbxCachedFile::ReadAll(int64_t position, char* out, size_t count) {
+  size_t done = 0;
+  while (done < count) {
+    const ssize_t got = pread(descriptor_, out + done, count - done,
+                              static_cast<off_t>(position + static_cast<int64_t>(done)));
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0 && error_ == 0) error_ = errno;
+    if (got <= 0) break;
+    done += static_cast<size_t>(got);
+  }
+  return done;
+}
+
 size_t FbxCachedFile::Read(int64_t position, char* out, size_t count) {
   if (position < 0 || position >= size_) return 0;
   if (count <= kMaxView) return CopyView(View(position, count), out, count);
-  return ReadAll(descriptor_, position, out, count);
+  return ReadAll(position, out, count);
 }
 
 std::string_view FbxCachedFile::Refill(int64_t position, size_t) {
@@ -71,7 +72,7 @@ std::string_view FbxCachedFile::Refill(int64_t position, size_t) {
   }
   const int64_t start = std::max<int64_t>(0, position - static_cast<int64_t>(kLookBehind));
   const size_t before = static_cast<size_t>(position - start);
-  const size_t got = ReadAll(descriptor_, start, buffer_.get(), before + fill_);
+  const size_t got = ReadAll(start, buffer_.get(), before + fill_);
   windowStart_ = start;
   window_ = {buffer_.get(), got};
   return window_.substr(std::min(before, got));

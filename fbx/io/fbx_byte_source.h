@@ -23,6 +23,9 @@ class FbxByteSource {
   static constexpr size_t kMaxView = 4096;
 
   int64_t Size() const { return size_; }
+  // The system's error number of the first read that failed, 0 if none has. Bytes that can't be
+  // read are missing as if the source ended there, which only this tells apart.
+  int GetError() const { return error_; }
 
   // The bytes from `position` on, as many as are at hand: at least `wanted` (up to kMaxView) unless
   // the source ends before. Valid until the next call. Empty outside the source.
@@ -43,6 +46,7 @@ class FbxByteSource {
   virtual std::string_view Refill(int64_t position, size_t wanted) = 0;
 
   int64_t size_ = 0;
+  int error_ = 0;
   int64_t windowStart_ = 0;
   std::string_view window_;
 };
@@ -61,6 +65,7 @@ class FbxCachedFile : public FbxByteSource {
 
  private:
   FbxCachedFile(int descriptor, int64_t size);
+  size_t ReadAll(int64_t position, char* out, size_t count);
 
   int descriptor_;
   std::unique_ptr<char[]> buffer_;

@@ -6,6 +6,7 @@
 #include <bit>
 #include <cstdio>
 #include <cstring>
+#include <system_error>
 #include <utility>
 
 #include <strings.h>
@@ -30,7 +31,6 @@ constexpr std::string_view kExtensionCode =
     "\xF8\x5A\x8C\x6A\xDE\xF5\xD9\x7E\xEC\xE9\x0C\xE3\x75\x8F\x29\x0B";
 // Version of a section whose tail tells none.
 constexpr uint32_t kUnknownSectionVersion = 4000;
-constexpr size_t kFooterIdSize = 16;
 
 uint32_t MakeVersion(unsigned major, unsigned minor, unsigned revision) {
   return major % 4294966 * 1000 + minor % 10 * 100 + revision % 100;
@@ -57,6 +57,13 @@ bool FbxIO::Corrupted() {
   return false;
 }
 
+bool FbxIO::CheckRead() {
+  if (source_ == nullptr || source_->GetError() == 0) return true;
+  status_.SetCode(FbxStatus::eFailure, "Unable to read file %s: %s", fileName_.c_str(),
+                  std::generic_category().message(source_->GetError()).c_str());
+  return false;
+}
+
 bool FbxIO::ProjectOpen(const char* fileName, bool openMainSection, FbxIOFileHeaderInfo* info) {
   ProjectClose();
   fileName_ = fileName;
@@ -79,6 +86,7 @@ bool FbxIO::Open(std::unique_ptr<FbxByteSource> source, bool openMainSection,
   blocks_ = std::make_unique<FbxAsciiBlocks>();
   inflater_ = std::make_unique<FbxInflater>(source_->Size());
   if (!ProjectReadHeader(openMainSection, info)) {
+    CheckRead();
     ProjectClose();
     return false;
   }
@@ -142,14 +150,24 @@ bool FbxIO::BinaryReadHeader() {
   return true;
 }
 
-// "; FBX 7.4.0 project file", or the same with two numbers.
+// "; FBX 7.4.0 project file", or the same with two numbers. A byte order mark and blank lines may
+// stand before it.
 bool FbxIO::ASCIIReadHeader() {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   constexpr size_t kLongestLine = 64;
-  std::string line(source_->View(0, kLongestLine).substr(0, kLongestLine));
-  line.resize(std::min(line.find('\n'), line.size() - 1) + 1);
   format_.isBinary = false;
   // The line is a comment, so the records may begin with it: it may go on behind what is looked at.
-  mainPosition_ = 0;
+  mainPosition_ = source_->View(0, kByteOrderMark.size()).starts_with(kByteOrderMark)
+                      ? static_cast<int64_t>(kByteOrderMark.size())
+                      : 0;
+  while (true) {
+    const std::string_view view = source_->View(mainPosition_);
+    const auto text = std::find_if_not(view.begin(), view.end(), IsSpace);
+    mainPosition_ += text - view.begin();
+    if (text != view.end() || view.empty()) break;
+  }
+  std::string line(source_->View(mainPosition_, kLongestLine).substr(0, kLongestLine));
+  line.resize(std::min(line.find('\n'), line.size() - 1) + 1);
 
   char mark = 0;
   char dot = 0;
@@ -224,7 +242,6 @@ bool FbxIO::ProjectReadExtendedHeader(FbxIOFileHeaderInfo* info) {
     if (name.substr(0, name.find_last_not_of(" \t") + 1) != kHeaderBlock) return true;
     block = scanner.Position();
     end = blocks_->Skip(*source_, block);
-    if (end < 0) return Corrupted();
   }
 
   if (!PushList(block, end)) return Corrupted();
@@ -345,29 +362,19 @@ bool FbxIO::ProjectOpenSection(int32_t section) {
   list = MakeList();
   current_ = list.get();
   const int64_t position = sections_[static_cast<size_t>(section)].position;
-  if (!current_->Parse(position, source_->Size()) ||
-      (format_.isBinary && !BinaryReadSectionHeader(section))) {
+  if (!current_->Parse(position, source_->Size())) {
     ProjectCloseSection();
     list.reset();
     return Corrupted();
   }
+  // The other records that belong to the file rather than the document, its id, its creation time
+  // and a footer id, never decide: other programs write what they like there, or nothing.
+  if (format_.isBinary) {
+    password_ = FieldReadC("NodeId");
+    if (password_.empty()) password_ = FieldReadC("Param2a");
+  }
   current_->ResetPosition();
   return true;
-}
-
-// Whether the section's file id, creation time and footer id go together. Their contents aren't
-// compared: other programs write what they like there.
-bool FbxIO::BinaryReadSectionHeader(int32_t section) {
-  const bool hasId = current_->Find("FileId") != nullptr || current_->Find("Source") != nullptr;
-  const bool hasTime = current_->Find("CreationTime") != nullptr;
-  password_ = FieldReadC("NodeId");
-  if (password_.empty()) password_ = FieldReadC("Param2a");
-
-  std::array<char, kFooterIdSize> footerId;
-  const size_t footerBytes = source_->Read(current_->End(), footerId.data(), footerId.size());
-  if (hasId != hasTime) return false;
-  if (hasId) return footerBytes == footerId.size();
-  return section + 1 < ProjectGetSectionCount() || footerBytes == 0;
 }
 
 void FbxIO::ProjectCloseSection() {

@@ -113,6 +113,9 @@ class FbxIO {
   static void ProjectConvertVersionNumber(int version, int& major, int& minor, int& revision);
   bool IsBinary() const { return format_.isBinary; }
   bool IsEncrypted() const { return isEncrypted_; }
+  // False, with code 1 and the system's reason, once bytes of the open file couldn't be read. To
+  // the cursor it looks as if the file ended there.
+  bool CheckRead();
   // Without it, files of version 7000 and above are refused.
   void Fbx7Support(bool isSupported) { isFbx7Supported_ = isSupported; }
 
@@ -120,6 +123,9 @@ class FbxIO {
   int32_t FieldGetCount() const;
   std::string_view FieldGetName(int32_t field) const;
   int32_t FieldGetInstanceCount(std::string_view name) const;
+
+  // All records of the list in file order.
+  std::vector<FbxIORecordPlace> FieldGetFileOrder() const;
 
   bool FieldReadBegin(std::string_view name) { return FieldReadBegin(name, 0); }
   bool FieldReadBegin(std::string_view name, int32_t instance);
@@ -255,7 +261,6 @@ class FbxIO {
   bool ProjectReadExtendedHeader(FbxIOFileHeaderInfo* info);
   bool ReadExtendedHeaderFields(FbxIOFileHeaderInfo* info);
   void BinaryReadSectionPosition();
-  bool BinaryReadSectionHeader(int32_t section);
   // Sets code 7 with the file's name; false.
   bool Corrupted();
 

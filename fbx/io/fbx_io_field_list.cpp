@@ -30,7 +30,6 @@ void FbxIOFieldList::Clear() {
   scratch_.clear();
   fieldIndex_ = {};
   currentField_ = -1;
-  end_ = 0;
 }
 
 int32_t FbxIOFieldList::FieldIndex(std::string_view name) {
@@ -65,6 +64,7 @@ int32_t FbxIOFieldList::FieldIndex(std::string_view name) {
 FbxIOFieldInstance& FbxIOFieldList::AddInstance(int32_t field) {
   FbxIOFieldInstance& instance = instances_.emplace_back();
   instance.field = field;
+  instance.order = static_cast<int32_t>(instances_.size() - 1);
   ++fields_[static_cast<size_t>(field)].count;
   return instance;
 }
@@ -114,6 +114,17 @@ const FbxIOField* FbxIOFieldList::Find(std::string_view name) const {
       fields_.begin(), fields_.end(), name,
       [](const FbxIOField& field, std::string_view wanted) { return field.name < wanted; });
   return found != fields_.end() && found->name == name ? &*found : nullptr;
+}
+
+std::vector<FbxIORecordPlace> FbxIOFieldList::FileOrder() const {
+  std::vector<FbxIORecordPlace> places(instances_.size());
+  for (size_t i = 0; i < fields_.size(); ++i) {
+    for (int32_t k = 0; k < fields_[i].count; ++k) {
+      const FbxIOFieldInstance& instance = instances_[fields_[i].first + static_cast<size_t>(k)];
+      places[static_cast<size_t>(instance.order)] = {static_cast<int32_t>(i), k};
+    }
+  }
+  return places;
 }
 
 bool FbxIOFieldList::Begin(std::string_view name, int32_t instance) {

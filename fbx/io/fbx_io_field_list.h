@@ -37,6 +37,8 @@ struct FbxIOFieldInstance {
   int32_t valueCount = 0;
   int32_t valueIndex = 0;
   int32_t field = 0;
+  // Place among the records of the list, in file order.
+  int32_t order = 0;
   // Index of the text that owns a decoded large value, -1 without one.
   int32_t scratch = -1;
   bool isBuffered = false;
@@ -49,6 +51,12 @@ struct FbxIOField {
   int32_t count = 0;
   // The instance that the cursor stands on; `count` past the last.
   int32_t readCurrent = 0;
+};
+
+// The `instance`-th record of the list's `field`-th name.
+struct FbxIORecordPlace {
+  int32_t field = 0;
+  int32_t instance = 0;
 };
 
 // How the bytes of a list are to be understood.
@@ -96,8 +104,6 @@ class FbxIOFieldList {
   bool Parse(int64_t start, int64_t limit);
   // Forgets the records, and gives large buffers back.
   void Clear();
-  // The position behind the list, its null record or closing brace included.
-  int64_t End() const { return end_; }
   // Takes the cursor back to the first record of every name.
   void ResetPosition();
 
@@ -105,6 +111,7 @@ class FbxIOFieldList {
   // Null past the last, in sorted order.
   const FbxIOField* Field(size_t index) const;
   const FbxIOField* Find(std::string_view name) const;
+  std::vector<FbxIORecordPlace> FileOrder() const;
   // Puts the cursor on the first value of a record; false if there is no such record.
   bool Begin(std::string_view name, int32_t instance);
   bool Begin(size_t field, int32_t instance);
@@ -210,7 +217,6 @@ class FbxIOFieldList {
   FbxAsciiBlocks& blocks_;
   FbxInflater& inflater_;
   FbxIOListFormat format_;
-  int64_t end_ = 0;
   std::vector<FbxIOField> fields_;
   std::vector<FbxIOFieldInstance> instances_;
   int32_t currentField_ = -1;

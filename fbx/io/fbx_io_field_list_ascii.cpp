@@ -72,13 +72,11 @@ bool FbxIOFieldList::ReadLevelText(int64_t start, int64_t limit) {
     if (brace != '{') break;
     const int64_t block = scanner.Position();
     const int64_t behind = blocks_.Skip(source_, block);
-    if (behind < 0) return false;
     buffer_.push_back(' ');
     blockMarks_.push_back({buffer_.size(), block, behind});
     buffer_.push_back(kBlockMark);
     scanner.Resume(behind);
   }
-  end_ = scanner.Position();
   return true;
 }
 

@@ -27,7 +27,11 @@ bool FbxBinaryRecord::Read(FbxByteSource& source, const FbxIOListFormat& format,
     return width == 8 ? LoadNumber<int64_t>(at, format.swap)
                       : int64_t{LoadNumber<uint32_t>(at, format.swap)};
   };
-  if (bytes.size() < width) return false;
+  if (bytes.size() < width) {
+    // A file may end anywhere behind its last record, within the null record, too.
+    end = 0;
+    return bytes.find_first_not_of('\0') == std::string_view::npos;
+  }
   end = word(0);
   if (IsNull()) return true;
   if (bytes.size() < fixed || end <= position || end > limit) return false;
@@ -51,10 +55,7 @@ bool FbxIOFieldList::ParseBinary(int64_t start, int64_t limit) {
   while (position != limit) {
     // A record ends behind its start, so that positions rise and the loop ends.
     if (!record.Read(source_, format_, position, limit)) return false;
-    if (record.IsNull()) {
-      position += FbxBinaryRecord::NullSize(format_);
-      break;
-    }
+    if (record.IsNull()) break;
     FbxIOFieldInstance& instance = AddInstance(FieldIndex(record.name));
     instance.end = record.end;
     instance.values = record.values;
@@ -71,7 +72,6 @@ bool FbxIOFieldList::ParseBinary(int64_t start, int64_t limit) {
     if (!CheckValues(instance)) return false;
     position = record.end;
   }
-  end_ = position;
   return true;
 }
 

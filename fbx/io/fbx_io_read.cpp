@@ -21,6 +21,10 @@ int32_t FbxIO::FieldGetInstanceCount(std::string_view name) const {
   return field == nullptr ? 0 : field->count;
 }
 
+std::vector<FbxIORecordPlace> FbxIO::FieldGetFileOrder() const {
+  return current_ == nullptr ? std::vector<FbxIORecordPlace>() : current_->FileOrder();
+}
+
 bool FbxIO::FieldReadBegin(std::string_view name, int32_t instance) {
   return current_ != nullptr && current_->Begin(name, instance);
 }

@@ -72,8 +72,11 @@ bool FbxImporter::Open(const Source& source, FbxMediaFolder media, FbxIOSettings
   reader_ = std::make_unique<FbxReaderFbx7>(*GetFbxManager(), status_, settings, std::move(io),
                                             std::move(media));
   fileSettings_ = FbxGlobalSettings::Create(GetFbxManager(), "GlobalSettings");
-  reader_->ReadOutline(*fileSettings_);
-  return true;
+  return reader_->ReadOutline(*fileSettings_);
+}
+
+std::vector<std::string> FbxImporter::GetMessages() const {
+  return reader_ == nullptr ? std::vector<std::string>() : reader_->GetMessages();
 }
 
 bool FbxImporter::Import(FbxDocument* document, bool /*nonBlocking*/) {

@@ -3,7 +3,9 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "fbx/core/fbx_object.h"
 #include "fbx/core/fbx_status.h"
@@ -29,6 +31,10 @@ class FbxImporter : public FbxObject {
   // the global time mode and protocol.
   bool Import(FbxDocument* document, bool nonBlocking = false);
   const FbxStatus& GetStatus() const { return status_; }
+  // What went wrong beside the document: embedded pictures that can't be written. Each begins with
+  // the file that it is about. Complete after Import.
+  std::vector<std::string> GetMessages() const;
+  // Known after Initialize, also of a file that is refused because no reader reads its version.
   void GetFileVersion(int& major, int& minor, int& revision) const;
   // What the file says of itself, known from Initialize on; null before.
   const FbxGlobalSettings* GetFileGlobalSettings() const { return fileSettings_; }

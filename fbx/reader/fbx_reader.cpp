@@ -35,9 +35,19 @@ void FbxReader::LeaveBlock() { io_->FieldReadBlockEnd(); }
 
 FbxNode* FbxReader::RootNode() const { return scene_ == nullptr ? nullptr : scene_->GetRootNode(); }
 
+bool FbxReader::ReadOutline(FbxGlobalSettings& settings) {
+  if (io_->ProjectOpenMainSection()) {
+    ReadSettings(settings);
+    io_->ProjectCloseSection();
+  }
+  status_.Clear();
+  return io_->CheckRead();
+}
+
 bool FbxReader::Read(FbxDocument& document) {
   if (io_->ProjectGetCurrentSection() < 0 && !io_->ProjectOpenMainSection()) {
     status_.SetCode(FbxStatus::eFailure, "File is corrupted (or invalid)");
+    io_->CheckRead();
     return false;
   }
   const std::string password =
@@ -52,7 +62,10 @@ bool FbxReader::Read(FbxDocument& document) {
   document_ = &document;
   scene_ = document.Is<FbxScene>() ? static_cast<FbxScene*>(document_) : nullptr;
   io_->FieldReadResetPosition();
-  if (!ReadSections()) return false;
+  if (!ReadSections()) {
+    io_->CheckRead();
+    return false;
+  }
   if (scene_ != nullptr) {
     scene_->FixInheritType(RootNode());
     if (GetOption("Shape", true)) RebuildTargetShapes(*scene_);
@@ -63,7 +76,7 @@ bool FbxReader::Read(FbxDocument& document) {
   io_->ProjectCloseSection();
   // Parts that could not be read have left their mark here; the document has the rest.
   status_.Clear();
-  return true;
+  return io_->CheckRead();
 }
 
 FbxObject* FbxReader::NewObject(FbxClassId classId, std::string_view name) {

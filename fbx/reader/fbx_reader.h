@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "fbx/core/fbx_manager.h"
 #include "fbx/core/fbx_status.h"
@@ -26,12 +27,17 @@ class FbxReader : protected FbxObjectReferences {
   ~FbxReader() override;
 
   // Reads global settings into `settings` ahead of the document.
-  virtual void ReadOutline(FbxGlobalSettings& settings) = 0;
+  bool ReadOutline(FbxGlobalSettings& settings);
   // Loads the document of the file, which must be empty. For a scene, the global time mode and
-  // protocol become the scene's.
+  // protocol become the scene's. False with the status set; what the document holds then is no
+  // scene to be used.
   bool Read(FbxDocument& document);
+  // What went wrong beside the document, each in a sentence.
+  const std::vector<std::string>& GetMessages() const { return media_.GetMessages(); }
 
  protected:
+  // The settings in the main section, which is open; what is wrong with it is said by Read.
+  virtual void ReadSettings(FbxGlobalSettings& settings) = 0;
   // Reads all that the main section holds; the cursor stands at its top. False with the status set.
   virtual bool ReadSections() = 0;
   // A new object with what the file gives to all objects of its class.

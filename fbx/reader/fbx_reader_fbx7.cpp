@@ -21,12 +21,7 @@ bool BeginsWithId(FbxIO& io) {
 
 }  // namespace
 
-void FbxReaderFbx7::ReadOutline(FbxGlobalSettings& settings) {
-  if (!io_->ProjectOpenMainSection()) {
-    // Import says what is wrong with it.
-    status_.Clear();
-    return;
-  }
+void FbxReaderFbx7::ReadSettings(FbxGlobalSettings& settings) {
   int major = 0;
   int minor = 0;
   int revision = 0;
@@ -36,7 +31,6 @@ void FbxReaderFbx7::ReadOutline(FbxGlobalSettings& settings) {
   const bool isAmongObjects = minor == 0 && EnterBlock("Objects");
   ReadGlobalSettings(settings);
   if (isAmongObjects) LeaveBlock();
-  io_->ProjectCloseSection();
 }
 
 bool FbxReaderFbx7::ReadSections() {
@@ -80,12 +74,10 @@ bool FbxReaderFbx7::ReadDescriptionSection() {
 void FbxReaderFbx7::ReadDefinitionSection() {
   types_.clear();
   if (!EnterBlock("Definitions")) return;
-  std::unordered_set<std::string> seen;
   const int32_t types = io_->FieldGetInstanceCount("ObjectType");
   for (int32_t i = 0; i < types; ++i) {
     io_->FieldReadBegin("ObjectType", i);
-    std::string type(io_->FieldReadC());
-    if (seen.insert(type).second) types_.push_back(std::move(type));
+    types_.emplace_back(io_->FieldReadC());
     if (!io_->FieldReadBlockBegin()) continue;
     const int32_t templates = io_->FieldGetInstanceCount("PropertyTemplate");
     for (int32_t k = 0; k < templates; ++k) {
@@ -95,10 +87,15 @@ void FbxReaderFbx7::ReadDefinitionSection() {
     LeaveBlock();
   }
   LeaveBlock();
-  OrderTypeInfoSection();
 }
 
 void FbxReaderFbx7::OrderTypeInfoSection() {
+  // Types that aren't defined come behind those that are.
+  for (const FbxIORecordPlace place : io_->FieldGetFileOrder()) {
+    if (place.instance == 0) types_.emplace_back(io_->FieldGetName(place.field));
+  }
+  std::unordered_set<std::string> seen;
+  std::erase_if(types_, [&](const std::string& type) { return !seen.insert(type).second; });
   // Each goes to the front in turn, so the last one here comes first.
   for (const char* name :
        {"Video", "Texture", "ProceduralTexture", "Material", "Model", "NodeAttribute"}) {
@@ -133,6 +130,7 @@ FbxObject* FbxReaderFbx7::NewObject(FbxClassId classId, std::string_view name) {
 
 void FbxReaderFbx7::ReadObjectSection() {
   if (!EnterBlock("Objects")) return;
+  OrderTypeInfoSection();
   for (const std::string& type : types_) ReadObjectsOfType(type);
   LeaveBlock();
 }

@@ -14,9 +14,8 @@ class FbxReaderFbx7 : public FbxReader {
  public:
   using FbxReader::FbxReader;
 
-  void ReadOutline(FbxGlobalSettings& settings) override;
-
  protected:
+  void ReadSettings(FbxGlobalSettings& settings) override;
   bool ReadSections() override;
   // With its class's defaults of the file. The values aren't copied: the object, which holds no
   // properties yet, looks them up in the template.
@@ -27,10 +26,12 @@ class FbxReaderFbx7 : public FbxReader {
  private:
   void ReadGlobalSettings(FbxGlobalSettings& settings);
   bool ReadDescriptionSection();
-  // Templates, and which types there are, in the order in which their objects are read.
+  // Templates, and which types there are.
   void ReadDefinitionSection();
   // A class that isn't known, or that has its template already, is passed over.
   void ReadTemplate();
+  // Brings the types into the order in which their objects are read, those that `Objects`, the
+  // current list, holds without a definition among them.
   void OrderTypeInfoSection();
   void ReadObjectSection();
   void ReadObjectsOfType(const std::string& type);

@@ -1,6 +1,8 @@
 #include "fbx/reader/media_folder.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <system_error>
 #include <utility>
 
 #include <boost/filesystem.hpp>
@@ -29,6 +31,7 @@ class FileDescriptor {
   bool WriteAll(std::string_view bytes) const {
     while (!bytes.empty()) {
       const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
+      if (written < 0 && errno == EINTR) continue;
       if (written <= 0) return false;
       bytes.remove_prefix(static_cast<size_t>(written));
     }
@@ -43,6 +46,62 @@ class FileDescriptor {
   int descriptor_;
 };
 
+constexpr int kOpenFolder = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+
+// A folder of this run below `parent`, gone with the file in it at the end: whoever lists or reads
+// the parent beside this run sees whole files only.
+class PartFolder {
+ public:
+  static constexpr const char* kFile = "part";
+
+  explicit PartFolder(int parent)
+      : parent_(parent), name_(".part-" + std::to_string(::getpid())), folder_(Make()) {}
+  ~PartFolder() {
+    const int error = errno;
+    Empty();
+    ::unlinkat(parent_, name_.c_str(), AT_REMOVEDIR);
+    errno = error;
+  }
+  PartFolder(const PartFolder&) = delete;
+  PartFolder& operator=(const PartFolder&) = delete;
+
+  int Get() const { return folder_.Get(); }
+  // Of an earlier run with this number.
+  void Empty() const { ::unlinkat(folder_.Get(), kFile, 0); }
+
+ private:
+  int Make() const {
+    ::mkdirat(parent_, name_.c_str(), 0700);
+    return ::openat(parent_, name_.c_str(), kOpenFolder);
+  }
+
+  int parent_;
+  std::string name_;
+  FileDescriptor folder_;
+};
+
+// Writes `name` in the folder, which is made if it isn't there. False with errno set.
+bool WriteFile(const fs::path& folder, const std::string& name,
+               const std::function<std::string_view()>& next) {
+  const int made = ::mkdir(folder.c_str(), 0777) == 0 ? 0 : errno;
+  const FileDescriptor directory(::open(folder.c_str(), kOpenFolder));
+  if (!directory.IsOpen()) {
+    if (errno == ENOENT) errno = made;
+    return false;
+  }
+  const PartFolder part(directory.Get());
+  part.Empty();
+  FileDescriptor file(::openat(part.Get(), PartFolder::kFile,
+                               O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+  bool isWritten = file.IsOpen();
+  for (std::string_view bytes = next(); isWritten && !bytes.empty(); bytes = next()) {
+    isWritten = file.WriteAll(bytes);
+  }
+  // A name that is a symbolic link is replaced by this, not followed.
+  return isWritten && file.Close() &&
+         ::renameat(part.Get(), PartFolder::kFile, directory.Get(), name.c_str()) == 0;
+}
+
 }  // namespace
 
 std::string_view PlainFileName(std::string_view path) {
@@ -54,44 +113,32 @@ std::string_view PlainFileName(std::string_view path) {
 }
 
 std::string FbxMediaFolder::Find(const std::string& absolute, const std::string& relative) const {
-  if (!IsEnabled() || relative.empty() || (!absolute.empty() && IsFile(absolute))) return {};
+  if (!IsEnabled() || relative.empty() || (!absolute.empty() && IsThere(absolute))) return {};
   const fs::path folder = fs::path(sceneFile_).parent_path();
   // A backslash is an ordinary character here, so the name as it stands comes first.
   std::string slashes = relative;
   std::replace(slashes.begin(), slashes.end(), '\\', '/');
   for (const std::string& name : {relative, slashes}) {
-    const fs::path path = (folder / name).lexically_normal();
-    if (IsFile(path)) return path.string();
+    std::string path = (folder / name).lexically_normal().string();
+    if (IsThere(path)) return path;
   }
   return {};
 }
 
+bool FbxMediaFolder::IsThere(const std::string& path) const {
+  return IsFile(path) || unwritten_.contains(fs::path(path).lexically_normal().string());
+}
+
 FbxMediaFolder::Written FbxMediaFolder::Write(std::string_view name,
-                                              const std::function<std::string_view()>& next) const {
+                                              const std::function<std::string_view()>& next) {
   const std::string plainName(PlainFileName(name));
   if (!IsEnabled() || plainName.empty()) return {};
   const fs::path folder = fs::path(sceneFile_).replace_extension(".fbm");
-  ::mkdir(folder.c_str(), 0777);
-  const FileDescriptor directory(
-      ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-  if (!directory.IsOpen()) return {};
-
-  // Under a name of its own first: a run beside this one may be reading the file.
-  const std::string part = ".part-" + std::to_string(::getpid());
-  ::unlinkat(directory.Get(), part.c_str(), 0);
-  FileDescriptor file(::openat(directory.Get(), part.c_str(),
-                               O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
-  if (!file.IsOpen()) return {};
-  bool isWritten = true;
-  for (std::string_view bytes = next(); isWritten && !bytes.empty(); bytes = next()) {
-    isWritten = file.WriteAll(bytes);
+  const fs::path path = folder / plainName;
+  if (!WriteFile(folder, plainName, next)) {
+    const std::string reason = std::generic_category().message(errno);
+    messages_.push_back(path.string() + ": the embedded picture can't be written: " + reason);
+    unwritten_.insert(path.lexically_normal().string());
   }
-  isWritten = file.Close() && isWritten;
-  // A name that is a symbolic link is replaced by this, not followed.
-  if (!isWritten ||
-      ::renameat(directory.Get(), part.c_str(), directory.Get(), plainName.c_str()) != 0) {
-    ::unlinkat(directory.Get(), part.c_str(), 0);
-    return {};
-  }
-  return {(folder / plainName).string(), (folder.filename() / plainName).string()};
+  return {path.string(), (folder.filename() / plainName).string()};
 }

@@ -7,8 +7,11 @@
 #pragma once
 
 #include <functional>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 class FbxMediaFolder {
  public:
@@ -29,11 +32,18 @@ class FbxMediaFolder {
   };
   // Writes a file of the last component of `name`, replacing one that is there only when all of it
   // is written. `next` gives the bytes piece by piece, empty at the end. Both names are empty if
-  // the file could not be written, or the name has no usable last component.
-  Written Write(std::string_view name, const std::function<std::string_view()>& next) const;
+  // the name has no usable last component. A file that can't be written is told to the messages,
+  // and from then on Find takes it for there, so that no name in the scene depends on the disk.
+  Written Write(std::string_view name, const std::function<std::string_view()>& next);
+  // "<file>: the embedded picture can't be written: <reason>" for each.
+  const std::vector<std::string>& GetMessages() const { return messages_; }
 
  private:
+  bool IsThere(const std::string& path) const;
+
   std::string sceneFile_;
+  std::set<std::string> unwritten_;
+  std::vector<std::string> messages_;
 };
 
 // What stands behind the last '/' or '\'; "" for ".", ".." and names with a zero byte.

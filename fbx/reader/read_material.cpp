@@ -54,7 +54,7 @@ void MoveFieldToTriple(FbxIO& io, const char* field, const FbxObject& object, co
 }
 
 // The pieces of the embedded file one after the other: text files hold it in several values.
-void ExtractContent(FbxIO& io, FbxVideo& video, const FbxMediaFolder& media) {
+void ExtractContent(FbxIO& io, FbxVideo& video, FbxMediaFolder& media) {
   if (!io.FieldReadBegin("Content")) return;
   const auto next = [&io]() -> std::string_view {
     while (io.FieldReadGetRemain() > 0) {
@@ -140,7 +140,7 @@ void ReadLayeredTexture(FbxIO& io, FbxLayeredTexture& texture) {
   ReadProperties(io, texture);
 }
 
-void ReadVideo(FbxIO& io, FbxVideo& video, const FbxMediaFolder& media) {
+void ReadVideo(FbxIO& io, FbxVideo& video, FbxMediaFolder& media) {
   ReadProperties(io, video);
   video.useMipMap = io.FieldReadI("UseMipMap") != 0;
   video.SetFileName(io.FieldReadC("Filename"));

@@ -78,7 +78,7 @@ void ReadSurfaceMaterial(FbxIO& io, FbxSurfaceMaterial& material, std::string_vi
 void ReadFileTexture(FbxIO& io, FbxFileTexture& texture, const FbxMediaFolder& media);
 void ReadLayeredTexture(FbxIO& io, FbxLayeredTexture& texture);
 // Writes the media embedded in the video's record to the disk.
-void ReadVideo(FbxIO& io, FbxVideo& video, const FbxMediaFolder& media);
+void ReadVideo(FbxIO& io, FbxVideo& video, FbxMediaFolder& media);
 // Gives textures without a file the one that their video has written. Textures are read before
 // videos, so this comes after the connections; the next load of the file finds the same.
 void FindEmbeddedTextures(const FbxDocument& document, const FbxMediaFolder& media);

@@ -21,7 +21,8 @@ const std::array<const char*, FbxLayer::kUVChannels> kUVElementNames = {
 };
 
 FbxLayerElement::EMappingMode MappingModeFromName(std::string_view name) {
-  if (name == "ByVertice") return FbxLayerElement::eByControlPoint;
+  // Some writers spell it right.
+  if (name == "ByVertice" || name == "ByVertex") return FbxLayerElement::eByControlPoint;
   if (name == "ByPolygonVertex") return FbxLayerElement::eByPolygonVertex;
   if (name == "ByPolygon") return FbxLayerElement::eByPolygon;
   if (name == "ByEdge") return FbxLayerElement::eByEdge;

@@ -80,6 +80,20 @@ TEST(FbxIOAscii, Blocks) {
   EXPECT_EQ(io.FieldReadI("G"), 6);
 }
 
+// A quoted text runs to its closing quote, whatever its lines look like.
+TEST(FbxIOAscii, TextsOverSeveralLines) {
+  const std::string name = "two\n  ; lines {\r\n}";
+  const std::string text = "A: \"" + name + "\", 1 {\n B: \"" + name + "\" {\n C: 2\n }\n}\nD: 3\n";
+  EXPECT_THAT(Values(text, "A"), ElementsAre(name, "1"));
+  EXPECT_THAT(Values(text, "D"), ElementsAre("3"));
+  OpenedIO file(MakeAscii(text));
+  ASSERT_TRUE(file.io.FieldReadBegin("A") && file.io.FieldReadBlockBegin());
+  ASSERT_TRUE(file.io.FieldReadBegin("B"));
+  EXPECT_EQ(file.io.FieldReadC(), name);
+  ASSERT_TRUE(file.io.FieldReadBlockBegin());
+  EXPECT_EQ(file.io.FieldReadI("C"), 2);
+}
+
 TEST(FbxIOAscii, OddBlocks) {
   // Blocks that aren't closed end with the file.
   OpenedIO file(MakeAscii("A: 1 {\n B: 2 {\n C: 3\n"));

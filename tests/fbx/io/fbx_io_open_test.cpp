@@ -102,35 +102,40 @@ TEST(FbxIOOpen, EncryptedFilesAreRefused) {
   EXPECT_STREQ(unknown.status.GetErrorString(), "Encryption type is not supported");
 }
 
-TEST(FbxIOOpen, IdAndTimeGoTogetherWithAFooter) {
-  const FbxRecord header("FBXHeaderExtension", {}, {{"FBXVersion", {7400}}});
+TEST(FbxIOOpen, IdTimeAndFooterAreNeverMissed) {
   const FbxRecord id("FileId", {FbxRaw{std::string(16, 'x')}});
-  const FbxRecord source("Source", {"a program"});
   const FbxRecord time("CreationTime", {"2024-01-01 00:00:00:000"});
-  const auto reads = [&](FbxRecords records, bool footer) {
-    records.insert(records.begin(), header);
-    OpenedIO file(WriteFbx(records, {.footer = footer}));
-    EXPECT_TRUE(file.isOpen);
-    EXPECT_EQ(file.isRead, !file.status.Error());
-    return file.isRead;
-  };
-  EXPECT_TRUE(reads({source, time}, true));
-  EXPECT_FALSE(reads({id, time}, false));
-  EXPECT_FALSE(reads({id}, true));
-  EXPECT_FALSE(reads({time}, false));
-  EXPECT_FALSE(reads({FbxRecord("A", {1})}, true));
-  EXPECT_TRUE(reads({FbxRecord("A", {1})}, false));
+  for (const FbxRecords& about : {FbxRecords{}, {id}, {time}, {id, time}}) {
+    for (const bool footer : {false, true}) {
+      FbxRecords records = {{"FBXHeaderExtension", {}, {{"FBXVersion", {7400}}}}, {"A", {1}}};
+      records.insert(records.begin() + 1, about.begin(), about.end());
+      OpenedIO file(WriteFbx(records, {.footer = footer}));
+      EXPECT_TRUE(file.isRead);
+      EXPECT_EQ(file.io.FieldReadI("A"), 1);
+    }
+  }
 }
 
-TEST(FbxIOOpen, FileCutBehindItsLastRecordIsRead) {
-  std::string bytes = WriteFbx({{"FBXHeaderExtension", {}, {{"FBXVersion", {7400}}}}, {"A", {1}}},
-                               {.footer = false});
-  OpenedIO whole(bytes);
-  EXPECT_TRUE(whole.isRead);
-  EXPECT_EQ(whole.io.ProjectGetSectionCount(), 1);
-  OpenedIO cut(bytes.substr(0, bytes.size() - 13));
-  EXPECT_TRUE(cut.isRead) << "even without the null record";
-  EXPECT_EQ(cut.io.FieldReadI("A"), 1);
+TEST(FbxIOOpen, FilesCutBehindTheirLastRecordAreRead) {
+  for (const int version : {7400, 7500}) {
+    const FbxFormat format = {.version = version};
+    const auto type = version < 7500 ? FbxIO::eBinary32 : FbxIO::eBinary64;
+    const std::string bytes = MakeFile({{"A", {1}, {{"B", {2}}}}}, format);
+    const std::string bare =
+        MakeFile({{"A", {1}, {{"B", {2}}}}}, {.version = version, .footer = false});
+    const size_t last = bare.size() - (version < 7500 ? 13 : 25);
+    for (size_t size = last; size <= bytes.size(); ++size) {
+      OpenedIO cut(bytes.substr(0, size), type);
+      ASSERT_TRUE(cut.isRead) << size;
+      EXPECT_EQ(cut.io.FieldReadI("A"), 1) << size;
+      EXPECT_EQ(cut.io.ProjectGetSectionCount(), 1) << size;
+    }
+    for (size_t size = last - 30; size < last; ++size) {
+      OpenedIO cut(bytes.substr(0, size), type);
+      EXPECT_FALSE(cut.isRead) << size;
+      EXPECT_EQ(cut.status.GetCode(), FbxStatus::eInvalidFile);
+    }
+  }
 }
 
 TEST(FbxIOOpen, FooterTellsTheSections) {
@@ -175,15 +180,20 @@ TEST(FbxIOOpen, AsciiFirstLines) {
     OpenedIO file(line + "\nA: 1\n");
     return file.isOpen ? file.io.GetFileVersionNumber() : -1;
   };
-  const std::vector<std::pair<const char*, int>> cases = {{"; FBX 6.1.0 Project FILE", 6100},
-                                                          {"; Other 5.2 project file", 5200},
-                                                          {"; Filmbox 2.7 project file", 2001},
-                                                          {"; Filmbox 4.5 project file", 4050},
-                                                          {"; Filmbox 3.5 project file", 3500},
-                                                          {"; FBX 7.4.0 object file", -1},
-                                                          {"# FBX 7.4.0 project file", -1},
-                                                          {"; FBX 7,4.0 project file", -1},
-                                                          {"", -1}};
+  const std::vector<std::pair<const char*, int>> cases = {
+      {"; FBX 6.1.0 Project FILE", 6100},
+      {"; Other 5.2 project file", 5200},
+      {"; Filmbox 2.7 project file", 2001},
+      {"; Filmbox 4.5 project file", 4050},
+      {"; Filmbox 3.5 project file", 3500},
+      {"; FBX 7.4.0 object file", -1},
+      {"# FBX 7.4.0 project file", -1},
+      {"; FBX 7,4.0 project file", -1},
+      {"", -1},
+      {"\xEF\xBB\xBF; FBX 7.1.0 project file", 7100},
+      {"\r\n \n; FBX 7.2.0 project file", 7200},
+      {"\xEF\xBB\xBF\n\n; FBX 7.3.0 project file", 7300},
+      {"\n\xEF\xBB\xBF; FBX 7.3.0 project file", -1}};
   for (const auto& [line, expected] : cases) EXPECT_EQ(version(line), expected) << line;
 
   // Only so much of the line is looked at, but all of it is a comment.

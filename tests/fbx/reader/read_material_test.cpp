@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "fbx/reader/media_folder.h"
 #include "fbx/scene/fbx_material.h"
 #include "tests/fbx/reader/imported.h"
 #include "tests/support/temp_dir.h"
@@ -226,6 +227,48 @@ TEST_F(MediaTest, TexturesFindFilesBesideTheScene) {
   EXPECT_THAT(TextureFiles(*Load(builder)),
               ElementsAre(folder.File("here.png"), folder.File("textures/skin.png"),
                           folder.File("here.png"), "C:\\art\\gone.png", "C:\\art\\gone.png"));
+}
+
+// What the disk refuses changes no name, or a scene's materials would depend on it.
+TEST_F(MediaTest, ThatCantBeWrittenKeepTheirNames) {
+  SceneBuilder builder;
+  const int64_t texture = builder.AddTexture("by video", "C:\\art\\b.png");
+  builder.Connect(AddVideo(builder, "C:\\art\\b.png", "b"), texture);
+  for (const bool isRefused : {false, true}) {
+    if (isRefused) {
+      std::filesystem::remove_all(folder.File("scene.fbm"));
+      folder.Write("scene.fbm", "in the way");
+    }
+    const FbxScene* scene = Load(builder);
+    EXPECT_THAT(TextureFiles(*scene), ElementsAre(folder.File("scene.fbm/b.png")));
+    EXPECT_STREQ(scene->GetSrcObject<FbxVideo>(0)->GetRelativeFileName(), "scene.fbm/b.png");
+    EXPECT_EQ(FileExists(folder.File("scene.fbm/b.png")), !isRefused);
+  }
+}
+
+TEST_F(MediaTest, StandInTheirFolderOnlyWhole) {
+  FbxMediaFolder media(folder.File("scene.fbx"));
+  const auto files = [&] {
+    size_t count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.File("scene.fbm"))) {
+      count += entry.is_regular_file() ? 1 : 0;
+    }
+    return count;
+  };
+  std::string_view rest = "bytes";
+  media.Write("a.png", [&] {
+    EXPECT_EQ(files(), 0U);
+    return std::exchange(rest, std::string_view());
+  });
+  EXPECT_EQ(files(), 1U);
+  EXPECT_TRUE(media.GetMessages().empty());
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.File("scene.fbm")), {}), 1);
+
+  std::filesystem::create_directory(folder.File("scene.fbm/b.png"));
+  EXPECT_EQ(media.Write("b.png", [] { return std::string_view(); }).relative, "scene.fbm/b.png");
+  EXPECT_THAT(media.GetMessages(),
+              ElementsAre(folder.File("scene.fbm/b.png") +
+                          ": the embedded picture can't be written: Is a directory"));
 }
 
 // Textures are read before videos, and yet find their media the first time that a file is read.

@@ -77,7 +77,7 @@ TEST(ReadObjects, MakesTheClassOfTypeAndSubclass) {
   EXPECT_TRUE(Imported(scene.Write(), {"Shape"}).Names<FbxShape>().empty());
 }
 
-TEST(ReadObjects, PassesOverWhatHasNoBlockNoDefinitionOrAKnownId) {
+TEST(ReadObjects, PassesOverWhatHasNoBlockOrAKnownId) {
   FbxRecords records = SceneBuilder().Document();
   FbxRecords& objects = records[records.size() - 2].children;
   const auto model = [](int64_t id, const char* name) {
@@ -89,6 +89,7 @@ TEST(ReadObjects, PassesOverWhatHasNoBlockNoDefinitionOrAKnownId) {
              {"Model", {"Model::nameless::id", "Null"}, {{"Version", {232}}}},
              {"Model", {int64_t{-4}, "Model::kindless"}, {{"Version", {232}}}},
              {"Material", {int64_t{3}, "Material::undefined", ""}, {{"Version"}}}};
+  // Types without a definition are read all the same.
   for (FbxRecord& record : records) {
     if (record.name == "Definitions") record.Add({"ObjectType", {"Model"}});
   }
@@ -97,7 +98,30 @@ TEST(ReadObjects, PassesOverWhatHasNoBlockNoDefinitionOrAKnownId) {
     EXPECT_TRUE(file.isLoaded);
     EXPECT_THAT(file.Names<FbxNode>(),
                 ElementsAre("RootNode", "first", "nameless::id", "kindless"));
-    EXPECT_EQ(file.Find<FbxSurfaceMaterial>("undefined"), nullptr);
+    EXPECT_NE(file.Find<FbxSurfaceMaterial>("undefined"), nullptr);
+  }
+}
+
+TEST(ReadObjects, NeedsNoDefinitions) {
+  SceneBuilder scene;
+  scene.AddObject("Pose", "Pose", "bind", "BindPose", {},
+                  {{"NbPoseNodes", {1}},
+                   {"PoseNode",
+                    {},
+                    {{"Node", {int64_t{1000001}}}, {"Matrix", {std::vector<double>(16, 1.0)}}}}});
+  ASSERT_EQ(scene.AddModel("bone"), 1000001);
+  FbxRecords records = scene.Document();
+  for (const bool keepsPose : {true, false}) {
+    for (FbxRecord& record : records) {
+      if (record.name != "Definitions") continue;
+      std::erase_if(record.children, [keepsPose](const FbxRecord& type) {
+        return type.name == "ObjectType" && !(keepsPose && type.values[0] == FbxValue("Pose"));
+      });
+    }
+    const Imported file(WriteFbx(records));
+    ASSERT_NE(file.Find<FbxNode>("bone"), nullptr);
+    ASSERT_NE(file.Find<FbxPose>("bind"), nullptr);
+    EXPECT_EQ(file.Find<FbxPose>("bind")->GetCount(), 1) << "poses find nodes behind them";
   }
 }
 
