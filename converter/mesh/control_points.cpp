@@ -1,11 +1,9 @@
-// The first stage: control points in the output space, and the weights that bind them to bones.
+// Control points in the output space, and the weights that bind them to bones.
 #include <algorithm>
-#include <cstdio>
 #include <unordered_set>
 
 #include "converter/base/records.h"
-#include "converter/mesh/export_mesh.h"
-#include "converter/mesh/mesh_diagnostics.h"
+#include "converter/mesh/mesh_stages.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/node_paths.h"
 #include "converter/scene/path_index.h"
@@ -91,76 +89,9 @@ void NormalizeWeights(BoneWeight* weights, size_t count) {
   for (size_t i = 0; i < count; ++i) weights[i].weight *= scale;
 }
 
-}  // namespace
-
-FbxVector4 ExportMesh::ToOutputSpace(const GroupMesh& mesh, const FbxVector4& point) const {
-  FbxVector4 result = mesh.meshInit.MultT(point);
-  for (size_t i = 0; i < 3; ++i) result[i] *= static_cast<double>(args_.scaleFactor);
-  AxisModOnVector(args_, result);
-  return result;
-}
-
-bool ExportMesh::FillInControlPoints(GroupMesh& mesh, const PathIndex& paths,
-                                     const BoneNameMap& bones, MeshGroup& group) const {
-  const FbxNode* node = paths.FirstWithPathOf(mesh.holder->node);
-  if (node == nullptr) node = scene_.GetNodeByPath(mesh.holder->path);
-  if (node == nullptr || GetAttributeType(node) != FbxNodeAttribute::eMesh) return false;
-  return FillInControlPointsForMesh(mesh, node, bones, group);
-}
-
-bool ExportMesh::FillInControlPointsForMesh(GroupMesh& mesh, const FbxNode* node,
-                                            const BoneNameMap& bones, MeshGroup& group) const {
-  const std::string path = BuildRootNodeName(node, nullptr);
-  if (path != mesh.holder->path || mesh.mesh == nullptr) return false;
-  mesh.meshInit = node->EvaluateGlobalTransform() * GetGeometry(node);
-  const std::vector<FbxVector4>& points = mesh.mesh->ControlPoints();
-
-  if (args_.verbosity >= 1) {
-    std::printf("\nexporting %zu control points for %s %s", points.size(), path.c_str(),
-                mesh.holder->name.c_str());
-    dumpTransformTree(node);
-  }
-  if (args_.verbosity >= 2) PrintMeshMatrices(node, *mesh.holder, mesh.meshInit);
-  if (points.empty()) return false;
-
-  mesh.controlPointCount = static_cast<uint32_t>(points.size());
-  ReserveMore(group.controlPoints, points.size());
-  const auto meshIndex = static_cast<uint32_t>(&mesh - group.meshes.data());
-  for (const FbxVector4& point : points) {
-    group.controlPoints.push_back({ToOutputSpace(mesh, point), 0, 0, meshIndex});
-  }
-
-  if (args_.verbosity >= 3) {
-    std::printf("\nraw points:");
-    dumpControlPoints(points, FbxAMatrix());
-    dumpControlPoints(points, mesh.meshInit);
-    FbxAMatrix unscaled = mesh.meshInit;
-    unscaled.SetS({1.0, 1.0, 1.0});
-    std::printf("\nglobal position no scale:");
-    dumpControlPoints(points, unscaled);
-    std::vector<FbxVector4> positions;
-    for (size_t i = 0; i < points.size(); ++i) {
-      positions.push_back(group.controlPoints[mesh.firstControlPoint + i].position);
-      PrintPoint("", points[i], "=>");
-      PrintPoint("", positions.back(), "\t");
-    }
-    std::printf("\nscaled points:");
-    dumpControlPoints(positions, FbxAMatrix());
-  }
-  if (args_.verbosity >= 1) std::printf("\n");
-
-  if (mesh.mesh->GetShapeCount() > 0) FillInControlPointsForMorph(mesh);
-  if (mesh.mesh->GetSrcObjectCount<FbxSkin>() > 0 &&
-      FillInControlPointsForSkinnedBones(mesh, bones, group)) {
-    return true;
-  }
-  WeightMeshToParentNode(mesh, node, bones, group);
-  return true;
-}
-
-bool ExportMesh::FillInControlPointsForSkinnedBones(const GroupMesh& mesh, const BoneNameMap& bones,
-                                                    MeshGroup& group) const {
-  const size_t pointCount = mesh.controlPointCount;
+// False if no weight was stored.
+bool FillInControlPointsForSkinnedBones(GroupMesh& mesh, const BoneNameMap& bones) {
+  const size_t pointCount = mesh.controlPoints.size();
   const std::string beginOfError =
       "Mesh " + mesh.holder->name + " (" + mesh.holder->path + ") is skinned to bone [";
   int linkMode = -1;
@@ -201,19 +132,19 @@ bool ExportMesh::FillInControlPointsForSkinnedBones(const GroupMesh& mesh, const
   }
 
   // Each end has moved to where its point's weights end.
-  ReserveMore(group.weights, stored.size());
+  mesh.weights.reserve(stored.size());
   StoredWeight* first = stored.data();
   for (size_t i = 0; i < pointCount; ++i) {
     StoredWeight* last = stored.data() + ends[i];
     const StoredWeight* end = SortAndUnite(first, last);
-    ControlPoint& point = group.controlPoints[mesh.firstControlPoint + i];
-    point.firstWeight = static_cast<uint32_t>(group.weights.size());
+    ControlPoint& point = mesh.controlPoints[i];
+    point.firstWeight = static_cast<uint32_t>(mesh.weights.size());
     point.weightCount = static_cast<uint32_t>(end - first);
     for (const StoredWeight* at = first; at != end; ++at) {
-      group.weights.push_back({at->boneId, at->weight});
+      mesh.weights.push_back({at->boneId, at->weight});
     }
     if (linkMode == FbxCluster::eNormalize) {
-      NormalizeWeights(group.weights.data() + point.firstWeight, point.weightCount);
+      NormalizeWeights(mesh.weights.data() + point.firstWeight, point.weightCount);
     }
     first = last;
   }
@@ -221,16 +152,53 @@ bool ExportMesh::FillInControlPointsForSkinnedBones(const GroupMesh& mesh, const
   return true;
 }
 
-bool ExportMesh::WeightMeshToParentNode(const GroupMesh& mesh, const FbxNode* node,
-                                        const BoneNameMap& bones, MeshGroup& group) {
+// Binds all points to the node's own bone. False if the node is none.
+bool WeightMeshToParentNode(GroupMesh& mesh, const FbxNode* node, const BoneNameMap& bones) {
   const Bone* bone = bones.Find(node);
   if (bone == nullptr) return false;
-  const auto weight = static_cast<uint32_t>(group.weights.size());
-  group.weights.push_back({bone->id, 1.0F});
-  for (size_t i = 0; i < mesh.controlPointCount; ++i) {
-    ControlPoint& point = group.controlPoints[mesh.firstControlPoint + i];
-    point.firstWeight = weight;
+  mesh.weights = {{bone->id, 1.0F}};
+  for (ControlPoint& point : mesh.controlPoints) {
+    point.firstWeight = 0;
     point.weightCount = 1;
+  }
+  return true;
+}
+
+}  // namespace
+
+const FbxNode* FindMeshNode(const FbxWrapper& scene, const PathIndex& paths,
+                            const MeshHolder_& holder) {
+  const FbxNode* node = paths.FirstWithPathOf(holder.node);
+  if (node == nullptr) node = scene.GetNodeByPath(holder.path);
+  if (node == nullptr || GetAttributeType(node) != FbxNodeAttribute::eMesh) return nullptr;
+  return BuildRootNodeName(node, nullptr) == holder.path ? node : nullptr;
+}
+
+FbxVector4 ToOutputSpace(const GroupMesh& mesh, const FbxVector4& point,
+                         const ConversionArguments& args) {
+  FbxVector4 result = mesh.meshInit.MultT(point);
+  for (size_t i = 0; i < 3; ++i) result[i] *= static_cast<double>(args.scaleFactor);
+  AxisModOnVector(args, result);
+  return result;
+}
+
+bool FillInControlPointsForMesh(GroupMesh& mesh, const FbxNode* node, const BoneNameMap& bones,
+                                const ConversionArguments& args, const MeshTrace& trace) {
+  if (node == nullptr || mesh.mesh == nullptr) return false;
+  mesh.meshInit = node->EvaluateGlobalTransform() * GetGeometry(node);
+  trace.PlacingPoints(mesh, node);
+  const std::vector<FbxVector4>& points = mesh.mesh->ControlPoints();
+  if (points.empty()) return false;
+  mesh.controlPoints.reserve(points.size());
+  for (const FbxVector4& point : points) {
+    mesh.controlPoints.push_back({ToOutputSpace(mesh, point, args), 0, 0});
+  }
+  trace.PlacedPoints(mesh);
+
+  if (mesh.mesh->GetShapeCount() > 0) FillInControlPointsForMorph(mesh, args, trace);
+  if (mesh.mesh->GetSrcObjectCount<FbxSkin>() == 0 ||
+      !FillInControlPointsForSkinnedBones(mesh, bones)) {
+    WeightMeshToParentNode(mesh, node, bones);
   }
   return true;
 }

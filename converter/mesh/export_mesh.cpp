@@ -5,23 +5,8 @@
 #include "converter/base/log.h"
 #include "converter/base/records.h"
 #include "converter/scene/fbx_wrapper.h"
-#include "converter/scene/group_visitors.h"
 #include "converter/scene/path_index.h"
 #include "converter/skeleton/skeleton_roots.h"
-
-namespace {
-
-// From this many selected meshes on, groups are told by depth instead of by name.
-constexpr size_t kManyMeshes = 101;
-
-}  // namespace
-
-bool isMeshNameMatch(const ConversionArguments& args, const MeshHolder_* holder) {
-  if (args.commandVersion == 1) return holder->name == args.exportObjectName;
-  if (args.commandVersion != 2) return false;
-  const std::vector<std::string>& names = args.exportObjectNames;
-  return names.empty() || std::find(names.begin(), names.end(), holder->name) != names.end();
-}
 
 bool ExportMesh::Export(bool /*unused*/) {
   LOG_INFO("Starting ExportMesh::Export");
@@ -44,29 +29,12 @@ bool ExportMesh::Export(bool /*unused*/) {
 }
 
 std::vector<MeshHolder_*> ExportMesh::BuildSelectedMeshList() const {
-  std::vector<MeshHolder_*> selected;
-  for (MeshHolder_* holder : scene_.GetMeshList()) {
-    if (args_.verbosity != 0) AddWarning("ExportMesh::Export " + holder->name);
-    if (isMeshNameMatch(args_, holder)) selected.push_back(holder);
-  }
-  return selected;
+  return SelectMeshes(scene_, args_, trace_);
 }
 
 void ExportMesh::BuildGroupedMeshLists(GroupMap& groups,
                                        const std::vector<MeshHolder_*>& selected) const {
-  if (!args_.groupMeshes) {
-    for (MeshHolder_* holder : selected) groups[holder->name] = {holder};
-    return;
-  }
-  if (selected.size() < kManyMeshes) {
-    GroupFinderVisitor finder(selected);
-    scene_.walkTree(finder);
-    groups = std::move(finder.groups);
-  } else {
-    ExtremeGroupFinderVisitor finder(selected);
-    scene_.walkTree(finder);
-    groups = std::move(finder.groups);
-  }
+  groups = GroupMeshes(scene_, args_, selected);
 }
 
 bool ExportMesh::ExportMeshesGroupedAsSubmeshes(const std::string& groupName,
@@ -74,19 +42,29 @@ bool ExportMesh::ExportMeshesGroupedAsSubmeshes(const std::string& groupName,
                                                 const PathIndex& paths, const BoneNameMap& bones,
                                                 MaterialMasterMap& master) {
   MeshGroup group;
-  group.meshes.reserve(holders.size());
-  for (MeshHolder_* holder : holders) {
-    GroupMesh& mesh = group.meshes.emplace_back();
-    mesh.holder = holder;
-    mesh.mesh = holder->mesh;
-    mesh.firstControlPoint = static_cast<uint32_t>(group.controlPoints.size());
-    mesh.firstCorner = static_cast<uint32_t>(group.corners.size());
-    if (mesh.mesh != nullptr) {
-      mesh.morphSources = GatherMorphSources(*mesh.mesh);
-      mesh.morphs = MakeMorphChannels(mesh.morphSources, *mesh.mesh);
-    }
-    FillInControlPoints(mesh, paths, bones, group);
-    FillInPolygonVertexIndexes(mesh, master, group);
+  group.name = groupName;
+  std::vector<const FbxNode*> nodes;
+  for (const MeshHolder_* holder : holders) {
+    nodes.push_back(FindMeshNode(scene_, paths, *holder));
+    if (nodes.back() == nullptr || holder->mesh == nullptr) continue;
+    group.controlPointCount += holder->mesh->ControlPoints().size();
   }
-  return Save(groupName, group);
+  for (size_t i = 0; i < holders.size(); ++i) {
+    GroupMesh mesh(*holders[i]);
+    FillInControlPoints(mesh, nodes[i], bones);
+    FillInPolygonVertexIndexes(mesh, master);
+    AddToSubmeshes(mesh, group, args_, trace_);
+  }
+  return Save(group);
 }
+
+bool ExportMesh::FillInControlPoints(GroupMesh& mesh, const FbxNode* node,
+                                     const BoneNameMap& bones) const {
+  return FillInControlPointsForMesh(mesh, node, bones, args_, trace_);
+}
+
+bool ExportMesh::FillInPolygonVertexIndexes(GroupMesh& mesh, MaterialMasterMap& master) const {
+  return ::FillInPolygonVertexIndexes(mesh, master, args_, trace_);
+}
+
+bool ExportMesh::Save(MeshGroup& group) const { return SaveMesh(args_, group, trace_); }

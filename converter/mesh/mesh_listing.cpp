@@ -1,4 +1,3 @@
-#include <cstdint>
 #include <cstdio>
 #include <utility>
 
@@ -34,10 +33,7 @@ std::string ExportMesh::WalkListReturnListPrint(bool print, std::vector<sMesh>* 
   SkeletonMeshes listed = ListMeshesForSkeleton();
   MaterialMasterMap master = BuildMaterialMasterMap(listed.meshes);
   for (MeshHolder_* holder : listed.meshes) {
-    if (args_.verbosity != 0) {
-      std::printf("%s is %s 0x%jx\n", holder->name.c_str(), holder->path.c_str(),
-                  static_cast<uintmax_t>(reinterpret_cast<uintptr_t>(holder->mesh)));
-    }
+    trace_.Listed(*holder);
     const std::string name = encodeName(args_.encodeNames, holder->name);
     if (print) {
       std::fwrite(name.data(), 1, name.size(), stdout);

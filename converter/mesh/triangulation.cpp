@@ -1,10 +1,21 @@
-#include "converter/mesh/triangulation.h"
-
+// Cuts polygons into triangles: a convex polygon into a fan, any other by clipping ears, always the
+// one at the lowest corner, until what is left is convex.
+//
+// Which triangles come out, in what order, follows from that rule alone. The work is arranged so
+// that polygons of a hundred thousand corners, which files may hold, don't take hours: a corner
+// that was found blocked by another is not tried again until either changes, and blocking corners
+// are found through a tree.
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <functional>
-#include <iostream>
 #include <numeric>
+#include <optional>
+#include <utility>
+
+#include "converter/mesh/corner_geometry.h"
+#include "converter/mesh/mesh_stages.h"
+#include "converter/mesh/point_tree.h"
 
 namespace {
 
@@ -16,9 +27,66 @@ constexpr int32_t kSmallPolygon = 64;
 
 constexpr uint8_t kUnknown = 2;
 
-}  // namespace
+class Triangulator {
+ public:
+  Triangulator(const GroupMesh& mesh, size_t groupPointCount, const MeshTrace& trace)
+      : mesh_(mesh), hasEnoughPoints_(groupPointCount >= 3), trace_(trace) {}
 
-std::vector<Triangle> Triangulator::Triangulate(const PolygonList& polygons) {
+  std::vector<Triangle> Run(const PolygonList& polygons);
+
+ private:
+  static constexpr int32_t kNone = -1;
+
+  // From here on, indices are those of corners in the polygon at work.
+  void LoadPolygon(const Polygon& polygon);
+  const FbxVector4& Position(int32_t corner) const {
+    return positions_[static_cast<size_t>(corner)];
+  }
+  bool isNGonConvex();
+  void UpdateConvexity(int32_t corner, int32_t place);
+  void AddPoly(int32_t a, int32_t b, int32_t c);
+  void TriangulateConvexFace();
+  void TriangulateConcaveFace();
+  int32_t findEar();
+  int32_t FindBlocker(int32_t ear);
+  void CutEar(int32_t ear);
+  void SetUnknown(int32_t corner);
+  void Unblock(int32_t blocker);
+  void PushCandidate(int32_t corner);
+
+  const GroupMesh& mesh_;
+  bool hasEnoughPoints_;
+  const MeshTrace& trace_;
+  std::vector<Triangle> triangles_;
+
+  uint32_t firstCorner_ = 0;
+  std::vector<FbxVector4> positions_;
+  // 2 unknown, 1 convex, 0 not convex.
+  std::vector<uint8_t> convexity_;
+  // The corners left, in a ring; `head_` is the lowest.
+  std::vector<int32_t> previous_;
+  std::vector<int32_t> next_;
+  int32_t head_ = 0;
+  int32_t size_ = 0;
+  int32_t notConvexCount_ = 0;
+
+  // Corners that may be ears, as a heap with the lowest on top; some are out of date.
+  std::vector<int32_t> candidates_;
+  // What blocks a corner from being an ear, and the lists of the corners that each one blocks. A
+  // list may name corners that it doesn't block any more.
+  std::vector<int32_t> blockedBy_;
+  struct Link {
+    int32_t corner;
+    int32_t next;
+  };
+  std::vector<int32_t> blockedLists_;
+  std::vector<Link> links_;
+  int32_t freeLink_ = kNone;
+  std::optional<PointTree> tree_;
+  int32_t notFinite_ = kNone;
+};
+
+std::vector<Triangle> Triangulator::Run(const PolygonList& polygons) {
   triangles_.clear();
   triangles_.reserve(polygons.size());
   for (const Polygon& polygon : polygons) {
@@ -38,7 +106,7 @@ void Triangulator::LoadPolygon(const Polygon& polygon) {
   firstCorner_ = polygon.firstCorner;
   positions_.resize(count);
   for (size_t i = 0; i < count; ++i) {
-    positions_[i] = group_.PointOf(firstCorner_ + static_cast<uint32_t>(i)).position;
+    positions_[i] = mesh_.PointOf(firstCorner_ + static_cast<uint32_t>(i)).position;
   }
   head_ = 0;
   size_ = static_cast<int32_t>(count);
@@ -58,10 +126,7 @@ bool Triangulator::isNGonConvex() {
   int32_t corner = head_;
   for (int32_t place = 0; place < size_; ++place, corner = next_[static_cast<size_t>(corner)]) {
     UpdateConvexity(corner, place);
-    if (verbosity_ != 0) {
-      const bool isConvex = convexity_[static_cast<size_t>(corner)] == 1;
-      std::cout << place << " is " << (isConvex ? "" : "not") << " convex \n";
-    }
+    trace_.CornerIsConvex(place, convexity_[static_cast<size_t>(corner)] == 1);
   }
   return notConvexCount_ == 0;
 }
@@ -69,31 +134,17 @@ bool Triangulator::isNGonConvex() {
 void Triangulator::UpdateConvexity(int32_t corner, int32_t place) {
   const auto at = static_cast<size_t>(corner);
   if (convexity_[at] != kUnknown) return;
-  const FbxDouble3& normal = group_.corners[firstCorner_ + at].normal;
+  const FbxDouble3& normal = mesh_.corners[firstCorner_ + at].normal;
   const FbxVector4& before = Position(previous_[at]);
   const FbxVector4& after = Position(next_[at]);
   convexity_[at] = IsConvexCorner(before, positions_[at], after, normal) ? 1 : 0;
   if (convexity_[at] == 0) ++notConvexCount_;
-  if (verbosity_ == 0) return;
-  const auto print = [](const char* title, const FbxVector4& v) {
-    std::cout << title << v[0] << " " << v[1] << " " << v[2] << "\n";
-  };
-  const auto printPosition = [&](int32_t index, const FbxVector4& position) {
-    std::cout << " pos: " << index;
-    print(" ", position);
-  };
-  const FbxVector4 cross = getCrossProductOfCorner(before, positions_[at], after);
-  printPosition(place == 0 ? size_ - 1 : place - 1, before);
-  printPosition(place, positions_[at]);
-  printPosition(place == size_ - 1 ? 0 : place + 1, after);
-  print(" cross: ", cross);
-  print(" normal: ", FbxVector4(normal));
-  std::cout << "dot " << cross.DotProduct(FbxVector4(normal)) << "\n";
+  trace_.TestedCorner({place == 0 ? size_ - 1 : place - 1, before}, {place, positions_[at]},
+                      {place == size_ - 1 ? 0 : place + 1, after}, FbxVector4(normal));
 }
 
 void Triangulator::AddPoly(int32_t a, int32_t b, int32_t c) {
-  if (group_.controlPoints.size() < 3) return;
-  if (VecNearZero(Position(a) - Position(b), kSamePlace) ||
+  if (!hasEnoughPoints_ || VecNearZero(Position(a) - Position(b), kSamePlace) ||
       VecNearZero(Position(b) - Position(c), kSamePlace) ||
       VecNearZero(Position(a) - Position(c), kSamePlace)) {
     return;
@@ -135,7 +186,7 @@ void Triangulator::TriangulateConcaveFace() {
 
   // The corners that a cut leaves unknown are known again at once; only the verbose form has to
   // walk all of them, to say what they are.
-  if (verbosity_ != 0 && size_ > 3) isNGonConvex();
+  if (trace_.IsOn() && size_ > 3) isNGonConvex();
   while (size_ > 3) {
     const int32_t ear = notConvexCount_ == 0 ? kNone : findEar();
     if (ear == kNone) {
@@ -202,11 +253,10 @@ void Triangulator::CutEar(int32_t ear) {
   const int32_t before = previous_[at];
   const int32_t after = next_[at];
   AddPoly(before, ear, after);
-  if (verbosity_ != 0) {
+  if (trace_.IsOn()) {
     int32_t place = 0;
     for (int32_t i = head_; i != ear; i = next_[static_cast<size_t>(i)]) ++place;
-    std::cout << "ear triangle " << (place == 0 ? size_ - 1 : place - 1) << " " << place << " "
-              << (place == size_ - 1 ? 0 : place + 1) << " Removing " << place << "\n";
+    trace_.CutEar(place == 0 ? size_ - 1 : place - 1, place, place == size_ - 1 ? 0 : place + 1);
   }
   next_[static_cast<size_t>(before)] = after;
   previous_[static_cast<size_t>(after)] = before;
@@ -221,7 +271,7 @@ void Triangulator::CutEar(int32_t ear) {
     SetUnknown(changed[i]);
   }
   if (size_ < 4) return;
-  if (verbosity_ != 0) {
+  if (trace_.IsOn()) {
     isNGonConvex();
   } else {
     for (const int32_t corner : changed) UpdateConvexity(corner, 0);
@@ -260,4 +310,11 @@ void Triangulator::Unblock(int32_t blocker) {
 void Triangulator::PushCandidate(int32_t corner) {
   candidates_.push_back(corner);
   std::push_heap(candidates_.begin(), candidates_.end(), std::greater<>());
+}
+
+}  // namespace
+
+std::vector<Triangle> Triangulate(const GroupMesh& mesh, size_t groupPointCount,
+                                  const PolygonList& polygons, const MeshTrace& trace) {
+  return Triangulator(mesh, groupPointCount, trace).Run(polygons);
 }

@@ -45,10 +45,9 @@ bool HasNaN(const PolygonVertexAttributes& attributes, const FbxColor& color) {
 }
 
 // Of everything that is compared exactly.
-uint64_t HashOf(const MeshGroup& group, uint32_t corner) {
-  const GroupMesh& mesh = group.MeshOf(corner);
-  const MeshCorner place = group.CornerOf(mesh, corner);
-  const PolygonVertexAttributes& attributes = group.corners[corner];
+uint64_t HashOf(const GroupMesh& mesh, uint32_t corner) {
+  const MeshCorner place = mesh.CornerOf(corner);
+  const PolygonVertexAttributes& attributes = mesh.corners[corner];
   Hash hash;
   for (const double component : attributes.normal) hash.Add(component);
   const FbxColor& color = getColor(mesh, place);
@@ -79,20 +78,19 @@ const FbxVector2& getUV(const FbxLayerElementUV& element, const MeshCorner& corn
 }
 
 int ComparePolygonVertexPair::Compare(uint32_t a, uint32_t b) const {
-  const PolygonVertexAttributes& first = group_.corners[a];
-  const PolygonVertexAttributes& second = group_.corners[b];
+  const PolygonVertexAttributes& first = mesh_.corners[a];
+  const PolygonVertexAttributes& second = mesh_.corners[b];
   if (first.controlPoint != second.controlPoint) {
     return first.controlPoint > second.controlPoint ? 1 : -1;
   }
   for (size_t i = 0; i < 3; ++i) {
     if (first.normal[i] != second.normal[i]) return Sign(first.normal[i], second.normal[i]);
   }
-  const GroupMesh& mesh = group_.MeshOf(a);
-  const MeshCorner placeOfA = group_.CornerOf(mesh, a);
-  const MeshCorner placeOfB = group_.CornerOf(mesh, b);
-  if (mesh.colors != nullptr) {
-    const FbxColor& colorOfA = getColor(mesh, placeOfA);
-    const FbxColor& colorOfB = getColor(mesh, placeOfB);
+  const MeshCorner placeOfA = mesh_.CornerOf(a);
+  const MeshCorner placeOfB = mesh_.CornerOf(b);
+  if (mesh_.colors != nullptr) {
+    const FbxColor& colorOfA = getColor(mesh_, placeOfA);
+    const FbxColor& colorOfB = getColor(mesh_, placeOfB);
     for (double FbxColor::*component :
          {&FbxColor::mRed, &FbxColor::mBlue, &FbxColor::mGreen, &FbxColor::mAlpha}) {
       if (colorOfA.*component != colorOfB.*component) {
@@ -100,7 +98,7 @@ int ComparePolygonVertexPair::Compare(uint32_t a, uint32_t b) const {
       }
     }
   }
-  for (const FbxLayerElementUV* element : mesh.uvs) {
+  for (const FbxLayerElementUV* element : mesh_.uvs) {
     const FbxVector2& uvOfA = getUV(*element, placeOfA);
     const FbxVector2& uvOfB = getUV(*element, placeOfB);
     if (&uvOfA == &uvOfB) continue;
@@ -108,8 +106,8 @@ int ComparePolygonVertexPair::Compare(uint32_t a, uint32_t b) const {
       if (const int order = CompareBits(uvOfA[i], uvOfB[i]); order != 0) return order;
     }
   }
-  if (!mesh.morphs.empty()) {
-    if (const int order = CompareMorphNormals(mesh, placeOfA, placeOfB); order != 0) return order;
+  if (!mesh_.morphs.empty()) {
+    if (const int order = CompareMorphNormals(placeOfA, placeOfB); order != 0) return order;
   }
   if (first.materialIndex != second.materialIndex) {
     return first.materialIndex > second.materialIndex ? 1 : -1;
@@ -117,9 +115,8 @@ int ComparePolygonVertexPair::Compare(uint32_t a, uint32_t b) const {
   return 0;
 }
 
-int ComparePolygonVertexPair::CompareMorphNormals(const GroupMesh& mesh, const MeshCorner& a,
-                                                  const MeshCorner& b) const {
-  for (const MorphChannel& morph : mesh.morphs) {
+int ComparePolygonVertexPair::CompareMorphNormals(const MeshCorner& a, const MeshCorner& b) const {
+  for (const MorphChannel& morph : mesh_.morphs) {
     if (morph.normals.empty()) continue;
     FbxVector4 normalOfA;
     FbxVector4 normalOfB;
@@ -127,8 +124,8 @@ int ComparePolygonVertexPair::CompareMorphNormals(const GroupMesh& mesh, const M
     const bool bHasNormal = morph.NormalAt(b, normalOfB);
     if (aHasNormal != bHasNormal) return aHasNormal ? 1 : -1;
     if (!aHasNormal || normalOfA == normalOfB) continue;
-    normalOfA = mesh.TurnNormal(normalOfA);
-    normalOfB = mesh.TurnNormal(normalOfB);
+    normalOfA = mesh_.TurnNormal(normalOfA);
+    normalOfB = mesh_.TurnNormal(normalOfB);
     if (IsNearZero(normalOfA - normalOfB)) continue;
     for (size_t i = 0; i < 3; ++i) {
       if (const int order = CompareBits(normalOfA[i], normalOfB[i]); order != 0) return order;
@@ -137,18 +134,15 @@ int ComparePolygonVertexPair::CompareMorphNormals(const GroupMesh& mesh, const M
   return 0;
 }
 
-VertexSplitter::VertexSplitter(MeshGroup& group, int verbosity)
-    : group_(group),
-      verbosity_(verbosity),
-      compare_(group),
-      heads_(group.controlPoints.size(), kNone) {}
+VertexSplitter::VertexSplitter(GroupMesh& mesh, const MeshTrace& trace)
+    : mesh_(mesh), trace_(trace), compare_(mesh), heads_(mesh.controlPoints.size(), kNone) {}
 
 std::vector<uint32_t> VertexSplitter::BuildControlPointNormalGroupMap(
     const std::vector<Triangle>& triangles) {
   vertices_.clear();
   for (const Triangle& triangle : triangles) {
     for (const uint32_t corner : triangle) {
-      int32_t& index = group_.corners[corner].vertexIndex;
+      int32_t& index = mesh_.corners[corner].vertexIndex;
       // A corner of several triangles has the same attributes in each.
       if (index == -1) index = static_cast<int32_t>(FindOrAdd(corner));
     }
@@ -162,7 +156,7 @@ std::vector<uint32_t> VertexSplitter::BuildControlPointNormalGroupMap(
 }
 
 uint32_t VertexSplitter::FindOrAdd(uint32_t corner) {
-  const int32_t point = group_.corners[corner].controlPoint;
+  const int32_t point = mesh_.corners[corner].controlPoint;
   uint32_t& head = heads_[static_cast<size_t>(point)];
   if (head == kNone) {
     used_.push_back(point);
@@ -179,22 +173,21 @@ uint32_t VertexSplitter::FindOrAdd(uint32_t corner) {
 }
 
 uint32_t VertexSplitter::FindOrAddInLongList(uint32_t corner, uint32_t last) {
-  const PolygonVertexAttributes& attributes = group_.corners[corner];
+  const PolygonVertexAttributes& attributes = mesh_.corners[corner];
   const auto [entry, isNew] = longLists_.try_emplace(attributes.controlPoint);
   LongList& list = entry->second;
   if (isNew) {
     list.first = kNone;
     list.last = last;
   }
-  const GroupMesh& mesh = group_.MeshOf(corner);
-  const bool hasNaN = HasNaN(attributes, getColor(mesh, group_.CornerOf(mesh, corner)));
+  const bool hasNaN = HasNaN(attributes, getColor(mesh_, mesh_.CornerOf(corner)));
   std::vector<uint32_t>* sameHash = nullptr;
   if (hasNaN || list.hasNaN) {
     for (uint32_t at = list.first; at != kNone; at = vertices_[at].next) {
       if (compare_.IsSame(corner, vertices_[at].corner)) return at;
     }
   } else {
-    sameHash = &list.byHash[HashOf(group_, corner)];
+    sameHash = &list.byHash[HashOf(mesh_, corner)];
     for (const uint32_t at : *sameHash) {
       if (compare_.IsSame(corner, vertices_[at].corner)) return at;
     }
@@ -227,11 +220,11 @@ std::vector<uint32_t> VertexSplitter::NumberVertices() {
   vertices.reserve(vertices_.size());
   for (const int32_t point : used_) {
     for (uint32_t at = heads_[static_cast<size_t>(point)]; at != kNone; at = vertices_[at].next) {
-      if (verbosity_ != 0 && group_.corners[vertices_[at].corner].controlPoint != point) {
+      if (trace_.IsOn() && mesh_.corners[vertices_[at].corner].controlPoint != point) {
         AddWarning("control point mismatch");
       }
-      if (verbosity_ != 0 &&
-          group_.corners[vertices_[at].corner].vertexIndex != static_cast<int32_t>(at)) {
+      if (trace_.IsOn() &&
+          mesh_.corners[vertices_[at].corner].vertexIndex != static_cast<int32_t>(at)) {
         AddWarning("vertex attribute mismatch");
       }
       vertices_[at].number = static_cast<uint32_t>(vertices.size());
@@ -245,7 +238,7 @@ void VertexSplitter::CheckCorners(const std::vector<Triangle>& triangles,
                                   const std::vector<uint32_t>& vertices) const {
   for (const Triangle& triangle : triangles) {
     for (const uint32_t corner : triangle) {
-      const int32_t index = group_.corners[corner].vertexIndex;
+      const int32_t index = mesh_.corners[corner].vertexIndex;
       if (index == -1) {
         AddWarning("uninitialized vertex");
         continue;

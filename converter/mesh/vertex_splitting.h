@@ -8,13 +8,14 @@
 #include <vector>
 
 #include "converter/mesh/mesh_group.h"
+#include "converter/mesh/mesh_trace.h"
 
 // The order of corners, from high to low: by control point, normal, colour (red, blue, green,
 // alpha), texture coordinates, morph normals, material slot. Comparisons are exact, but for morph
 // normals, which may be 1e-6 apart, and a NaN in a normal or a colour ends the comparison as equal.
 class ComparePolygonVertexPair {
  public:
-  explicit ComparePolygonVertexPair(const MeshGroup& group) : group_(group) {}
+  explicit ComparePolygonVertexPair(const GroupMesh& mesh) : mesh_(mesh) {}
 
   // Whether corner `a` stands before corner `b`.
   bool operator()(uint32_t a, uint32_t b) const { return Compare(a, b) > 0; }
@@ -24,9 +25,9 @@ class ComparePolygonVertexPair {
  private:
   // Above 0 if `a` stands before `b`, below 0 if it stands behind, 0 if they are one vertex.
   int Compare(uint32_t a, uint32_t b) const;
-  int CompareMorphNormals(const GroupMesh& mesh, const MeshCorner& a, const MeshCorner& b) const;
+  int CompareMorphNormals(const MeshCorner& a, const MeshCorner& b) const;
 
-  const MeshGroup& group_;
+  const GroupMesh& mesh_;
 };
 
 // The attributes of a corner as they lie in the scene: white, or (0, 0), where it has none.
@@ -34,11 +35,12 @@ const FbxColor& getColor(const GroupMesh& mesh, const MeshCorner& corner);
 // In the order of the mesh's UV elements.
 const FbxVector2& getUV(const FbxLayerElementUV& element, const MeshCorner& corner);
 
-// Splits control points, one submesh after the other. What it needs for each control point is kept
-// from submesh to submesh, so that many small submeshes of a large group cost what they hold.
+// Splits the control points of a mesh, one submesh after the other. What it needs for each control
+// point is kept from submesh to submesh, so that many small ones of a large mesh cost what they
+// hold.
 class VertexSplitter {
  public:
-  VertexSplitter(MeshGroup& group, int verbosity);
+  VertexSplitter(GroupMesh& mesh, const MeshTrace& trace);
 
   // Splits the control points of the triangles, whose corners must belong to no earlier submesh.
   // Returns for each vertex the corner that was the first to have its attributes. Vertices stand by
@@ -46,7 +48,7 @@ class VertexSplitter {
   std::vector<uint32_t> BuildControlPointNormalGroupMap(const std::vector<Triangle>& triangles);
   // The vertex of a corner of those triangles.
   uint32_t VertexOf(uint32_t corner) const {
-    return vertices_[static_cast<size_t>(group_.corners[corner].vertexIndex)].number;
+    return vertices_[static_cast<size_t>(mesh_.corners[corner].vertexIndex)].number;
   }
 
  private:
@@ -75,8 +77,8 @@ class VertexSplitter {
   void CheckCorners(const std::vector<Triangle>& triangles,
                     const std::vector<uint32_t>& vertices) const;
 
-  MeshGroup& group_;
-  int verbosity_;
+  GroupMesh& mesh_;
+  const MeshTrace& trace_;
   ComparePolygonVertexPair compare_;
   std::vector<uint32_t> heads_;  // by control point, into vertices_
   std::vector<int32_t> used_;    // control points with a list

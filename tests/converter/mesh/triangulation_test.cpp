@@ -1,8 +1,6 @@
 // Which triangles come out of a polygon, and in what order. The shortcuts that large polygons need
 // must not show: beside hand-made cases, polygons of many kinds are compared with a plain reading
 // of the rule.
-#include "converter/mesh/triangulation.h"
-
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -11,6 +9,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "converter/mesh/corner_geometry.h"
+#include "converter/mesh/mesh_stages.h"
 
 namespace {
 
@@ -22,19 +23,18 @@ const FbxDouble3 kUp{0.0, 0.0, 1.0};
 const FbxDouble3 kAskew{0.64, -0.48, 0.6};
 constexpr double kEps = 0.0000999999974737875;  // corners no further apart are at one place
 
-MeshGroup GroupOf(const Points& points, const FbxDouble3& normal) {
-  MeshGroup group;
-  group.meshes.emplace_back();
+GroupMesh MeshOf(const Points& points, const FbxDouble3& normal) {
+  GroupMesh mesh;
   for (size_t i = 0; i < points.size(); ++i) {
-    group.controlPoints.push_back({points[i], 0, 0, 0});
-    group.corners.push_back({normal, static_cast<int32_t>(i), 0, 0, -1});
+    mesh.controlPoints.push_back({points[i], 0, 0});
+    mesh.corners.push_back({normal, static_cast<int32_t>(i), 0, 0, -1});
   }
-  return group;
+  return mesh;
 }
 
 Triangles Cut(const Points& points, const FbxDouble3& normal = kUp) {
-  const MeshGroup group = GroupOf(points, normal);
-  return Triangulator(group, 0).Triangulate({{0, static_cast<uint32_t>(points.size())}});
+  const auto count = static_cast<uint32_t>(points.size());
+  return Triangulate(MeshOf(points, normal), count, {{0, count}}, MeshTrace(0));
 }
 
 // By the sides of the edges that the point lies on.

@@ -1,0 +1,137 @@
+// Polygon corners with their normals, and polygons sorted by material.
+#include <algorithm>
+#include <string_view>
+#include <unordered_set>
+
+#include "converter/base/records.h"
+#include "converter/mesh/mesh_stages.h"
+#include "fbx/scene/fbx_node.h"
+
+namespace {
+
+// The mesh's normal elements by both rules of look-up.
+struct NormalSource {
+  explicit NormalSource(const FbxMesh& mesh) : first(mesh.GetElementNormal(0)) {
+    for (int i = 0; i < mesh.GetLayerCount(); ++i) {
+      const FbxLayerElementNormal* element = mesh.GetLayer(i)->normals.get();
+      if (element != nullptr && HasKnownMapping(*element)) known.push_back(element);
+    }
+  }
+
+  // The zero vector where there is none.
+  FbxVector4 At(const MeshCorner& corner) const {
+    const FbxVector4* normal = first == nullptr ? nullptr : CornerEntry(*first, corner);
+    return normal == nullptr ? getNormalFromElements(known, corner) : *normal;
+  }
+
+  const FbxLayerElementNormal* first;
+  NormalElements known;
+};
+
+// The colour element that decides: the first with a known mapping.
+const FbxLayerElementVertexColor* FindColors(const FbxMesh& mesh) {
+  for (int i = 0; i < mesh.GetLayerCount(); ++i) {
+    const FbxLayerElementVertexColor* element = mesh.GetLayer(i)->vertexColors.get();
+    if (element != nullptr && HasKnownMapping(*element)) return element;
+  }
+  return nullptr;
+}
+
+// The UV elements of all channels. Corners are read by the element's name, which leads to the first
+// of that name; so a second one of that name holds nothing that counts.
+std::vector<const FbxLayerElementUV*> FindUVs(const FbxMesh& mesh) {
+  std::vector<const FbxLayerElementUV*> found;
+  std::unordered_set<std::string_view> names;
+  for (int i = 0; i < mesh.GetLayerCount(); ++i) {
+    for (const std::shared_ptr<FbxLayerElementUV>& element : mesh.GetLayer(i)->uvs) {
+      if (element != nullptr && names.insert(element->name).second) found.push_back(element.get());
+    }
+  }
+  return found;
+}
+
+// The polygons of one material slot. A slot whose polygons all had to be left out is in use too.
+struct SlotPolygons {
+  bool isUsed = false;
+  PolygonList list;
+};
+
+// Takes over the corners, and sorts the polygons into those of the material slots.
+void FillInCorners(GroupMesh& mesh, std::vector<SlotPolygons>& slots, const MeshTrace& trace) {
+  const FbxMesh& source = *mesh.mesh;
+  const NormalSource normals(source);
+  const MorphNormalReport morphReport(mesh, trace);
+  const FbxLayerElementMaterial* materials = source.GetElementMaterial(0);
+  const std::vector<int>& controlPoints = source.PolygonVertices();
+  const int polygonCount = source.GetPolygonCount();
+  const int pointCount = static_cast<int>(mesh.controlPoints.size());
+
+  mesh.corners.resize(controlPoints.size());
+  PolygonVertexAttributes* corner = mesh.corners.data();
+  int counter = 0;
+  int material = 0;
+  int64_t leftOut = 0;
+  for (int polygon = 0; polygon < polygonCount; ++polygon) {
+    if (materials != nullptr && static_cast<size_t>(polygon) < materials->index.size()) {
+      material = materials->index[static_cast<size_t>(polygon)];
+    }
+    const bool isSlot = material >= 0 && static_cast<size_t>(material) < slots.size();
+    const int slot = isSlot ? material : 0;
+    const int cornerCount = source.GetPolygonSize(polygon);
+    slots[static_cast<size_t>(slot)].isUsed = true;
+    bool isWhole = true;
+    for (int c = 0; c < cornerCount; ++c, ++counter, ++corner) {
+      const int point = controlPoints[static_cast<size_t>(counter)];
+      if (point == -1) AddWarning("missing control point");
+      const bool isThere = point >= 0 && point < pointCount;
+      isWhole = isWhole && isThere;
+      const MeshCorner place{polygon, counter, point};
+      FbxVector4 normal = normals.At(place);
+      normal.Normalize();
+      corner->normal = mesh.TurnNormal(normal).Xyz();
+      corner->controlPoint = isThere ? point : -1;
+      corner->polygon = polygon;
+      corner->materialIndex = slot;
+      morphReport.Report(place);
+    }
+    if (isWhole) {
+      const auto first = static_cast<uint32_t>(counter - cornerCount);
+      slots[static_cast<size_t>(slot)].list.push_back({first, static_cast<uint32_t>(cornerCount)});
+    } else {
+      ++leftOut;
+    }
+  }
+  // A mesh without any point goes without a word: it will be warned of as one without geometry.
+  if (leftOut != 0 && pointCount != 0) {
+    AddWarning(
+        "Mesh " + mesh.holder->name + " (" + mesh.holder->path +
+        ") names control points that do not exist; polygons left out: " + std::to_string(leftOut));
+  }
+}
+
+}  // namespace
+
+bool FillInPolygonVertexIndexes(GroupMesh& mesh, MaterialMasterMap& master,
+                                const ConversionArguments& args, const MeshTrace& trace) {
+  if (mesh.mesh == nullptr) return false;
+  const FbxNode& node = *mesh.holder->node;
+  mesh.rotation.SetR(node.EvaluateGlobalTransform().GetR());
+  mesh.colors = FindColors(*mesh.mesh);
+  mesh.uvs = FindUVs(*mesh.mesh);
+  const MaterialMaps& materialMaps = GetMeshMaterialMap(*mesh.holder);
+  std::vector<SlotPolygons> slots(static_cast<size_t>(std::max(node.GetMaterialCount(), 1)));
+  trace.ReadingCorners(mesh);
+  FillInCorners(mesh, slots, trace);
+
+  for (size_t slot = 0; slot < slots.size(); ++slot) {
+    const auto material = materialMaps.find(static_cast<int>(slot));
+    const int id = master[material == materialMaps.end() ? MaterialMap() : material->second];
+    if (!slots[slot].isUsed) continue;
+    PolygonList& list = slots[slot].list;
+    PolygonList& target = mesh.polygons[id];
+    // Of two slots with one id a plain export keeps the later one only.
+    if (args.groupMeshes) list.insert(list.end(), target.begin(), target.end());
+    target = std::move(list);
+  }
+  return true;
+}
