@@ -1,8 +1,8 @@
 // The diagnostic that sets an exported animation beside the scene that it came from.
-#include <cstdio>
 
 #include "cal3d/model/core_animation.h"
 #include "converter/animation/export_animation.h"
+#include "converter/base/output.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/skeleton/skeleton_roots.h"
 #include "converter/space/frames.h"
@@ -11,8 +11,8 @@
 namespace {
 
 void PrintTransform(size_t bone, float seconds, const FbxQuaternion& r, const FbxVector4& t) {
-  std::printf("%2.2zu\t %2.2f r:%2.2f %2.2f %2.2f %2.2f t:%2.2f %2.2f %2.2f \n", bone,
-              static_cast<double>(seconds), r[0], r[1], r[2], r[3], t[0], t[1], t[2]);
+  PrintFormatted("%2.2zu\t %2.2f r:%2.2f %2.2f %2.2f %2.2f t:%2.2f %2.2f %2.2f \n", bone,
+                 static_cast<double>(seconds), r[0], r[1], r[2], r[3], t[0], t[1], t[2]);
 }
 
 void CompareBone(size_t bone, const FbxNode& node, const CalCoreTrack& track, float seconds) {
@@ -28,8 +28,8 @@ void CompareBone(size_t bone, const FbxNode& node, const CalCoreTrack& track, fl
   const FbxQuaternion calRotation(static_cast<double>(r.x), static_cast<double>(r.y),
                                   static_cast<double>(r.z), static_cast<double>(r.w));
   if (fbxRotation != calRotation) {
-    std::printf("rotation mismatch at %zu, frame %d \n", bone,
-                Truncated<int>(static_cast<double>(seconds)));
+    PrintFormatted("rotation mismatch at %zu, frame %d \n", bone,
+                   Truncated<int>(static_cast<double>(seconds)));
   }
   PrintTransform(bone, seconds, fbxRotation, fbxTranslation);
   PrintTransform(bone, seconds, calRotation, calTranslation);

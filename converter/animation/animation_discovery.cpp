@@ -1,7 +1,6 @@
 // What in a scene is an animation: which stacks move which skeletons and morph which meshes, with
 // duplicates found and names given.
 #include <algorithm>
-#include <cstdio>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
@@ -9,6 +8,7 @@
 #include "converter/animation/curve_visitors.h"
 #include "converter/animation/export_animation.h"
 #include "converter/base/log.h"
+#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/node_paths.h"
@@ -82,8 +82,6 @@ void NameAnimations(AnimationMap& animations, bool encodeNames) {
   }
 }
 
-void Print(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
-
 void PrintMorphs(const FbxWrapper& wrapper, const AnimationMap& morph) {
   for (const auto& [key, holders] : morph) {
     std::string text = key;
@@ -110,7 +108,7 @@ void ExportAnimation::BuildAnimLists(AnimationMap& skeletal, AnimationMap& morph
   scene_.UseTimeSettings();
   if (scene_.BuildSkeletonList(args_.treatAsRoom).empty()) return;
   const std::vector<FbxAnimStack*> stacks = scene_.GetAnimList();
-  if (args_.verbosity >= 3) std::printf("\nAnimation Stacks: %zu\n", stacks.size());
+  if (args_.verbosity >= 3) PrintFormatted("\nAnimation Stacks: %zu\n", stacks.size());
   if (stacks.empty()) return;
   HoldersByRoot byRoot = FindByRoot(stacks);
   Analyze(byRoot, skeletal, morph);
@@ -203,10 +201,10 @@ void ExportAnimation::GetMorphAnimationInLayer(FbxAnimStack* stack, FbxAnimLayer
   for (const FbxNode* morphedNode : morphed) {
     const std::vector<std::string> names = HasBlendShapeMorph(channels.Of(morphedNode).front());
     if (args_.verbosity >= 3) {
-      std::printf("found morph animation in stack %s on node %s; target:", stack->GetName(),
-                  morphedNode->GetName());
-      for (const std::string& name : names) std::printf(" %s", name.c_str());
-      std::printf("\n");
+      PrintFormatted("found morph animation in stack %s on node %s; target:", stack->GetName(),
+                     morphedNode->GetName());
+      for (const std::string& name : names) PrintFormatted(" %s", name.c_str());
+      Print("\n");
     }
     if (holder.animStack == nullptr) {
       holder.isMorph = true;

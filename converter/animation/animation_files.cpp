@@ -1,5 +1,4 @@
 // Writes animations of a list to files, by the visitors.
-#include <cstdio>
 #include <unordered_set>
 
 #include "cal3d/io/file_kinds.h"
@@ -7,6 +6,7 @@
 #include "converter/animation/export_animation.h"
 #include "converter/animation/key_framers.h"
 #include "converter/base/names.h"
+#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/node_paths.h"
@@ -21,7 +21,7 @@ void PrintBones(const std::vector<NodeSpan>& skeletons, const std::string& rootP
     if (BuildRootNodeName(skeleton.front(), nullptr) != rootPath) continue;
     for (size_t i = 0; i < skeleton.size(); ++i) {
       const Bone* bone = bones.Find(skeleton[i]);
-      std::printf("%s %zu %d\n", skeleton[i]->GetName(), i, bone == nullptr ? 0 : bone->id);
+      PrintFormatted("%s %zu %d\n", skeleton[i]->GetName(), i, bone == nullptr ? 0 : bone->id);
     }
     return;
   }

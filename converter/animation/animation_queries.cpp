@@ -1,8 +1,8 @@
 // Questions about which nodes a stack animates.
 #include <algorithm>
-#include <cstdio>
 
 #include "converter/animation/export_animation.h"
+#include "converter/base/output.h"
 #include "converter/scene/scene_channels.h"
 #include "fbx/anim/fbx_anim_stack.h"
 #include "fbx/scene/fbx_node.h"
@@ -22,8 +22,8 @@ bool ExportAnimation::IsAnimationOnNode(FbxAnimStack* stack, FbxAnimLayer* layer
         std::any_of(channels.transform.begin(), channels.transform.end(),
                     [](const ChannelCurve& curve) { return curve.channel->front() != 'S'; });
     if (!moves || !boneNames.contains(channels.node->Name())) continue;
-    std::printf("found skeletal animation in stack %s on node %s\n", stack->GetName(),
-                channels.node->GetName());
+    PrintFormatted("found skeletal animation in stack %s on node %s\n", stack->GetName(),
+                   channels.node->GetName());
     return true;
   }
   return false;

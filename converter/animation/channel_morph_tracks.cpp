@@ -1,11 +1,11 @@
 // The older route to a morph animation, and the question whether a stack has one. Both take curves
 // with two keys, where the visitors ask for three.
 #include <algorithm>
-#include <cstdio>
 
 #include "cal3d/io/saver.h"
 #include "converter/animation/export_animation.h"
 #include "converter/base/log.h"
+#include "converter/base/output.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/scene_channels.h"
 #include "converter/space/frames.h"
@@ -48,7 +48,7 @@ bool ExportAnimation::AddMorphAnimation(const ConversionArguments& args,
                                         CalCoreMorphAnimation& animation) {
   for (FbxAnimStack* stack : scene_.GetAnimList()) {
     if (!IsTaken(args, *stack)) continue;
-    if (args.verbosity > 0) std::printf(" [%s]", stack->GetName());
+    if (args.verbosity > 0) PrintFormatted(" [%s]", stack->GetName());
     scene_.GetScene()->SetCurrentAnimationStack(stack);
     animation.duration = std::max(animation.duration, StackSeconds(*stack, args.frameRate));
     AddTracksToMorphAnimation(args, stack, animation);
@@ -115,8 +115,8 @@ bool ExportAnimation::CheckTracksForMorphAnimationInChannels(const NodeChannels&
   for (const ChannelCurves& shape : channels.morphs) {
     for (const ChannelCurve& channel : shape) {
       if (!IsShown(*channel.curve)) continue;
-      std::printf("found morph animation in stack %s on node %s\n", stack->GetName(),
-                  channels.node->GetName());
+      PrintFormatted("found morph animation in stack %s on node %s\n", stack->GetName(),
+                     channels.node->GetName());
       return true;
     }
   }

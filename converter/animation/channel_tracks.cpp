@@ -2,11 +2,11 @@
 // conversion, in seconds by the command's frame rate.
 #include <algorithm>
 #include <array>
-#include <cstdio>
 
 #include "cal3d/io/saver.h"
 #include "converter/animation/export_animation.h"
 #include "converter/base/log.h"
+#include "converter/base/output.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/node_paths.h"
 #include "converter/scene/scene_channels.h"
@@ -51,7 +51,7 @@ void PrintKeyframe(int verbosity, FbxTime time, const FbxVector4& t, const FbxQu
     text.append(" T{").append(AsCharacters(t.Xyz())).append("} Q{");
     text.append(AsCharacters(q.data)).append("}\n");
   }
-  std::fwrite(text.data(), 1, text.size(), stdout);
+  Print(text);
 }
 
 }  // namespace
@@ -73,7 +73,7 @@ bool ExportAnimation::AddAnimation(const ConversionArguments& args, CalCoreAnima
   const BoneNameMap bones = BuildBoneNameMap(BuildSkeleton(&scene_, root, args));
   for (FbxAnimStack* stack : scene_.GetAnimList()) {
     if (stack->Name() != args.exportObjectName) continue;
-    if (args.verbosity > 0) std::printf(" [%s]", stack->GetName());
+    if (args.verbosity > 0) PrintFormatted(" [%s]", stack->GetName());
     scene_.GetScene()->SetCurrentAnimationStack(stack);
     animation.duration = std::max(animation.duration, StackSeconds(*stack, args.frameRate));
     AddTracksToAnimation(args, stack, animation, bones);
@@ -101,12 +101,12 @@ void ExportAnimation::AddTracksFromChannels(const ConversionArguments& args,
                                             CalCoreAnimation& animation, const BoneNameMap& bones) {
   const FbxNode& node = *channels.node;
   if (std::all_of(channels.transform.begin(), channels.transform.end(), IsScaling)) return;
-  if (args.verbosity > 0) std::printf("\n%s", node.GetName());
+  if (args.verbosity > 0) PrintFormatted("\n%s", node.GetName());
   const std::vector<FbxTime> times = KeyTimes(channels);
   const Bone* bone = bones.Find(&node);
   if (bone == nullptr || times.empty()) return;
   if (args.verbosity > 0) {
-    std::printf("%s %zu key frames ", BuildRootNodeName(&node, nullptr).c_str(), times.size());
+    PrintFormatted("%s %zu key frames ", BuildRootNodeName(&node, nullptr).c_str(), times.size());
   }
   const double factor =
       node.EvaluateGlobalTransform().GetS()[0] * static_cast<double>(args.scaleFactor);

@@ -1,8 +1,7 @@
 #include "converter/base/records.h"
 
-#include <cstdio>
-
 #include "converter/base/log.h"
+#include "converter/base/output.h"
 
 void AddOutput(std::string_view label, std::string_view value, bool newline) {
   std::string record;
@@ -14,8 +13,8 @@ void AddOutput(std::string_view label, std::string_view value, bool newline) {
   record += value;
   record += newline ? '\n' : ' ';
   if (LogIsOpen()) FileLog(false) << record;
-  std::fwrite(record.data(), 1, record.size(), stdout);
-  if (newline) std::fflush(stdout);
+  Print(record);
+  if (newline) FlushOutput();
 }
 
 void AddOutput(std::string_view value, bool newline) { AddOutput({}, value, newline); }

@@ -1,12 +1,12 @@
 #include "converter/driver/command_file.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <fstream>
 
 #include <boost/filesystem.hpp>
 
 #include "converter/base/names.h"
+#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/driver/command_line.h"
 
@@ -27,7 +27,7 @@ std::vector<std::string> WordsOfFile(const std::string& path, std::string_view v
   std::ifstream file(path, std::ios::binary);
   // Opening a directory succeeds, reading it doesn't.
   if (!file || isDirectory(path)) {
-    std::printf("Unable to open command file: %s", std::string(value).c_str());
+    PrintFormatted("Unable to open command file: %s", std::string(value).c_str());
     return words;
   }
   // What editors on Windows add is no part of the words: a byte order mark, returns at line ends.

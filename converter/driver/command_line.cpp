@@ -8,6 +8,7 @@
 
 #include "converter/base/log.h"
 #include "converter/base/names.h"
+#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/driver/command_set.h"
 #include "converter/driver/help.h"
@@ -255,7 +256,7 @@ std::vector<ConversionArguments> ProcessSegment(std::span<const std::string> seg
 
 void PrintHelpRecord(const ConversionArguments& record) {
   PrintVersions();
-  if (record.verbosity == 0) std::fputs(record.toString().c_str(), stdout);
+  if (record.verbosity == 0) Print(record.toString());
   LOG_INFO("USAGE: veltrum version " + VersionText());
   PrintUsage(80);
 }
@@ -315,7 +316,7 @@ std::vector<ConversionArguments> processCommandLineSegment(const OptionParser& p
     reader.ReadOption(option);
   }
   reader.ReadWords();
-  if (record.verbosity != 0) std::fputs(record.toString().c_str(), stdout);
+  if (record.verbosity != 0) Print(record.toString());
   if (numArgs == 0 || reader.NeedsHelp()) record.option = ConversionArguments::HELP;
   return {record};
 }

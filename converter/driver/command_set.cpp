@@ -1,10 +1,10 @@
 #include "converter/driver/command_set.h"
 
-#include <cstdio>
 #include <exception>
 
 #include "converter/animation/export_animation.h"
 #include "converter/base/log.h"
+#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/driver/cal3d_to_text.h"
 #include "converter/driver/export_commands.h"
@@ -59,7 +59,7 @@ int processCommandSet(ConversionArguments args, Session& session) {
     if (args.verbosity != 0) PrintExportHelp();
     return 0;
   }
-  if (args.verbosity != 0) std::fputs(args.toString().c_str(), stdout);
+  if (args.verbosity != 0) Print(args.toString());
   if (args.mode == CAL3D_2_TEXT_MODE) return Cal3d2Text(args) ? 1 : 0;
   try {
     return RunOnScene(session, args);

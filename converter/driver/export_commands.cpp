@@ -1,6 +1,5 @@
 #include "converter/driver/export_commands.h"
 
-#include <cstdio>
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,6 +8,7 @@
 #include "converter/animation/export_animation.h"
 #include "converter/base/log.h"
 #include "converter/base/names.h"
+#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/driver/media_folder.h"
 #include "converter/mesh/export_mesh.h"
@@ -37,9 +37,9 @@ void ExportSkeletonNamed(FbxWrapper& scene, const std::string& name, ConversionA
 
 void ReportMeshFailure(const ConversionArguments& args) {
   if (args.commandVersion == 1) {
-    std::printf("could not create file %s from %s with root %s and mesh %s\n",
-                args.outputFilename.c_str(), args.inputFilename.c_str(),
-                args.skeletonRootPath.c_str(), args.exportObjectName.c_str());
+    PrintFormatted("could not create file %s from %s with root %s and mesh %s\n",
+                   args.outputFilename.c_str(), args.inputFilename.c_str(),
+                   args.skeletonRootPath.c_str(), args.exportObjectName.c_str());
     return;
   }
   AddOutput("WARNING", "could not create file for meshes from ", false);

@@ -1,8 +1,8 @@
 #include "converter/driver/help.h"
 
-#include <cstdio>
 #include <cstdlib>
 
+#include "converter/base/output.h"
 #include "converter/driver/usage.h"
 #include "converter/driver/usage_screen.h"
 #include "converter/scene/fbx_wrapper.h"
@@ -43,8 +43,6 @@ constexpr char listNodeHelp[] =
     "    veltrum -l node <input fbx file>\n"
     "        List out the whole scene graph hierarchy for an FBX file, as node paths.\n"
     "        <input fbx file> - The file to list the meshes from.\n";
-
-void Print(const std::string& text) { std::fputs(text.c_str(), stdout); }
 
 }  // namespace
 

@@ -1,6 +1,5 @@
 #include "converter/driver/material_export.h"
 
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -8,6 +7,7 @@
 #include "cal3d/io/saver.h"
 #include "converter/base/log.h"
 #include "converter/base/names.h"
+#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/driver/media_folder.h"
 #include "converter/material/material_text.h"
@@ -55,9 +55,9 @@ void ExportMaterials(FbxWrapper& scene, const ConversionArguments& args) {
 void PrintTextureList(FbxWrapper& scene, const ConversionArguments& args) {
   const std::vector<std::string> files = ListFilesInDirectory(GetMediaFolder(args.inputFilename));
   for (auto file = files.rbegin(); file != files.rend(); ++file) {
-    std::printf("%s: %s\n", _TEXTURE, encodeName(args.encodeNames, *file).c_str());
+    PrintFormatted("%s: %s\n", _TEXTURE, encodeName(args.encodeNames, *file).c_str());
   }
-  std::printf("\n");
+  Print("\n");
 
   const MaterialMasterMap master = MaterialsOfCommand(scene, args);
   for (const std::string& text : MaterialMasterMapToStrings(master)) {

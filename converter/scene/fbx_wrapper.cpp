@@ -1,10 +1,10 @@
 #include "converter/scene/fbx_wrapper.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <stdexcept>
 
 #include "converter/base/names.h"
+#include "converter/base/output.h"
 #include "converter/scene/node_paths.h"
 #include "converter/scene/scene_channels.h"
 #include "converter/scene/skeleton_nesting.h"
@@ -22,7 +22,7 @@ namespace {
 template <typename T>
 T* RequireObject(T* object, const char* message) {
   if (object == nullptr) {
-    std::printf("%s", message);
+    Print(message);
     throw FbxInitException();
   }
   return object;
@@ -67,13 +67,14 @@ void FbxWrapper::Load(const std::string& fileName) {
   FbxImporter* importer =
       RequireObject(FbxImporter::Create(manager_.get(), ""), "Error creating FbxImporter.");
   if (!importer->Initialize(fileName.c_str(), -1, settings)) {
-    std::printf("Error calling FbxImporter.Initialize on file %s: %s\n", fileName.c_str(),
-                importer->GetStatus().GetErrorString());
+    PrintFormatted("Error calling FbxImporter.Initialize on file %s: %s\n", fileName.c_str(),
+                   importer->GetStatus().GetErrorString());
     throw FbxInitException();
   }
   scene_ = RequireObject(FbxScene::Create(manager_.get(), ""), "Error creating FbxScene.");
   if (!importer->Import(scene_, false)) {
-    std::printf("Error calling FbxImporter.Import: %s\n", importer->GetStatus().GetErrorString());
+    PrintFormatted("Error calling FbxImporter.Import: %s\n",
+                   importer->GetStatus().GetErrorString());
     throw FbxImportException();
   }
   importer->Destroy();

@@ -1,7 +1,6 @@
 #include "converter/scene/scene_queries.h"
 
-#include <cstdio>
-
+#include "converter/base/output.h"
 #include "converter/scene/node_paths.h"
 #include "fbx/math/fbx_matrix.h"
 #include "fbx/scene/fbx_mesh.h"
@@ -10,7 +9,7 @@
 namespace {
 
 void PrintTriple(const char* label, const FbxVector4& v) {
-  std::printf("%s%3.3f %3.3f %3.3f ", label, v[0], v[1], v[2]);
+  PrintFormatted("%s%3.3f %3.3f %3.3f ", label, v[0], v[1], v[2]);
 }
 
 }  // namespace
@@ -45,7 +44,7 @@ std::map<std::string, FbxCluster*> GetClusterMap(const std::vector<MeshHolder_*>
 }
 
 void PrintNode(const FbxNode* node) {
-  std::printf("%s\n", BuildRootNodeName(node, nullptr).c_str());
+  PrintFormatted("%s\n", BuildRootNodeName(node, nullptr).c_str());
 }
 
 void PrintSkeleton(NodeSpan skeleton) {
@@ -54,7 +53,7 @@ void PrintSkeleton(NodeSpan skeleton) {
 
 void PrintSkeletonList(const std::vector<NodeSpan>& skeletons) {
   for (const NodeSpan& skeleton : skeletons) {
-    std::printf("Skeleton Root: \t%s bones %zu\n", skeleton.front()->GetName(), skeleton.size());
+    PrintFormatted("Skeleton Root: \t%s bones %zu\n", skeleton.front()->GetName(), skeleton.size());
   }
 }
 
@@ -62,5 +61,5 @@ void dumpMatrixInfo(const FbxAMatrix& matrix) {
   PrintTriple("\tT:", matrix.GetT());
   PrintTriple("\tR:", matrix.GetR());
   PrintTriple("\tS:", matrix.GetS());
-  std::printf("\n");
+  Print("\n");
 }

@@ -13,6 +13,7 @@
 
 #include "cal3d/io/unfinished_files.h"
 #include "converter/base/log.h"
+#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/driver/command_line.h"
 #include "converter/driver/help.h"
@@ -54,7 +55,7 @@ int Run(int argc, const char* const* argv) {
 int EndAbnormally(std::string what) {
   // One line, whatever the names in it hold.
   std::replace(what.begin(), what.end(), '\n', ' ');
-  std::fflush(stdout);
+  FlushOutput();
   std::fprintf(stderr, "veltrum: %s\n", what.c_str());
   return kAbnormalEnd;
 }

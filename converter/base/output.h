@@ -1,0 +1,13 @@
+// The one way to standard output. Calling tools read it line by line, records and the traces of
+// verbose commands alike, so nothing else in the converter writes there: one stream keeps all texts
+// in their order. A closed or full standard output is not an error.
+#pragma once
+
+#include <string_view>
+
+// The text as it stands, zero bytes included. It may stay in the stream's buffer.
+void Print(std::string_view text);
+// Formats as std::printf does.
+[[gnu::format(printf, 1, 2)]] void PrintFormatted(const char* format, ...);
+// What was printed so far reaches whoever reads it.
+void FlushOutput();
