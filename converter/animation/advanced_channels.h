@@ -1,5 +1,5 @@
-// The animation of lights, cameras and user properties. Exports ask for none of it; it is for
-// visitors that want to see everything.
+// The animation of lights, cameras and user properties, for visitors that want to see everything.
+// No command reaches it.
 #pragma once
 
 #include "fbx/core/fbx_string.h"

@@ -5,10 +5,10 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "converter/animation/animation_trace.h"
 #include "converter/animation/curve_visitors.h"
 #include "converter/animation/export_animation.h"
 #include "converter/base/log.h"
-#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/node_paths.h"
@@ -82,21 +82,6 @@ void NameAnimations(AnimationMap& animations, bool encodeNames) {
   }
 }
 
-void PrintMorphs(const FbxWrapper& wrapper, const AnimationMap& morph) {
-  for (const auto& [key, holders] : morph) {
-    std::string text = key;
-    const FbxNode* node = wrapper.GetNodeByPath(key);
-    if (const FbxMesh* mesh = node == nullptr ? nullptr : node->GetMesh()) {
-      for (const std::string& target : getMorphTargetsOnMesh(mesh)) text.append(" ").append(target);
-    }
-    text += '\n';
-    for (const AnimationInfoHolder& holder : holders) {
-      text.append(" ").append(holder.toString()).append("\n");
-    }
-    Print(text);
-  }
-}
-
 }  // namespace
 
 ExportAnimation::ExportAnimation(FbxWrapper& scene, const ConversionArguments& args)
@@ -108,12 +93,12 @@ void ExportAnimation::BuildAnimLists(AnimationMap& skeletal, AnimationMap& morph
   scene_.UseTimeSettings();
   if (scene_.BuildSkeletonList(args_.treatAsRoom).empty()) return;
   const std::vector<FbxAnimStack*> stacks = scene_.GetAnimList();
-  if (args_.verbosity >= 3) PrintFormatted("\nAnimation Stacks: %zu\n", stacks.size());
+  TraceStackCount(args_, stacks.size());
   if (stacks.empty()) return;
   HoldersByRoot byRoot = FindByRoot(stacks);
   Analyze(byRoot, skeletal, morph);
   NameAnimations(skeletal, args_.encodeNames);
-  if (args_.verbosity >= 2) PrintMorphs(scene_, morph);
+  TraceMorphLists(args_, scene_, morph);
   NameAnimations(morph, args_.encodeNames);
 }
 
@@ -200,12 +185,7 @@ void ExportAnimation::GetMorphAnimationInLayer(FbxAnimStack* stack, FbxAnimLayer
   std::unordered_set<std::string> known(holder.morphChannels.begin(), holder.morphChannels.end());
   for (const FbxNode* morphedNode : morphed) {
     const std::vector<std::string> names = HasBlendShapeMorph(channels.Of(morphedNode).front());
-    if (args_.verbosity >= 3) {
-      PrintFormatted("found morph animation in stack %s on node %s; target:", stack->GetName(),
-                     morphedNode->GetName());
-      for (const std::string& name : names) PrintFormatted(" %s", name.c_str());
-      Print("\n");
-    }
+    TraceMorphFound(args_, *stack, *morphedNode, names);
     if (holder.animStack == nullptr) {
       holder.isMorph = true;
       holder.animStack = stack;
@@ -226,13 +206,6 @@ void ExportAnimation::GetMorphAnimationInLayer(FbxAnimStack* stack, FbxAnimLayer
 
 void ExportAnimation::Analyze(HoldersByRoot& byRoot, AnimationMap& skeletal, AnimationMap& morph) {
   SceneChannels& channels = Channels();
-  const auto describe = [&](const AnimationInfoHolder& holder, const ChannelRuns& curves) {
-    if (args_.verbosity >= 2) Print(holder.toString() + "\n");
-    if (args_.verbosity < 3) return;
-    Print(CurveText(curves, !holder.isMorph));
-    Print("DATA:" + holder.dataString(channels));
-  };
-
   HoldersByText uniqueMorphs(CurveTextLess{false});
   HoldersByText uniqueAnimations(CurveTextLess{true});
   for (auto& [root, holders] : byRoot) {
@@ -240,13 +213,13 @@ void ExportAnimation::Analyze(HoldersByRoot& byRoot, AnimationMap& skeletal, Ani
     for (AnimationInfoHolder& holder : holders) {
       if (!holder.isMorph || holder.nodes.empty()) continue;
       ChannelRuns curves = ChannelsOfNodes(channels, holder.animStack, holder.nodes);
-      describe(holder, curves);
+      TraceCandidate(args_, channels, holder, curves);
       uniqueMorphs.try_emplace(std::move(curves), std::move(holder));
     }
     for (AnimationInfoHolder& holder : holders) {
       if (holder.isMorph || holder.nodes.empty()) continue;
       ChannelRuns curves = ChannelsBelow(channels, holder.animStack, holder.rootNode);
-      describe(holder, curves);
+      TraceCandidate(args_, channels, holder, curves);
       const std::string stackName = holder.info.stackName;
       const auto [unique, isNew] = uniqueAnimations.try_emplace(curves, std::move(holder));
       if (!isNew) unique->second.animNames.insert(stackName);

@@ -70,3 +70,17 @@ struct AnimationInfoHolder {
   std::set<std::string, animNameSorter> animNames;  // of all stacks that hold this animation
   sAnim info;
 };
+
+// From the path of a skeleton's root to its animations. Two more keys hold the complete lists.
+using AnimationMap = std::map<std::string, std::vector<AnimationInfoHolder>>;
+
+inline constexpr char kCompleteSkeletalList[] = "COMPLETE_SKELETAL_ANIM_LIST";
+inline constexpr char kCompleteMorphList[] = "COMPLETE_MORPH_ANIM_LIST";
+
+// The animations of a scene, which the session keeps with it, so that several export commands on
+// one file analyse it only once.
+struct AnimationCache {
+  std::string fileName;  // the input file that the maps describe; empty until they are filled
+  AnimationMap skeletalAnimations;
+  AnimationMap morphAnimations;
+};

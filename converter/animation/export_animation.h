@@ -1,11 +1,8 @@
 // Finds the animations of the loaded scene, lists them and writes them to files. An exporter is
 // made for one command.
 //
-// Animations are written by visitors of the channels below a node (ExportAnimationsFromList). The
-// operations from Export and ExportMorphAnim down are a second, older route, stack by stack: it
-// takes curves with fewer keys, knows no axis conversion, counts time by the command's frame rate
-// and makes a track for each layer. Tools were built on what either route writes, so they stay
-// apart.
+// Animations are written by visitors of the channels below a node (ExportAnimationsFromList). What
+// stands under the older route is reached by no command (older_route.h).
 #pragma once
 
 #include <map>
@@ -14,7 +11,6 @@
 #include <string>
 #include <vector>
 
-#include "converter/animation/animation_cache.h"
 #include "converter/animation/animation_info.h"
 #include "converter/base/conversion_arguments.h"
 #include "converter/skeleton/bone_name_map.h"
@@ -53,6 +49,8 @@ class ExportAnimation {
 
   // The stack applied to the tree below the node: what it moves, then what it morphs.
   std::vector<AnimationInfoHolder> GetAnimatedNodes(FbxNode* node, FbxAnimStack* stack);
+
+  // The older route, down to Compare.
 
   // Whether any layer of the stack, or the layer, has a translation or rotation curve on a node of
   // the tree whose name is among the bones'; curves of any number of keys count. Prints which one.
@@ -102,7 +100,7 @@ class ExportAnimation {
   void GetMorphAnimationInLayer(FbxAnimStack* stack, FbxAnimLayer* layer, FbxNode* node,
                                 AnimationInfoHolder& holder);
 
-  // A track for each layer of the stack and each bone of the scene with keys in it.
+  // Of the older route: a track for each layer of the stack and each bone of the scene with keys.
   void AddTracksToAnimation(const ConversionArguments& args, FbxAnimStack* stack,
                             CalCoreAnimation& animation, const BoneNameMap& bones);
   void AddTracksFromLayer(const ConversionArguments& args, FbxNode* node, FbxAnimLayer* layer,

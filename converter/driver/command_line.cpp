@@ -11,7 +11,6 @@
 #include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/driver/command_set.h"
-#include "converter/driver/help.h"
 #include "converter/driver/usage.h"
 
 namespace {

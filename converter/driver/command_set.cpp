@@ -8,9 +8,9 @@
 #include "converter/base/records.h"
 #include "converter/driver/cal3d_to_text.h"
 #include "converter/driver/export_commands.h"
-#include "converter/driver/help.h"
 #include "converter/driver/list_commands.h"
 #include "converter/driver/material_export.h"
+#include "converter/driver/usage.h"
 #include "converter/scene/fbx_wrapper.h"
 
 namespace {

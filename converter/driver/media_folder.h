@@ -1,6 +1,6 @@
-// What becomes of the media folder, in which the importer unpacks embedded media beside the scene
-// (Model.fbm for Model.fbx), after an export: nothing. The list of textures to move is always
-// empty, so nothing is ever moved; both operations keep the shape that callers know.
+// The media folder, in which the importer unpacks embedded media beside the scene (Model.fbm for
+// Model.fbx), and the moving of textures out of it. No command reaches the moving: the list of
+// textures to move is always empty. Both operations keep the shape that callers know.
 #pragma once
 
 #include <string>

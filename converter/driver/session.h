@@ -5,7 +5,7 @@
 
 #include <memory>
 
-#include "converter/animation/animation_cache.h"
+#include "converter/animation/animation_info.h"
 #include "converter/base/conversion_arguments.h"
 #include "converter/scene/fbx_wrapper.h"
 

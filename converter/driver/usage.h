@@ -1,7 +1,8 @@
-// The option table of the command line. Its order is the order of the usage screen.
+// The option table of the command line, and what the program prints about itself.
 #pragma once
 
 #include <span>
+#include <string>
 
 #include "converter/driver/option_parser.h"
 
@@ -29,4 +30,33 @@ enum OptionIndex : int {
   kRenameOption = 22,
 };
 
+// Its order is the order of the usage screen.
 extern const std::span<const OptionDescriptor> usagev2;
+
+// In a help text '\n' ends a line and '\t' ends a cell. A line's last cell is wrapped, between
+// words, in a column of its own, which never gets less than `lastColumnMinPercent` of `width`;
+// where the cells before it would leave it less than `lastColumnOwnLinePercent` it starts on a new
+// line.
+std::string UsageScreen(std::span<const OptionDescriptor> table, int width,
+                        int lastColumnMinPercent, int lastColumnOwnLinePercent);
+
+// Printed, never parsed.
+inline constexpr char kVersion[] = "012";
+
+// The version and the scene library's version, as the first record of a run and the log have it.
+std::string VersionText();
+
+// The version lines, on standard output.
+void PrintVersions();
+// The usage screen of the option table, on standard output, `width` columns wide.
+void PrintUsage(int width);
+// Both, as wide as the environment variable COLUMNS says, or 80 columns.
+void PrintHelp();
+
+void PrintExportHelp();
+void PrintExportMeshHelp();
+void PrintExportSkelHelp();
+void PrintListHelp();
+void PrintListTextureHelp();
+void PrintListMeshHelp();
+void PrintListNodeHelp();

@@ -16,7 +16,7 @@
 #include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/driver/command_line.h"
-#include "converter/driver/help.h"
+#include "converter/driver/usage.h"
 #include "converter/scene/fbx_wrapper.h"
 
 namespace {

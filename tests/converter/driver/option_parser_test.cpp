@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "converter/driver/usage_screen.h"
+#include "converter/driver/usage.h"
 
 namespace {
 

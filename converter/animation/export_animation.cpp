@@ -1,29 +1,37 @@
-// Writes animations of a list to files, by the visitors.
+// The listing of animations, and their files.
+#include "converter/animation/export_animation.h"
+
 #include <unordered_set>
 
 #include "cal3d/io/file_kinds.h"
 #include "cal3d/io/saver.h"
-#include "converter/animation/export_animation.h"
+#include "converter/animation/animation_trace.h"
+#include "converter/animation/curve_visitors.h"
 #include "converter/animation/key_framers.h"
 #include "converter/base/names.h"
-#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/scene/fbx_wrapper.h"
-#include "converter/scene/node_paths.h"
+#include "converter/scene/scene_channels.h"
 #include "converter/skeleton/skeleton_roots.h"
-#include "fbx/scene/fbx_node.h"
 
 namespace {
 
-void PrintBones(const std::vector<NodeSpan>& skeletons, const std::string& rootPath,
-                const BoneNameMap& bones) {
-  for (const NodeSpan& skeleton : skeletons) {
-    if (BuildRootNodeName(skeleton.front(), nullptr) != rootPath) continue;
-    for (size_t i = 0; i < skeleton.size(); ++i) {
-      const Bone* bone = bones.Find(skeleton[i]);
-      PrintFormatted("%s %zu %d\n", skeleton[i]->GetName(), i, bone == nullptr ? 0 : bone->id);
-    }
-    return;
+void ListAnimation(const ConversionArguments& args, SceneChannels& channels,
+                   const AnimationInfoHolder& holder) {
+  const sAnim& info = holder.info;
+  AddAnimOutput(holder.fileName, info.timeMode, info.timeProtocol, info.startFrame, info.endFrame,
+                info.durationFrames, info.referenceStartFrame, info.referenceEndFrame,
+                info.referenceDurationFrames, holder.isMorph);
+  TraceListedAnimation(args, channels, holder);
+}
+
+void ListAnimations(const ConversionArguments& args, SceneChannels& channels,
+                    const AnimationMap& animations, const char* completeList) {
+  const auto list =
+      animations.find(args.skeletonRootPath.empty() ? completeList : args.skeletonRootPath);
+  if (list == animations.end()) return;
+  for (const AnimationInfoHolder& holder : list->second) {
+    if (!holder.nodes.empty()) ListAnimation(args, channels, holder);
   }
 }
 
@@ -47,14 +55,24 @@ bool SaveMorph(SceneChannels& channels, const AnimationInfoHolder& holder,
 
 }  // namespace
 
+std::vector<sAnim> ExportAnimation::List() {
+  AnimationMap skeletal;
+  AnimationMap morph;
+  BuildAnimLists(skeletal, morph);
+  const auto lists = [this](ObjectType type) {
+    return args_.type == LIST_ALL_OBJECT || (args_.type & type) != 0;
+  };
+  if (lists(ANIM_OBJECT)) ListAnimations(args_, Channels(), skeletal, kCompleteSkeletalList);
+  if (lists(MORPHANIM_OBJECT)) ListAnimations(args_, Channels(), morph, kCompleteMorphList);
+  return {};
+}
+
 void ExportAnimation::ExportAnimationsFromList(const AnimationMap& animations,
                                                const std::vector<std::string>& names) {
   scene_.UseTimeSettings();
   const CommandSkeleton skeleton = GetCommandSkeleton(&scene_, args_);
   const BoneNameMap bones = BuildBoneNameMap(skeleton.nodes);
-  if (args_.verbosity >= 2) {
-    PrintBones(scene_.BuildSkeletonList(args_.treatAsRoom), skeleton.rootPath, bones);
-  }
+  TraceBones(args_, scene_.BuildSkeletonList(args_.treatAsRoom), skeleton.rootPath, bones);
   const auto list = animations.find(skeleton.rootPath);
   if (list == animations.end()) return;
   const std::unordered_set<std::string> selected(names.begin(), names.end());

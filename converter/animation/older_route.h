@@ -1,4 +1,7 @@
-// Export of one animation by the older route, for command loops.
+// The older route to animation files. No command reaches it; tools were built on what it writes, so
+// it stays as it was. Its operations are the members of ExportAnimation from Export on: stack by
+// stack, they take curves with fewer keys, know no axis conversion, count time by the command's
+// frame rate and make a track for each layer.
 #pragma once
 
 #include <string>

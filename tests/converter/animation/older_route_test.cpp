@@ -1,8 +1,9 @@
 // The export route stack by stack, which no command takes.
+#include "converter/animation/older_route.h"
+
 #include <gmock/gmock.h>
 
 #include "cal3d/model/core_animation.h"
-#include "converter/animation/automation_file.h"
 #include "converter/animation/export_animation.h"
 #include "fbx/scene/fbx_node.h"
 #include "tests/converter/animation/clip_file.h"
