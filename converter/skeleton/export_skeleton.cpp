@@ -1,16 +1,21 @@
 #include "converter/skeleton/export_skeleton.h"
 
-#include <cstdio>
+#include <optional>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include <boost/make_shared.hpp>
+#include <boost/shared_ptr.hpp>
 
 #include "cal3d/io/saver.h"
+#include "cal3d/model/core_skeleton.h"
 #include "converter/base/records.h"
 #include "converter/scene/node_paths.h"
-#include "converter/scene/scene_queries.h"
 #include "converter/skeleton/bone_lights.h"
 #include "converter/skeleton/node_matrices.h"
+#include "converter/skeleton/room_names.h"
+#include "converter/skeleton/skeleton_trace.h"
 #include "converter/space/axis_mod.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_scene.h"
@@ -21,27 +26,6 @@ using Bones = std::vector<boost::shared_ptr<CalCoreBone>>;
 
 constexpr const char* kRoomRootName = "skeleton.Room";
 
-// A pose matrix this near to the identity is no pose.
-constexpr double kIdentityThreshold = 1e-6;
-
-// The matrices that a bone is computed from.
-struct RestMatrices {
-  FbxAMatrix global;      // evaluated
-  FbxAMatrix globalPose;  // from the bind pose, or evaluated where there is none
-};
-
-RestMatrices GetRestMatrices(const FbxNode* node, bool useBindPose) {
-  RestMatrices rest;
-  rest.global = node->EvaluateGlobalTransform();
-  if (useBindPose) rest.globalPose = getBindPoseMatrix(node);
-  if (rest.globalPose.IsIdentity(kIdentityThreshold)) rest.globalPose = rest.global;
-  return rest;
-}
-
-bool UsesBindPose(const ConversionArguments& args) {
-  return args.skeletonRootPath != kRootNodeName;
-}
-
 CalVector ToCalVector(const FbxVector4& v) {
   return {static_cast<float>(v[0]), static_cast<float>(v[1]), static_cast<float>(v[2])};
 }
@@ -51,32 +35,20 @@ CalQuaternion ToCalQuaternion(const FbxQuaternion& q) {
           static_cast<float>(q[3])};
 }
 
-void Dump(const char* label, const FbxAMatrix& matrix) {
-  std::printf("%s", label);
-  dumpMatrixInfo(matrix);
-}
-
-void DumpRestMatrices(const FbxNode* node, int parentId, const RestMatrices& child,
-                      const FbxAMatrix& parentGlobal, const FbxAMatrix& transform,
-                      bool useBindPose) {
-  RestMatrices parent;
-  if (parentId != -1 && node->GetParent() != nullptr) {
-    parent = GetRestMatrices(node->GetParent(), useBindPose);
+// Gives a node another name as long as it lives.
+class BorrowedName {
+ public:
+  BorrowedName(FbxNode& node, std::string name) : node_(node), kept_(node.Name()) {
+    node.SetName(std::move(name));
   }
-  const FbxAMatrix local = node->EvaluateLocalTransform();
-  const bool differs = !(child.globalPose == child.global);
-  Dump("\n globalChild           ", child.global);
-  Dump(differs ? "*globalChildPose      " : " globalChildPose      ", child.globalPose);
-  Dump("globalParent*local     ", parent.global * local);
-  Dump("globalPosition*local   ", parentGlobal * local);
-  Dump(" globalParent          ", parent.global);
-  Dump(" globalParentPose      ", parent.globalPose);
-  Dump(" globalPosition        ", parentGlobal);
-  Dump("EvaluateLocalTransform ", local);
-  Dump("gParent.Inv * gChild   ", parent.global.Inverse() * child.global);
-  Dump("gPsition.Inv*gChldPose ", parentGlobal.Inverse() * child.globalPose);
-  Dump("transform              ", transform);
-}
+  ~BorrowedName() { node_.SetName(std::move(kept_)); }
+  BorrowedName(const BorrowedName&) = delete;
+  BorrowedName& operator=(const BorrowedName&) = delete;
+
+ private:
+  FbxNode& node_;
+  std::string kept_;
+};
 
 // The bone's name and, for a light, its light; an ambient light reaches the scene's settings too.
 boost::shared_ptr<CalCoreBone> MakeBone(FbxNode* node, int parentId, NodeNames& names) {
@@ -118,12 +90,6 @@ CalQuaternion OutputRotation(const FbxAMatrix& transform, const ConversionArgume
   return {q[0], q[1], q[2], q[3]};
 }
 
-struct PendingNode {
-  FbxNode* node;
-  int parentId;
-  FbxAMatrix parentGlobal;
-};
-
 // The camera that a room gets when it has none of its own.
 void AddDefaultCamera(Bones& bones) {
   constexpr int kParentId = 0;
@@ -152,95 +118,92 @@ CalVector SceneAmbientColor(const FbxScene& scene) {
 // Renames the special nodes below `root`, on the nodes themselves too, so that a renamed camera is
 // found as one.
 NodeNames RenameRoomNodes(FbxNode* root, const ConversionArguments& args) {
-  NodeNameVisitor visitor(RoomPatterns(), false, false);
+  NodeNameVisitor visitor(RoomPatterns(), false, false, true);
   WalkNodes(root, visitor);
   NodeNames names = RenameSpecialRoomNodes(visitor);
-  if (args.verbosity > 0) {
-    for (const NamePattern& pattern : visitor.Patterns()) {
-      std::printf("found %zu nodes for %s\n", visitor.Matches(pattern.text).size(), pattern.text);
-    }
-  }
+  TraceMatches(args, visitor);
   // In walk order, so that the report doesn't depend on where nodes lie in memory.
   SkeletonBuilderVisitor all;
   WalkNodes(root, all);
   for (FbxNode* node : all.nodes) {
     const auto renamed = names.find(node);
     if (renamed == names.end()) continue;
-    if (args.verbosity > 0) {
-      std::printf("node %s was renamed %s\n", node->GetName(), renamed->second.c_str());
-    }
+    TraceRenaming(args, *node, renamed->second);
     node->SetName(renamed->second);
   }
   return names;
 }
 
-}  // namespace
+// Appends the bone of `node`. `parentGlobal` is the parent's global transform as the bones describe
+// it, the result is the node's own. Names come from `names`, where nodes without one are entered
+// with their own. `skeletal` holds the Cal3D-side global transform of every bone, from the values
+// that stand in the file: bone space is computed from it and not from the scene, so that it agrees
+// with the file.
+FbxAMatrix AddBoneToList(const FbxAMatrix& parentGlobal, Bones& bones,
+                         std::vector<FbxAMatrix>& skeletal, FbxNode* node, int parentId,
+                         const ConversionArguments& args, NodeNames& names) {
+  const bool isRoot = parentId == -1;
+  const bool useBindPose = args.skeletonRootPath != kRootNodeName;
+  boost::shared_ptr<CalCoreBone> bone = MakeBone(node, parentId, names);
+  const RestMatrices rest = GetRestMatrices(node, useBindPose);
+  const FbxAMatrix transform = isRoot || !args.useEvaluatedLocal
+                                   ? parentGlobal.Inverse() * rest.globalPose
+                                   : node->EvaluateLocalTransform();
+  TraceBone(args, {*node, bones.size(), isRoot, useBindPose, rest, parentGlobal, transform});
+  bone->relativeTranslation = OutputTranslation(transform, rest.global, isRoot, args);
+  bone->relativeRotation = OutputRotation(transform, args);
 
-void AddBoneToList(const FbxAMatrix& parentGlobal, Bones& bones, FbxNode* node, int parentId,
-                   const ConversionArguments& args, NodeNames& names) {
-  const bool useBindPose = UsesBindPose(args);
-  // The Cal3D-side global transform of every bone, from the values that stand in the file. Bone
-  // space is computed from it and not from the scene, so that it agrees with the file.
-  std::vector<FbxAMatrix> skeletal(bones.size());
-  for (size_t i = 0; i < bones.size(); ++i) {
-    getSkeletalMatrix(skeletal[i], bones, static_cast<int>(i));
-  }
+  FbxAMatrix own;
+  getMatrixFromCalBone(own, *bone);
+  const FbxAMatrix skelTransform = isRoot ? own : skeletal[static_cast<size_t>(parentId)] * own;
+  const FbxAMatrix inverseBind = skelTransform.Inverse();
+  bone->boneSpaceTranslation = ToCalVector(inverseBind.GetT());
+  bone->boneSpaceRotation = ToCalQuaternion(inverseBind.GetQ());
+  TraceBoneSpace(args, skelTransform, inverseBind);
+  bones.push_back(std::move(bone));
+  skeletal.push_back(skelTransform);
+  return parentGlobal * transform;
+}
+
+// The bones of `root` and of everything below it, each behind its parent.
+Bones BuildBones(FbxNode* root, const ConversionArguments& args, NodeNames& names) {
+  struct PendingNode {
+    FbxNode* node;
+    int parentId;
+    FbxAMatrix parentGlobal;
+  };
+  Bones bones;
+  std::vector<FbxAMatrix> skeletal;
   // A stack of our own instead of recursion: the file decides how deep the hierarchy is.
-  std::vector<PendingNode> pending{{node, parentId, parentGlobal}};
+  std::vector<PendingNode> pending{{root, -1, FbxAMatrix()}};
   while (!pending.empty()) {
     const PendingNode next = pending.back();
     pending.pop_back();
-    const bool isRoot = next.parentId == -1;
-    boost::shared_ptr<CalCoreBone> bone = MakeBone(next.node, next.parentId, names);
-
-    const RestMatrices rest = GetRestMatrices(next.node, useBindPose);
-    const FbxAMatrix transform = isRoot || !args.useEvaluatedLocal
-                                     ? next.parentGlobal.Inverse() * rest.globalPose
-                                     : next.node->EvaluateLocalTransform();
-    if (args.verbosity > 0) std::printf("%s:%zu\n", next.node->GetName(), bones.size());
-    if (args.verbosity > 1) {
-      DumpRestMatrices(next.node, next.parentId, rest, next.parentGlobal, transform, useBindPose);
-    }
-    bone->relativeTranslation = OutputTranslation(transform, rest.global, isRoot, args);
-    bone->relativeRotation = OutputRotation(transform, args);
-
-    FbxAMatrix own;
-    getMatrixFromCalBone(own, *bone);
-    const FbxAMatrix skelTransform =
-        isRoot ? own : skeletal[static_cast<size_t>(next.parentId)] * own;
-    const FbxAMatrix inverseBind = skelTransform.Inverse();
-    bone->boneSpaceTranslation = ToCalVector(inverseBind.GetT());
-    bone->boneSpaceRotation = ToCalQuaternion(inverseBind.GetQ());
-    if (args.verbosity > 1) {
-      Dump("skelTransform(glb) ", skelTransform);
-      Dump("inverseBind        ", inverseBind);
-      Dump("inverseBind * skel ", inverseBind * skelTransform);
-    }
-
-    const int boneId = static_cast<int>(bones.size());
-    bones.push_back(std::move(bone));
-    skeletal.push_back(skelTransform);
-    const FbxAMatrix global = next.parentGlobal * transform;
+    const int id = static_cast<int>(bones.size());
+    const FbxAMatrix global =
+        AddBoneToList(next.parentGlobal, bones, skeletal, next.node, next.parentId, args, names);
     const std::vector<FbxNode*>& children = next.node->Children();
-    for (size_t i = children.size(); i-- > 0;) pending.push_back({children[i], boneId, global});
+    for (size_t i = children.size(); i-- > 0;) pending.push_back({children[i], id, global});
   }
+  return bones;
 }
+
+}  // namespace
 
 bool ExportCal3DSkeleton(FbxNode* root, const std::string& fileName,
                          const ConversionArguments& args) {
   const FbxScene& scene = *root->GetScene();
   NodeNames names;
   if (args.treatAsRoom && args.renameRoomNodes) names = RenameRoomNodes(root, args);
-  const std::string keptName = root->Name();
-  if (args.treatAsRoom && keptName != kRoomRootName) {
-    AddOutput("WARNING", keptName + " is renamed " + kRoomRootName, true);
-    root->SetName(kRoomRootName);
-    if (args.verbosity > 0) std::printf(" from %s\n", root->GetInitialName());
+  std::optional<BorrowedName> roomName;
+  if (args.treatAsRoom && root->Name() != kRoomRootName) {
+    AddWarning(root->Name() + " is renamed " + kRoomRootName);
+    roomName.emplace(*root, kRoomRootName);
+    TraceRoomRoot(args, *root);
   }
   const bool isRoom = args.treatAsRoom || root->Name() == kRoomRootName;
 
-  Bones bones;
-  AddBoneToList(FbxAMatrix(), bones, root, -1, args, names);
+  Bones bones = BuildBones(root, args, names);
   if (isRoom) {
     NodeNameFinderVisitor camera(kRoomCameraPattern);
     WalkNodes(root, camera);
@@ -251,7 +214,5 @@ bool ExportCal3DSkeleton(FbxNode* root, const std::string& fileName,
   }
   CalCoreSkeleton skeleton(bones);
   if (isRoom) skeleton.sceneAmbientColor = SceneAmbientColor(scene);
-  const bool saved = CalSaver::saveCoreSkeleton(fileName, &skeleton);
-  if (args.treatAsRoom) root->SetName(keptName);
-  return saved;
+  return CalSaver::saveCoreSkeleton(fileName, &skeleton);
 }

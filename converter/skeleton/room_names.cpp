@@ -1,11 +1,11 @@
 #include "converter/skeleton/room_names.h"
 
 #include <algorithm>
+#include <regex>
 #include <utility>
 
 #include "converter/base/names.h"
-#include "converter/base/text.h"
-#include "converter/skeleton/substring_index.h"
+#include "converter/skeleton/name_patterns.h"
 #include "fbx/scene/fbx_node.h"
 
 namespace {
@@ -21,118 +21,74 @@ const std::string _catcherStr = "Catcher";
 const std::string _seatStr = "Seat";
 const std::string _handleStr = "Handle";
 
-// True if `first` stands in the name with `second` behind it on the same line.
-bool HasInOrder(std::string_view name, std::string_view first, std::string_view second) {
-  while (!name.empty()) {
-    const auto end = std::find_if(name.begin(), name.end(), IsLineEnd);
-    const std::string_view line = name.substr(0, static_cast<size_t>(end - name.begin()));
-    const size_t at = line.find(first);
-    if (at != std::string_view::npos &&
-        line.find(second, at + first.size()) != std::string_view::npos) {
-      return true;
-    }
-    name.remove_prefix(std::min(line.size() + 1, name.size()));
-  }
-  return false;
-}
-
-bool HasBoth(std::string_view name, std::string_view a, std::string_view b) {
-  return HasInOrder(name, a, b) || HasInOrder(name, b, a);
-}
-
-bool IsRoomCamera(std::string_view name) {
-  constexpr std::string_view kFront = "camera.01.01";
-  constexpr std::string_view kBack = "root";
-  return name.size() == kFront.size() + 1 + kBack.size() && name.starts_with(kFront) &&
-         name.ends_with(kBack) && !IsLineEnd(name[kFront.size()]);
-}
-
 // Up to two numbers of a name, as text.
 using Numbers = std::pair<std::string_view, std::string_view>;
 
-// The first and third part of "[^0-9]*([0-9]*)([^0-9]*)([0-9]*)".
 Numbers TwoNumbers(std::string_view name) {
-  const auto takeWhile = [&name](auto&& belongs) {
-    const auto end = std::find_if_not(name.begin(), name.end(), belongs);
-    const std::string_view taken = name.substr(0, static_cast<size_t>(end - name.begin()));
-    name.remove_prefix(taken.size());
-    return taken;
-  };
-  const auto isOther = [](char c) { return !IsDigit(c); };
-  takeWhile(isOther);
-  const std::string_view first = takeWhile(IsDigit);
-  takeWhile(isOther);
-  return {first, takeWhile(IsDigit)};
+  static const std::regex kPattern("[^0-9]*([0-9]*)([^0-9]*)([0-9]*)");
+  const NameMatch match = Search(name, kPattern);
+  return {Group(match, 1), Group(match, 3)};
 }
 
-// The group of "[^0-9]*[0-9]*.([^\._0-9]*)[\._0-9]*": the word after the first number, with one
-// character between them. When no character is left for the "." the expression gives back what it
-// has taken, a digit or a letter at a time.
+// The word after the first number, with one character between them.
 std::string_view WordAfterNumber(std::string_view name) {
-  const auto isWord = [](char c) { return c != '.' && c != '_' && !IsDigit(c); };
-  size_t digits = 0;
-  while (digits < name.size() && !IsDigit(name[digits])) ++digits;
-  size_t dot = digits;
-  while (dot < name.size() && IsDigit(name[dot])) ++dot;
-  while (dot == name.size() || IsLineEnd(name[dot])) {
-    if (dot == 0) return {};
-    --dot;
-  }
-  size_t end = dot + 1;
-  while (end < name.size() && isWord(name[end])) ++end;
-  return name.substr(dot + 1, end - dot - 1);
+  static const std::regex kPattern("[^0-9]*[0-9]*.([^\\._0-9]*)[\\._0-9]*");
+  return Group(Search(name, kPattern), 1);
+}
+
+// What stands behind the word "seat" in a name, up to the end of the line.
+std::string_view SuffixOfSeat(std::string_view name) {
+  static const std::regex kPattern("(seat)(.*)", std::regex::icase);
+  return Group(Search(name, kPattern), 2);
 }
 
 // Nodes that seats choose from, one after the other. What is taken is gone, and each test takes the
 // first that passes of those that are left.
 class Candidates {
  public:
-  // No text that is looked for in the names may be longer than `longestText`.
-  Candidates(const std::vector<FbxNode*>& nodes, size_t longestText)
-      : nodes_(nodes), isTaken_(nodes.size(), false), names_(NamesOf(nodes), longestText) {
-    for (size_t i = nodes.size(); i-- > 0;) {
-      const Numbers numbers = TwoNumbers(nodes[i]->Name());
-      byFirstNumber_[numbers.first].push_back(i);
-      byNumbers_[numbers].push_back(i);
+  explicit Candidates(const std::vector<FbxNode*>& nodes) {
+    for (FbxNode* node : nodes) {
+      const std::string_view name = MatchedPart(node->Name());
+      candidates_.push_back({node, name, TwoNumbers(name)});
     }
   }
 
   // These return null if no node is left that passes.
   FbxNode* TakeHolding(std::string_view text) {
-    const int found = names_.FirstHolding(text);
-    return found < 0 ? nullptr : Take(static_cast<size_t>(found));
+    // The longer the text, the longer the way to a difference in names of one letter.
+    return TakeFirst(1 + text.size() * text.size() / 16, [&](const Candidate& c) {
+      return c.name.find(text) != std::string_view::npos;
+    });
   }
-  FbxNode* TakeNumbered(const Numbers& numbers) { return TakeFrom(byNumbers_[numbers]); }
-  FbxNode* TakeNumbered(std::string_view first) { return TakeFrom(byFirstNumber_[first]); }
+  FbxNode* TakeNumbered(const Numbers& numbers) {
+    return TakeFirst(1, [&](const Candidate& c) { return c.numbers == numbers; });
+  }
+  FbxNode* TakeNumbered(std::string_view first) {
+    return TakeFirst(1, [&](const Candidate& c) { return c.numbers.first == first; });
+  }
 
  private:
-  static std::vector<std::string_view> NamesOf(const std::vector<FbxNode*>& nodes) {
-    std::vector<std::string_view> names;
-    for (const FbxNode* node : nodes) names.emplace_back(node->Name());
-    return names;
-  }
+  struct Candidate {
+    FbxNode* node;  // null once it is taken
+    std::string_view name;
+    Numbers numbers;
+  };
 
-  FbxNode* Take(size_t index) {
-    isTaken_[index] = true;
-    names_.Remove(static_cast<int>(index));
-    return nodes_[index];
-  }
-
-  FbxNode* TakeFrom(std::vector<size_t>& indices) {
-    while (!indices.empty()) {
-      const size_t index = indices.back();
-      indices.pop_back();
-      if (!isTaken_[index]) return Take(index);
+  template <typename Test>
+  FbxNode* TakeFirst(size_t cost, Test&& test) {
+    for (Candidate& candidate : candidates_) {
+      if (candidate.node == nullptr) continue;
+      if (steps_ < cost) return nullptr;
+      steps_ -= cost;
+      if (test(candidate)) return std::exchange(candidate.node, nullptr);
     }
     return nullptr;
   }
 
-  const std::vector<FbxNode*>& nodes_;
-  std::vector<bool> isTaken_;
-  SubstringIndex names_;
-  // The first node is the last of each list.
-  std::map<std::string_view, std::vector<size_t>> byFirstNumber_;
-  std::map<Numbers, std::vector<size_t>> byNumbers_;
+  std::vector<Candidate> candidates_;
+  // Every seat may ask every candidate: with 15,000 of each that takes 6 s. Where there are so many
+  // more that the steps run out, in about 10 s, the last seats go without.
+  size_t steps_ = 700'000'000;
 };
 
 // The places of one seat; null where there is none.
@@ -143,23 +99,16 @@ struct PoseNodeGroup {
   FbxNode* handle = nullptr;
 };
 
-// What stands behind the word "seat" in a seat's name, up to the end of the line.
-std::string_view SuffixOfSeat(const FbxNode& seat) {
-  const std::string_view behind =
-      std::string_view(seat.Name()).substr(ToLower(seat.Name()).find("seat") + 4);
-  const auto lineEnd = std::find_if(behind.begin(), behind.end(), IsLineEnd);
-  return behind.substr(0, static_cast<size_t>(lineEnd - behind.begin()));
-}
-
 // Builds the group of one seat, taking its members off the candidates.
 PoseNodeGroup GroupOfSeat(FbxNode* seat, Candidates& pitchers, Candidates& catchers,
                           Candidates& handles) {
   PoseNodeGroup group;
   group.seat = seat;
-  const std::string_view suffix = SuffixOfSeat(*seat);
+  const std::string_view name = MatchedPart(seat->Name());
+  const std::string_view suffix = SuffixOfSeat(name);
   group.catcher = catchers.TakeHolding(suffix);
   group.pitcher = pitchers.TakeHolding(suffix);
-  const Numbers numbers = TwoNumbers(seat->Name());
+  const Numbers numbers = TwoNumbers(name);
   if (group.pitcher == nullptr) group.pitcher = pitchers.TakeNumbered(numbers.first);
   if (group.catcher == nullptr) group.catcher = catchers.TakeNumbered(numbers.first);
   group.handle = handles.TakeNumbered(numbers);
@@ -169,45 +118,46 @@ PoseNodeGroup GroupOfSeat(FbxNode* seat, Candidates& pitchers, Candidates& catch
 
 }  // namespace
 
-NodeNameVisitor::NodeNameVisitor(std::vector<NamePattern> patterns, bool stopOnMatch,
-                                 bool caseSensitive)
-    : patterns_(std::move(patterns)), stopOnMatch_(stopOnMatch), caseSensitive_(caseSensitive) {}
+NodeNameVisitor::NodeNameVisitor(std::vector<std::string> patterns, bool stopOnMatch,
+                                 bool caseSensitive, bool searchWithinName)
+    : patterns_(std::move(patterns)),
+      stopOnMatch_(stopOnMatch),
+      searchWithinName_(searchWithinName) {
+  const auto flags =
+      std::regex::ECMAScript | (caseSensitive ? std::regex::flag_type() : std::regex::icase);
+  for (const std::string& pattern : patterns_) expressions_.emplace_back(pattern, flags);
+}
 
 bool NodeNameVisitor::VisitNode(FbxNode* node) {
-  const std::string name = caseSensitive_ ? node->Name() : ToLower(node->Name());
+  const std::string_view name = MatchedPart(node->Name());
   bool hit = false;
-  for (const NamePattern& pattern : patterns_) {
-    if (!pattern.matches(name)) continue;
-    matches_[pattern.text].push_back(node);
+  for (size_t i = 0; i < patterns_.size(); ++i) {
+    const bool matches = searchWithinName_
+                             ? std::regex_search(name.begin(), name.end(), expressions_[i])
+                             : std::regex_match(name.begin(), name.end(), expressions_[i]);
+    if (!matches) continue;
+    matches_[patterns_[i]].push_back(node);
     hit = true;
   }
   return hit && stopOnMatch_;
 }
 
-const std::vector<FbxNode*>& NodeNameVisitor::Matches(const std::string& patternText) const {
+const std::vector<FbxNode*>& NodeNameVisitor::Matches(const std::string& pattern) const {
   static const std::vector<FbxNode*> kNone;
-  const auto found = matches_.find(patternText);
+  const auto found = matches_.find(pattern);
   return found == matches_.end() ? kNone : found->second;
 }
 
-const std::vector<NamePattern>& RoomPatterns() {
-  static const std::vector<NamePattern> kPatterns = {
-      {kFloorPattern, [](std::string_view n) { return HasBoth(n, "furniture", "floor"); }},
-      {kCeilingPattern, [](std::string_view n) { return HasBoth(n, "furniture", "ceiling"); }},
-      {kWallPattern, [](std::string_view n) { return HasBoth(n, "furniture", "wall"); }},
-      {"camera", [](std::string_view n) { return n.find("camera") != n.npos; }},
-      {"seat", [](std::string_view n) { return n.find("seat") != n.npos; }},
-      {"pitcher", [](std::string_view n) { return n.find("pitcher") != n.npos; }},
-      {"catcher", [](std::string_view n) { return n.find("catcher") != n.npos; }},
-      {"handle", [](std::string_view n) { return n.find("handle") != n.npos; }},
-      {"light", [](std::string_view n) { return n.find("light") != n.npos; }},
-      {"((room).*(skeleton))|((skeleton).*(room))",
-       [](std::string_view n) { return HasBoth(n, "room", "skeleton"); }},
+const std::vector<std::string>& RoomPatterns() {
+  static const std::vector<std::string> kPatterns = {
+      kFloorPattern, kCeilingPattern,
+      kWallPattern,  "camera",
+      "seat",        "pitcher",
+      "catcher",     "handle",
+      "light",       "((room).*(skeleton))|((skeleton).*(room))",
   };
   return kPatterns;
 }
-
-const NamePattern kRoomCameraPattern = {"camera\\.01\\.01.root", &IsRoomCamera};
 
 void RenameFurnitureNodes(const std::vector<FbxNode*>& nodes, std::string_view word, int& counter,
                           NodeNames& names) {
@@ -227,18 +177,13 @@ void RenameCameraNodes(const std::vector<FbxNode*>& nodes, NodeNames& names) {
 }
 
 void RenamePoseNodes(const NodeNameVisitor& visitor, int counter, NodeNames& names) {
-  const std::vector<FbxNode*>& seats = visitor.Matches("seat");
-  size_t longestSuffix = 0;
-  for (const FbxNode* seat : seats) {
-    longestSuffix = std::max(longestSuffix, SuffixOfSeat(*seat).size());
-  }
-  Candidates pitchers(visitor.Matches("pitcher"), longestSuffix);
-  Candidates catchers(visitor.Matches("catcher"), longestSuffix);
-  Candidates handles(visitor.Matches("handle"), 0);
-  for (FbxNode* seat : seats) {
+  Candidates pitchers(visitor.Matches("pitcher"));
+  Candidates catchers(visitor.Matches("catcher"));
+  Candidates handles(visitor.Matches("handle"));
+  for (FbxNode* seat : visitor.Matches("seat")) {
     const PoseNodeGroup group = GroupOfSeat(seat, pitchers, catchers, handles);
     const std::string number = std::to_string(counter++);
-    const std::string text = number + "." + std::string(WordAfterNumber(seat->Name()));
+    const std::string text = number + "." + std::string(WordAfterNumber(MatchedPart(seat->Name())));
     // A pitcher is taken off the candidates but keeps its own name: the runtime knows the place by
     // its seat.
     if (group.catcher != nullptr) names[group.catcher] = _catcherStr + text;

@@ -1,11 +1,9 @@
 // The names that a room's special places get: seats with their poses and handles, furniture
 // anchors, cameras. Nodes are found by patterns in their loose names.
-//
-// The patterns read as regular expressions and are reported as such, but are matched by functions:
-// a name comes from a file and may be as long as it likes.
 #pragma once
 
 #include <map>
+#include <regex>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -13,37 +11,33 @@
 
 #include "converter/scene/node_visitors.h"
 
-// A pattern of node names.
-struct NamePattern {
-  const char* text;
-  // True if the pattern matches: anywhere in a lower-cased name for the patterns of a room, the
-  // whole name for the camera's.
-  bool (*matches)(std::string_view name);
-};
-
-// Finds nodes by name patterns. A node can match several.
+// Finds nodes whose names match regular expressions. A node can match several. Names are looked at
+// as far as MatchedPart goes.
 class NodeNameVisitor : public NodeVisitorBase {
  public:
-  // With `stopOnMatch` the walk doesn't go below a node that matches.
-  NodeNameVisitor(std::vector<NamePattern> patterns, bool stopOnMatch, bool caseSensitive);
+  // With `stopOnMatch` the walk doesn't go below a node that matches. A pattern may match anywhere
+  // with `searchWithinName`, otherwise the whole name.
+  NodeNameVisitor(std::vector<std::string> patterns, bool stopOnMatch, bool caseSensitive,
+                  bool searchWithinName);
   bool VisitNode(FbxNode* node) override;
 
-  const std::vector<NamePattern>& Patterns() const { return patterns_; }
+  const std::vector<std::string>& Patterns() const { return patterns_; }
   // The nodes that match a pattern, in walk order.
-  const std::vector<FbxNode*>& Matches(const std::string& patternText) const;
+  const std::vector<FbxNode*>& Matches(const std::string& pattern) const;
 
  private:
-  std::vector<NamePattern> patterns_;
+  std::vector<std::string> patterns_;
+  std::vector<std::regex> expressions_;
   bool stopOnMatch_;
-  bool caseSensitive_;
+  bool searchWithinName_;
   std::map<std::string, std::vector<FbxNode*>> matches_;
 };
 
 // Finds the first node whose whole name matches one pattern, in its own case.
 class NodeNameFinderVisitor : public NodeNameVisitor {
  public:
-  explicit NodeNameFinderVisitor(const NamePattern& pattern)
-      : NodeNameVisitor({pattern}, true, true), pattern_(pattern.text) {}
+  explicit NodeNameFinderVisitor(const std::string& pattern)
+      : NodeNameVisitor({pattern}, true, true, false), pattern_(pattern) {}
   bool Found() const { return !Matches(pattern_).empty(); }
 
  private:
@@ -51,9 +45,9 @@ class NodeNameFinderVisitor : public NodeNameVisitor {
 };
 
 // All special places of a room, in the order in which they are reported.
-const std::vector<NamePattern>& RoomPatterns();
+const std::vector<std::string>& RoomPatterns();
 // The camera that the runtime looks for.
-extern const NamePattern kRoomCameraPattern;
+inline constexpr const char* kRoomCameraPattern = "camera\\.01\\.01.root";
 
 // From node to the name that goes into the skeleton file.
 using NodeNames = std::unordered_map<FbxNode*, std::string>;

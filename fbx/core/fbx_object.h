@@ -62,7 +62,7 @@ class FbxObject {
 
   const char* GetName() const { return name_.c_str(); }
   const std::string& Name() const { return name_; }
-  void SetName(std::string_view name) { name_ = name; }
+  void SetName(std::string name) { name_ = std::move(name); }
   // The name at load, which SetName leaves alone.
   const char* GetInitialName() const { return initialName_.c_str(); }
   const std::string& InitialName() const { return initialName_; }
