@@ -1,4 +1,4 @@
-// Feeds a block to the three Cal3D loaders: each must throw, or return an object that can be saved.
+// Feeds a block to the Cal3D loaders: each must throw, or return an object that can be saved.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -25,6 +25,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const CalBufferSource source(data, size);
   Try(CalLoader::loadCoreSkeleton, source);
   Try(CalLoader::loadCoreMesh, source);
+  Try(CalLoader::loadCoreMaterial, source);
   Try(CalLoader::loadCoreAnimation, source);
+  Try(CalLoader::loadCoreMorphAnimation, source);
   return 0;
 }

@@ -15,6 +15,7 @@ namespace {
 // The versions from which on a field is there.
 constexpr int32_t kVertexColors = 910;
 constexpr int32_t kLights = 911;
+constexpr int32_t kMapTypes = 914;
 constexpr int32_t kMorphs = 919;
 
 // The least bytes of the records that vary in size.
@@ -28,6 +29,7 @@ constexpr uint64_t kInfluence = kInt + kFloat;
 constexpr uint64_t kSpring = 2 * kInt + 2 * kFloat;
 constexpr uint64_t kBlendVertex = kInt + 2 * kVector;
 constexpr uint64_t kKeyframe = kFloat + kVector + kQuaternion;
+constexpr uint64_t kMorphKeyframe = 2 * kFloat;
 
 int32_t ReadVersion(CalBufferSource& source) { return CheckedVersion(source.ReadInt()); }
 
@@ -204,6 +206,34 @@ boost::shared_ptr<CalCoreAnimation> ReadBinaryAnimation(CalBufferSource& source)
       keyframe.rotation = ReadQuaternion(source);
     }
     animation->tracks.emplace_back(bone, keyframes);
+  }
+  return animation;
+}
+
+boost::shared_ptr<CalCoreMaterial> ReadBinaryMaterial(CalBufferSource& source) {
+  const bool hasTypes = ReadVersion(source) >= kMapTypes;
+  constexpr size_t kColors = 3 * 4;  // ambient, diffuse and specular, which the model has not
+  source.ReadBytes(kColors + kFloat);
+  auto material = boost::make_shared<CalCoreMaterial>();
+  for (int32_t n = source.ReadCount((hasTypes ? 2 : 1) * kString, "maps"); n > 0; --n) {
+    CalCoreMaterial::Map& map = material->maps.emplace_back();
+    map.filename = source.ReadString();
+    if (hasTypes) map.type = source.ReadString();
+  }
+  return material;
+}
+
+boost::shared_ptr<CalCoreMorphAnimation> ReadBinaryMorphAnimation(CalBufferSource& source) {
+  ReadVersion(source);
+  auto animation = boost::make_shared<CalCoreMorphAnimation>();
+  animation->duration = source.ReadFloat();
+  for (int32_t tracks = source.ReadCount(kString + kInt, "tracks"); tracks > 0; --tracks) {
+    CalCoreMorphTrack& track = animation->tracks.emplace_back();
+    track.morphName = source.ReadString();
+    for (int32_t n = source.ReadCount(kMorphKeyframe, "keyframes"); n > 0; --n) {
+      const float time = source.ReadFloat();
+      track.addCoreMorphKeyframe({time, source.ReadFloat()});
+    }
   }
   return animation;
 }

@@ -30,9 +30,13 @@ void WriteText(OutputFile& file, const CalCoreMorphAnimation& animation);
 // Binary: the source stands behind the magic. Bytes behind the content are left.
 boost::shared_ptr<CalCoreSkeleton> ReadBinarySkeleton(CalBufferSource& source);
 boost::shared_ptr<CalCoreMesh> ReadBinaryMesh(CalBufferSource& source);
+boost::shared_ptr<CalCoreMaterial> ReadBinaryMaterial(CalBufferSource& source);
 boost::shared_ptr<CalCoreAnimation> ReadBinaryAnimation(CalBufferSource& source);
+boost::shared_ptr<CalCoreMorphAnimation> ReadBinaryMorphAnimation(CalBufferSource& source);
 
 // XML: elements and attributes that we don't know are passed over.
 boost::shared_ptr<CalCoreSkeleton> ReadTextSkeleton(std::string_view text);
 boost::shared_ptr<CalCoreMesh> ReadTextMesh(std::string_view text);
+boost::shared_ptr<CalCoreMaterial> ReadTextMaterial(std::string_view text);
 boost::shared_ptr<CalCoreAnimation> ReadTextAnimation(std::string_view text);
+boost::shared_ptr<CalCoreMorphAnimation> ReadTextMorphAnimation(std::string_view text);

@@ -43,3 +43,11 @@ boost::shared_ptr<CalCoreMesh> CalLoader::loadCoreMesh(CalBufferSource source) {
 boost::shared_ptr<CalCoreAnimation> CalLoader::loadCoreAnimation(CalBufferSource source) {
   return Load(source, kAnimationFile, ReadBinaryAnimation, ReadTextAnimation);
 }
+
+boost::shared_ptr<CalCoreMaterial> CalLoader::loadCoreMaterial(CalBufferSource source) {
+  return Load(source, kMaterialFile, ReadBinaryMaterial, ReadTextMaterial);
+}
+
+boost::shared_ptr<CalCoreMorphAnimation> CalLoader::loadCoreMorphAnimation(CalBufferSource source) {
+  return Load(source, kMorphAnimationFile, ReadBinaryMorphAnimation, ReadTextMorphAnimation);
+}

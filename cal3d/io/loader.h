@@ -1,4 +1,4 @@
-// Reads skeletons, meshes and animations back, in the binary form and in the XML form, which are
+// Reads the model's objects back, in the binary form and in the XML form, which are
 // told apart by their first bytes. The block is untrusted: no bytes can crash a loader, send it
 // into a loop or make it allocate for a count that the block can't hold.
 #pragma once
@@ -15,5 +15,7 @@
 struct CalLoader {
   static boost::shared_ptr<CalCoreSkeleton> loadCoreSkeleton(CalBufferSource source);
   static boost::shared_ptr<CalCoreMesh> loadCoreMesh(CalBufferSource source);
+  static boost::shared_ptr<CalCoreMaterial> loadCoreMaterial(CalBufferSource source);
   static boost::shared_ptr<CalCoreAnimation> loadCoreAnimation(CalBufferSource source);
+  static boost::shared_ptr<CalCoreMorphAnimation> loadCoreMorphAnimation(CalBufferSource source);
 };

@@ -224,6 +224,38 @@ CalCoreTrack ReadTrack(pugi::xml_node element) {
   return {bone, keyframes};
 }
 
+CalCoreMorphTrack ReadMorphTrack(pugi::xml_node element) {
+  CalCoreMorphTrack track;
+  track.morphName = RequiredAttribute(element, "MORPHNAME");
+  for (const pugi::xml_node child : element) {
+    if (!IsElement(child, "KEYFRAME")) continue;
+    std::optional<float> weight;
+    for (const pugi::xml_node value : child) {
+      if (IsElement(value, "WEIGHT")) weight = Float(value, value.child_value());
+    }
+    track.addCoreMorphKeyframe(
+        {Float(child, RequiredAttribute(child, "TIME")), Require(weight, child, "WEIGHT")});
+  }
+  CheckAttribute(element, "NUMKEYFRAMES", track.keyframes.size());
+  return track;
+}
+
+// Both kinds of animation: a duration, and tracks.
+template <typename Animation, typename ReadTrack>
+boost::shared_ptr<Animation> ReadAnimation(std::string_view text, const CalFileKind& kind,
+                                           const ReadTrack& readTrack) {
+  const XmlFile file(text, kind);
+  auto animation = boost::make_shared<Animation>();
+  if (const char* duration = FindAttribute(file.Root(), "DURATION")) {
+    animation->duration = Float(file.Root(), duration);
+  }
+  for (const pugi::xml_node child : file.Root()) {
+    if (IsElement(child, "TRACK")) animation->tracks.push_back(readTrack(child));
+  }
+  CheckAttribute(file.Root(), "NUMTRACKS", animation->tracks.size());
+  return animation;
+}
+
 }  // namespace
 
 boost::shared_ptr<CalCoreSkeleton> ReadTextSkeleton(std::string_view text) {
@@ -247,15 +279,22 @@ boost::shared_ptr<CalCoreMesh> ReadTextMesh(std::string_view text) {
   return mesh;
 }
 
-boost::shared_ptr<CalCoreAnimation> ReadTextAnimation(std::string_view text) {
-  const XmlFile file(text, kAnimationFile);
-  auto animation = boost::make_shared<CalCoreAnimation>();
-  if (const char* duration = FindAttribute(file.Root(), "DURATION")) {
-    animation->duration = Float(file.Root(), duration);
-  }
+boost::shared_ptr<CalCoreMaterial> ReadTextMaterial(std::string_view text) {
+  const XmlFile file(text, kMaterialFile);
+  auto material = boost::make_shared<CalCoreMaterial>();
   for (const pugi::xml_node child : file.Root()) {
-    if (IsElement(child, "TRACK")) animation->tracks.push_back(ReadTrack(child));
+    if (!IsElement(child, "MAP")) continue;
+    const char* type = FindAttribute(child, "TYPE");
+    material->maps.push_back({child.child_value(), type == nullptr ? "" : type});
   }
-  CheckAttribute(file.Root(), "NUMTRACKS", animation->tracks.size());
-  return animation;
+  CheckAttribute(file.Root(), "NUMMAPS", material->maps.size());
+  return material;
+}
+
+boost::shared_ptr<CalCoreAnimation> ReadTextAnimation(std::string_view text) {
+  return ReadAnimation<CalCoreAnimation>(text, kAnimationFile, ReadTrack);
+}
+
+boost::shared_ptr<CalCoreMorphAnimation> ReadTextMorphAnimation(std::string_view text) {
+  return ReadAnimation<CalCoreMorphAnimation>(text, kMorphAnimationFile, ReadMorphTrack);
 }

@@ -47,7 +47,8 @@ XmlFile::XmlFile(std::string_view text, const CalFileKind& kind) {
     throw std::runtime_error("the XML text holds a NUL byte");
   }
   const unsigned options = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute |
-                           pugi::parse_eol | pugi::parse_embed_pcdata;
+                           pugi::parse_eol | pugi::parse_embed_pcdata |
+                           pugi::parse_ws_pcdata_single;  // a name of blanks is one
   const pugi::xml_parse_result result =
       document_.load_buffer(text.data(), text.size(), options, pugi::encoding_utf8);
   if (!result) {

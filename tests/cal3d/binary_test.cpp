@@ -79,6 +79,11 @@ TEST(Binary, OlderVersionsLackFields) {
   EXPECT_EQ(skeleton->coreBones[0]->lightType, CalLightType::kNone);
   EXPECT_EQ(skeleton->coreBones[0]->boneSpaceTranslation, (CalVector{4, 5, 6}));
 
+  const auto material = LoadMaterial(Block("CRF", 913, 1, 2, 3, 0.5F, 2, "a.png", "b.png"));
+  EXPECT_EQ(material->maps.size(), 2U);
+  EXPECT_EQ(material->maps[1].filename, "b.png");
+  EXPECT_EQ(material->maps[1].type, "");
+
   // Two coordinate sets, one spring and a level of detail are read past; no colours before 910 and
   // no morphs before 919.
   for (const bool colors : {false, true}) {
@@ -107,7 +112,9 @@ TEST(Binary, RefusesEveryTruncation) {
   };
   check(Saved(SampleSkeleton(), ".csf"), SkeletonError);
   check(Saved(SampleMesh(), ".cmf"), MeshError);
+  check(Saved(SampleMaterial(), ".crf"), MaterialError);
   check(Saved(SampleAnimation(), ".caf"), AnimationError);
+  check(Saved(SampleMorphAnimation(), ".cpf"), MorphAnimationError);
 }
 
 const Numbers kTransforms{0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 1};
@@ -130,6 +137,9 @@ TEST(Binary, RefusesLyingCounts) {
         {MeshError(Block("CMF", 919, 1, 0, 0, 0, 0, 0, 0, 1, "m", count)), "blend vertices"},
         {AnimationError(Block("CAF", 919, 1.0F, count)), "tracks"},
         {AnimationError(Block("CAF", 919, 1.0F, 1, 0, count, 0)), "keyframes"},
+        {MaterialError(Block("CRF", 919, 0, 0, 0, 0.0F, count)), "maps"},
+        {MorphAnimationError(Block("CPF", 919, 1.0F, count)), "tracks"},
+        {MorphAnimationError(Block("CPF", 919, 1.0F, 1, "m", count)), "keyframes"},
     };
     for (const auto& [error, what] : cases) EXPECT_THAT(error, HasSubstr(what + " doesn't fit"));
   }

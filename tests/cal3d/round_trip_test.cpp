@@ -71,6 +71,12 @@ TEST(RoundTrip, TextAndBinaryComeBackTheSame) {
   for (const auto& animation : {SampleAnimation(), CalCoreAnimation()}) {
     ExpectSameFiles(animation, LoadAnimation, ".xaf", ".caf");
   }
+  for (const auto& material : {SampleMaterial(), CalCoreMaterial()}) {
+    ExpectSameFiles(material, LoadMaterial, ".xrf", ".crf");
+  }
+  for (const auto& animation : {SampleMorphAnimation(), CalCoreMorphAnimation()}) {
+    ExpectSameFiles(animation, LoadMorphAnimation, ".xpf", ".cpf");
+  }
 }
 
 TEST(RoundTrip, NamesOnlyLoseWhatXmlCannotHold) {

@@ -80,6 +80,14 @@ CalCoreAnimation SampleAnimation() {
   return animation;
 }
 
+CalCoreMaterial SampleMaterial() {
+  return {{{"skin & <bone>.png", "Diffuse Color"}, {"", ""}, {" ", "Normal"}}};
+}
+
+CalCoreMorphAnimation SampleMorphAnimation() {
+  return {0.25F, {{"smile \"wide\"", {{0, 0.5F}, {0.25F, 1}}}, {"", {}}}};
+}
+
 std::string Saved(const CalCoreSkeleton& skeleton, std::string_view ending) {
   return SavedBy(CalSaver::saveCoreSkeleton, skeleton, ending);
 }
@@ -90,6 +98,14 @@ std::string Saved(const CalCoreMesh& mesh, std::string_view ending) {
 
 std::string Saved(const CalCoreAnimation& animation, std::string_view ending) {
   return SavedBy(CalSaver::saveCoreAnimation, animation, ending);
+}
+
+std::string Saved(const CalCoreMaterial& material, std::string_view ending) {
+  return SavedBy(CalSaver::saveCoreMaterial, material, ending);
+}
+
+std::string Saved(const CalCoreMorphAnimation& animation, std::string_view ending) {
+  return SavedBy(CalSaver::saveCoreMorphAnimation, animation, ending);
 }
 
 boost::shared_ptr<CalCoreSkeleton> LoadSkeleton(const std::string& bytes) {
@@ -104,9 +120,21 @@ boost::shared_ptr<CalCoreAnimation> LoadAnimation(const std::string& bytes) {
   return CalLoader::loadCoreAnimation(CalBufferSource(bytes.data(), bytes.size()));
 }
 
+boost::shared_ptr<CalCoreMaterial> LoadMaterial(const std::string& bytes) {
+  return CalLoader::loadCoreMaterial(CalBufferSource(bytes.data(), bytes.size()));
+}
+
+boost::shared_ptr<CalCoreMorphAnimation> LoadMorphAnimation(const std::string& bytes) {
+  return CalLoader::loadCoreMorphAnimation(CalBufferSource(bytes.data(), bytes.size()));
+}
+
 std::string SkeletonError(const std::string& bytes) { return ErrorOf(bytes, LoadSkeleton); }
 std::string MeshError(const std::string& bytes) { return ErrorOf(bytes, LoadMesh); }
+std::string MaterialError(const std::string& bytes) { return ErrorOf(bytes, LoadMaterial); }
 std::string AnimationError(const std::string& bytes) { return ErrorOf(bytes, LoadAnimation); }
+std::string MorphAnimationError(const std::string& bytes) {
+  return ErrorOf(bytes, LoadMorphAnimation);
+}
 
 std::string Replaced(std::string text, std::string_view from, std::string_view to) {
   const size_t at = text.find(from);

@@ -46,7 +46,6 @@ TEST(Saver, EndingChoosesTheForm) {
     ASSERT_TRUE(CalSaver::saveCoreSkeleton(folder.File(name), &skeleton));
     EXPECT_EQ(ReadFile(folder.File(name)).substr(0, 4), std::string("CSF\0", 4)) << name;
   }
-  // No loader reads these two kinds back.
   ASSERT_TRUE(CalSaver::saveCoreMaterial(folder.File("m.crf"), &material));
   EXPECT_EQ(ReadFile(folder.File("m.crf")),
             std::string("CRF\0\x97\3\0\0\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\0\0\0\0\0\0\0\0"

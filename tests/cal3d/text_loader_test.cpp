@@ -156,6 +156,22 @@ TEST(TextLoader, RefusesLyingFiles) {
   for (const auto& [from, to, message] : animations) {
     EXPECT_THAT(AnimationError(Replaced(animation, from, to)), HasSubstr(message)) << from;
   }
+  const std::string morphs = Saved(SampleMorphAnimation(), ".xpf");
+  for (const auto& [from, to, message] :
+       std::vector<std::tuple<std::string, std::string, std::string>>{
+           {"XPF", "XAF", "magic is \"XAF\""},
+           {"NUMTRACKS=\"2\"", "NUMTRACKS=\"1\"", "NUMTRACKS is 1"},
+           {"NUMKEYFRAMES=\"2\"", "NUMKEYFRAMES=\"3\"", "NUMKEYFRAMES is 3"},
+           {"MORPHNAME=\"\"", "", "MORPHNAME is missing"},
+           {"TIME=\"0.25\"", "", "TIME is missing"},
+           {"<WEIGHT>0.5</WEIGHT>", "", "WEIGHT is missing"},
+           {">0.5<", ">half<", "\"half\" is no number"}}) {
+    EXPECT_THAT(MorphAnimationError(Replaced(morphs, from, to)), HasSubstr(message)) << from;
+  }
+  const std::string material = Saved(SampleMaterial(), ".xrf");
+  EXPECT_THAT(MaterialError(Replaced(material, "NUMMAPS=\"3\"", "NUMMAPS=\"4\"")),
+              HasSubstr("NUMMAPS is 4"));
+  EXPECT_THAT(MaterialError(morphs), HasSubstr("root element should be MATERIAL"));
   const std::string skeleton = Saved(SampleSkeleton(), ".xsf");
   EXPECT_THAT(SkeletonError(Replaced(skeleton, "NUMBONES=\"3\"", "NUMBONES=\"4\"")),
               HasSubstr("NUMBONES is 4"));

@@ -6,10 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "cal3d/io/number_text.h"
-#include "cal3d/io/saver.h"
 #include "cal3d/io/xml_writer.h"
 #include "tests/cal3d/sample_models.h"
-#include "tests/support/temp_dir.h"
 
 namespace {
 
@@ -101,33 +99,21 @@ TEST(TextSaver, Layouts) {
 }
 
 TEST(TextSaver, Material) {
-  const TempDir folder;
-  CalCoreMaterial material;
-  material.maps = {{"skin & <bone>.png", "Diffuse Color"}, {"", ""}};
-  ASSERT_TRUE(CalSaver::saveCoreMaterial(folder.File("m.xrf"), &material));
-  EXPECT_EQ(ReadFile(folder.File("m.xrf")), R"(<MATERIAL MAGIC="XRF" VERSION="919" NUMMAPS="2">
+  EXPECT_EQ(Saved(SampleMaterial(), ".xrf"), R"(<MATERIAL MAGIC="XRF" VERSION="919" NUMMAPS="3">
   <AMBIENT>255 255 255 255</AMBIENT>
   <DIFFUSE>255 255 255 255</DIFFUSE>
   <SPECULAR>0 0 0 0</SPECULAR>
   <SHININESS>0</SHININESS>
   <MAP TYPE="Diffuse Color">skin &amp; &lt;bone&gt;.png</MAP>
   <MAP TYPE=""></MAP>
+  <MAP TYPE="Normal"> </MAP>
 </MATERIAL>
 )");
 }
 
 TEST(TextSaver, MorphAnimation) {
-  const TempDir folder;
-  CalCoreMorphTrack track;
-  track.morphName = "smile \"wide\"";
-  track.addCoreMorphKeyframe({0, 0.5F});
-  track.addCoreMorphKeyframe({0.25F, 1});
-  CalCoreMorphAnimation morphs;
-  morphs.duration = 0.25F;
-  morphs.tracks = {track};
-  ASSERT_TRUE(CalSaver::saveCoreMorphAnimation(folder.File("m.xpf"), &morphs));
-  EXPECT_EQ(ReadFile(folder.File("m.xpf")),
-            R"(<ANIMATION MAGIC="XPF" VERSION="919" DURATION="0.25" NUMTRACKS="1">
+  EXPECT_EQ(Saved(SampleMorphAnimation(), ".xpf"),
+            R"(<ANIMATION MAGIC="XPF" VERSION="919" DURATION="0.25" NUMTRACKS="2">
   <TRACK MORPHNAME="smile &quot;wide&quot;" NUMKEYFRAMES="2">
     <KEYFRAME TIME="0">
       <WEIGHT>0.5</WEIGHT>
@@ -135,6 +121,8 @@ TEST(TextSaver, MorphAnimation) {
     <KEYFRAME TIME="0.25">
       <WEIGHT>1</WEIGHT>
     </KEYFRAME>
+  </TRACK>
+  <TRACK MORPHNAME="" NUMKEYFRAMES="0">
   </TRACK>
 </ANIMATION>
 )");
