@@ -1,0 +1,193 @@
+#include "programs/veltrum-view/model_files.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <stdexcept>
+#include <string_view>
+#include <utility>
+
+#include <nlohmann/json.hpp>
+
+#include "cal3d/io/file_format.h"
+#include "cal3d/io/file_kinds.h"
+#include "cal3d/io/input_file.h"
+#include "cal3d/io/loader.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using ManifestJson = nlohmann::json;
+
+std::string LowerExtension(const std::string& path) {
+  std::string extension = fs::path(path).extension().string();
+  std::ranges::transform(extension, extension.begin(), AsciiLower);
+  return extension;
+}
+
+bool IsOfKind(const std::string& path, const CalFileKind& kind) {
+  const std::string extension = LowerExtension(path);
+  return extension == kind.extension || extension == kind.binaryExtension;
+}
+
+bool IsManifest(const std::string& path) { return LowerExtension(path) == ".json"; }
+
+bool IsOurs(const std::string& path) {
+  return IsManifest(path) || std::ranges::any_of(kFileKinds, [&path](const CalFileKind& kind) {
+           return IsOfKind(path, kind);
+         });
+}
+
+std::string NameOf(const std::string& path) { return fs::path(path).filename().string(); }
+
+class ModelLoader {
+ public:
+  LoadedModel Load(const std::vector<std::string>& paths) {
+    for (const std::string& path : paths) {
+      Try([&] { Collect(path); });
+    }
+    // The manifest first: it numbers the materials.
+    for (const std::string& file : files_) {
+      if (IsManifest(file)) Try([&] { LoadManifest(file); });
+    }
+    for (const std::string& file : files_) {
+      if (!IsManifest(file)) Try([&] { LoadFile(file); });
+    }
+    NumberMaterials();
+    if (loaded_.model.name.empty()) loaded_.model.name = DefaultName();
+    return std::move(loaded_);
+  }
+
+ private:
+  template <typename Work>
+  void Try(const Work& work) {
+    try {
+      work();
+    } catch (const std::exception& error) {
+      loaded_.errors.emplace_back(error.what());
+    }
+  }
+
+  void Collect(const std::string& path) {
+    if (!fs::is_directory(path)) {
+      files_.push_back(path);
+      return;
+    }
+    std::vector<std::string> found;
+    std::vector<std::string> folders;
+    for (const fs::directory_entry& entry : fs::directory_iterator(path)) {
+      std::error_code ignored;
+      if (entry.is_directory(ignored)) folders.push_back(NameOf(entry.path()));
+      if (entry.is_regular_file(ignored) && IsOurs(entry.path())) found.push_back(entry.path());
+    }
+    if (std::ranges::all_of(found, IsManifest)) {
+      std::ranges::sort(folders);
+      std::string text = "[" + path + "] holds no Cal3D files";
+      if (!folders.empty()) text += "; there may be some in its folder " + folders[0];
+      throw std::runtime_error(text);
+    }
+    std::ranges::sort(found);
+    files_.insert(files_.end(), found.begin(), found.end());
+  }
+
+  void LoadManifest(const std::string& path) {
+    const std::string bytes = ReadInputFile(path);
+    const ManifestJson manifest = ManifestJson::parse(bytes, nullptr, false);
+    if (!manifest.is_object())
+      throw std::runtime_error("[" + path + "] is no manifest: no JSON object");
+    TakeMaterials(manifest);
+    // Several skeletons have their materials each.
+    if (const auto skeletons = manifest.find("skeletons");
+        skeletons != manifest.end() && skeletons->is_array()) {
+      for (const ManifestJson& skeleton : *skeletons) {
+        if (skeleton.is_object()) TakeMaterials(skeleton);
+      }
+    }
+    const auto warnings = manifest.find("warnings");
+    if (warnings == manifest.end() || !warnings->is_array()) return;
+    for (const ManifestJson& warning : *warnings) {
+      const ManifestJson& text =
+          warning.is_object() && warning.contains("text") ? warning["text"] : warning;
+      if (text.is_string()) loaded_.notes.warnings.push_back(text.get<std::string>());
+    }
+  }
+
+  // Numbers of materials by the names of their files.
+  void TakeMaterials(const ManifestJson& owner) {
+    const auto materials = owner.find("materials");
+    if (materials == owner.end() || !materials->is_array()) return;
+    for (const ManifestJson& material : *materials) {
+      if (!material.is_object() || !material.contains("id") || !material.contains("file")) continue;
+      const ManifestJson& id = material["id"];
+      const ManifestJson& file = material["file"];
+      if (id.is_number_integer() && file.is_string()) {
+        numbers_.emplace(NameOf(file.get<std::string>()), id.get<int32_t>());
+      }
+    }
+  }
+
+  void LoadFile(const std::string& path) {
+    if (!IsOurs(path)) {
+      throw std::runtime_error("[" + path + "] has a name of no kind that can be shown");
+    }
+    const std::string bytes = ReadInputFile(path);
+    const CalBufferSource source(bytes.data(), bytes.size());
+    ViewModel& model = loaded_.model;
+    try {
+      if (IsOfKind(path, kSkeletonFile)) {
+        TakeSkeleton(path, CalLoader::loadCoreSkeleton(source));
+      } else if (IsOfKind(path, kMeshFile)) {
+        model.meshes.push_back({NameOf(path), CalLoader::loadCoreMesh(source)});
+      } else if (IsOfKind(path, kMaterialFile)) {
+        const std::string folder = path.substr(0, path.rfind('/') + 1);
+        model.materials.push_back({{NameOf(path), CalLoader::loadCoreMaterial(source)}, 0, folder});
+      } else if (IsOfKind(path, kAnimationFile)) {
+        model.animations.push_back({NameOf(path), CalLoader::loadCoreAnimation(source)});
+      } else {
+        model.morphAnimations.push_back({NameOf(path), CalLoader::loadCoreMorphAnimation(source)});
+      }
+    } catch (const std::runtime_error& error) {
+      throw std::runtime_error("[" + path + "] " + error.what());
+    }
+  }
+
+  void TakeSkeleton(const std::string& path, boost::shared_ptr<CalCoreSkeleton> skeleton) {
+    ViewPart<CalCoreSkeleton>& shown = loaded_.model.skeleton;
+    if (shown.core) {
+      throw std::runtime_error("isn't shown: the skeleton is " + shown.file +
+                               ", and a model has one");
+    }
+    shown = {NameOf(path), std::move(skeleton)};
+  }
+
+  void NumberMaterials() {
+    std::vector<ViewMaterial>& materials = loaded_.model.materials;
+    int32_t next = 0;
+    for (const auto& [file, id] : numbers_) next = std::max(next, id == INT32_MAX ? id : id + 1);
+    for (ViewMaterial& material : materials) {
+      const auto number = numbers_.find(material.file);
+      material.id = number == numbers_.end() ? next++ : number->second;
+    }
+    if (numbers_.empty() && materials.size() > 1) {
+      loaded_.notes.warnings.emplace_back(
+          "no manifest tells the numbers of the materials: they are taken in the order of the "
+          "files");
+    }
+  }
+
+  std::string DefaultName() const {
+    const ViewModel& model = loaded_.model;
+    if (model.skeleton.core) return FileStem(model.skeleton.file);
+    return model.meshes.empty() ? "model" : FileStem(model.meshes[0].file);
+  }
+
+  LoadedModel loaded_;
+  std::vector<std::string> files_;
+  std::map<std::string, int32_t> numbers_;
+};
+
+}  // namespace
+
+LoadedModel LoadModel(const std::vector<std::string>& paths) { return ModelLoader().Load(paths); }
