@@ -196,6 +196,7 @@ bool FillInControlPointsForMesh(GroupMesh& mesh, const FbxNode* node, const Bone
   trace.PlacedPoints(mesh);
 
   if (mesh.mesh->GetShapeCount() > 0) FillInControlPointsForMorph(mesh, args, trace);
+  mesh.morphs.Index(points.size());
   if (mesh.mesh->GetSrcObjectCount<FbxSkin>() == 0 ||
       !FillInControlPointsForSkinnedBones(mesh, bones)) {
     WeightMeshToParentNode(mesh, node, bones);

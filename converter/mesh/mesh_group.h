@@ -65,9 +65,7 @@ using Triangle = std::array<uint32_t, 3>;
 struct GroupMesh {
   GroupMesh() = default;
   explicit GroupMesh(MeshHolder_& meshHolder) : holder(&meshHolder), mesh(meshHolder.mesh) {
-    if (mesh == nullptr) return;
-    morphSources = GatherMorphSources(*mesh);
-    morphs = MakeMorphChannels(morphSources, *mesh);
+    if (mesh != nullptr) morphs = MeshMorphs(*mesh);
   }
 
   MeshHolder_* holder = nullptr;
@@ -80,8 +78,7 @@ struct GroupMesh {
   PolygonMap polygons;
   const FbxLayerElementVertexColor* colors = nullptr;  // null: all corners are white
   std::vector<const FbxLayerElementUV*> uvs;
-  std::vector<MorphSource> morphSources;  // as the file has them
-  std::vector<MorphChannel> morphs;       // by name
+  MeshMorphs morphs;
 
   const ControlPoint& PointOf(uint32_t corner) const {
     return controlPoints[static_cast<size_t>(corners[corner].controlPoint)];

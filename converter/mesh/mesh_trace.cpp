@@ -127,12 +127,10 @@ void MeshTrace::Channel(const MorphSource& source) const {
 void MeshTrace::MorphPoints(const GroupMesh& mesh, const MorphChannel& channel,
                             const ConversionArguments& args) const {
   if (verbosity_ == 0) return;
-  std::vector<FbxVector4> raw;
+  std::vector<FbxVector4> raw = mesh.mesh->ControlPoints();
+  for (const auto& [point, moved] : channel.points.Moved()) raw[static_cast<size_t>(point)] = moved;
   std::vector<FbxVector4> placed;
-  for (size_t i = 0; i < channel.points.Count(); ++i) {
-    raw.push_back(channel.points.At(static_cast<int>(i)));
-    placed.push_back(ToOutputSpace(mesh, raw.back(), args));
-  }
+  for (const FbxVector4& point : raw) placed.push_back(ToOutputSpace(mesh, point, args));
   Print("\nexporting %zu morph control points for %s\n", raw.size(), channel.name.c_str());
   if (verbosity_ >= 2) {
     Print("\nraw points:");
@@ -201,17 +199,17 @@ void PrintIgnoredTargets(const MorphSource& source) {
 
 MorphNormalReport::MorphNormalReport(const GroupMesh& mesh, const MeshTrace& trace)
     : mesh_(mesh), trace_(trace) {
-  for (const MorphSource& source : mesh.morphSources) {
-    isNeeded_ = isNeeded_ || trace.IsOn() || source.hasMoreTargets;
+  for (const MorphSource& source : mesh.morphs.sources) {
+    if (!trace.IsOn() && !source.hasMoreTargets) continue;
+    sources_.push_back(&source);
     if (trace.verbosity_ >= 2) normals_.emplace_back(*source.shape, *mesh.mesh);
   }
 }
 
-void MorphNormalReport::Print(const MeshCorner& corner) const {
-  for (size_t i = 0; i < mesh_.morphSources.size(); ++i) {
-    const MorphSource& source = mesh_.morphSources[i];
-    if (trace_.IsOn()) trace_.Print("%s ", source.name.c_str());
-    if (source.hasMoreTargets) PrintIgnoredTargets(source);
+void MorphNormalReport::Report(const MeshCorner& corner) const {
+  for (size_t i = 0; i < sources_.size(); ++i) {
+    if (trace_.IsOn()) trace_.Print("%s ", sources_[i]->name.c_str());
+    if (sources_[i]->hasMoreTargets) PrintIgnoredTargets(*sources_[i]);
     if (normals_.empty()) continue;
     const FbxVector4 normal = normals_[i].At(corner);
     if (IsNearZero(normal)) continue;

@@ -88,15 +88,11 @@ class MorphNormalReport {
  public:
   MorphNormalReport(const GroupMesh& mesh, const MeshTrace& trace);
 
-  void Report(const MeshCorner& corner) const {
-    if (isNeeded_) Print(corner);
-  }
+  void Report(const MeshCorner& corner) const;
 
  private:
-  void Print(const MeshCorner& corner) const;
-
   const GroupMesh& mesh_;
   const MeshTrace& trace_;
-  bool isNeeded_ = false;
-  std::vector<ShapeNormals> normals_;  // by source, from verbosity 2 on
+  std::vector<const MorphSource*> sources_;  // of which there is something to say
+  std::vector<ShapeNormals> normals_;        // of those, from verbosity 2 on
 };

@@ -10,8 +10,6 @@ namespace {
 
 constexpr double kVectorTolerance = 1e-6;
 
-using PointValues = std::vector<std::pair<int, FbxVector4>>;
-
 // Sums what `values` has for each point that `indices` lists, in file order, onto `start(point)`.
 // Points out of range are skipped. Sorted by point.
 template <typename Start>
@@ -68,25 +66,62 @@ std::vector<MorphSource> GatherMorphSources(const FbxMesh& mesh) {
   return sources;
 }
 
-ShapePoints::ShapePoints(const FbxShape& shape) {
+ShapePoints::ShapePoints(const FbxShape& shape, const FbxMesh& mesh) {
   // Not through the shape's own full list of points: all shapes of a mesh with theirs would take
   // many times what the file has.
   const FbxGeometry* base = shape.indices.empty() ? nullptr : shape.GetBaseGeometry();
-  base_ = base == nullptr ? &shape.ControlPoints() : &base->ControlPoints();
-  if (base == nullptr) return;
-  moved_ = SumByPoint(shape.indices, shape.offsets, base_->size(),
-                      [this](int point) { return (*base_)[static_cast<size_t>(point)]; });
+  const std::vector<FbxVector4>& points =
+      base == nullptr ? shape.ControlPoints() : base->ControlPoints();
+  fits_ = points.size() == mesh.ControlPoints().size();
+  if (!fits_) return;
+  if (base != nullptr) {
+    moved_ = SumByPoint(shape.indices, shape.offsets, points.size(),
+                        [&](int point) { return points[static_cast<size_t>(point)]; });
+  }
+  if (base == &mesh) return;
+  // Points of the shape's own, or of another geometry that its blend shape deforms as well.
+  PointValues moved;
+  auto listed = moved_.begin();
+  for (size_t i = 0; i < points.size(); ++i) {
+    const int point = static_cast<int>(i);
+    const bool isListed = listed != moved_.end() && listed->first == point;
+    const FbxVector4& value = isListed ? (listed++)->second : points[i];
+    if (!(value == mesh.ControlPoints()[i])) moved.emplace_back(point, value);
+  }
+  moved_ = std::move(moved);
 }
 
-const FbxVector4& ShapePoints::At(int point) const {
-  const FbxVector4* moved = FindPoint(moved_, point);
-  return moved == nullptr ? (*base_)[static_cast<size_t>(point)] : *moved;
+BaseNormals::BaseNormals(const FbxMesh& mesh) : mesh_(&mesh), element_(mesh.GetElementNormal(0)) {}
+
+std::optional<BaseNormal> BaseNormals::At(const MeshCorner& corner) const {
+  if (element_ == nullptr) return std::nullopt;
+  MeshCorner place = corner;
+  if (element_->mappingMode == FbxLayerElement::eByControlPoint) {
+    place.controlPoint = mesh_->GetPolygonVertex(corner.polygon, corner.polygonVertex);
+    const int pointCount = mesh_->GetControlPointsCount();
+    if (place.controlPoint < 0 || place.controlPoint >= pointCount) return std::nullopt;
+  }
+  const int position =
+      HasKnownMapping(*element_) ? MappedIndex(element_->mappingMode, place) : corner.polygonVertex;
+  const FbxVector4* entry = element_->referenceMode == FbxLayerElement::eDirect
+                                ? element_->At(position)
+                                : IndexedEntry(*element_, position);
+  BaseNormal base;
+  if (entry != nullptr) base.normal = *entry;
+  base.point = place.controlPoint;
+  return base;
+}
+
+FbxVector4 MovedNormal(FbxVector4 normal, const FbxVector4& offset) {
+  normal += offset;
+  normal.Normalize();
+  return normal;
 }
 
 ShapeNormals::ShapeNormals(const FbxShape& shape, const FbxMesh& mesh) : mesh_(&mesh) {
   if (!shape.normalOffsets.empty() && shape.GetBaseGeometry() == &mesh) {
-    base_ = mesh.GetElementNormal(0);
-    if (base_ == nullptr) return;
+    if (mesh.GetElementNormal(0) == nullptr) return;
+    base_.emplace(mesh);
     offsets_ = SumByPoint(shape.indices, shape.normalOffsets,
                           static_cast<size_t>(mesh.GetControlPointsCount()),
                           [](int) { return FbxVector4(0.0, 0.0, 0.0, 0.0); });
@@ -100,27 +135,14 @@ ShapeNormals::ShapeNormals(const FbxShape& shape, const FbxMesh& mesh) : mesh_(&
 }
 
 FbxVector4 ShapeNormals::At(const MeshCorner& corner) const {
-  const int lookedUp = mesh_->GetPolygonVertex(corner.polygon, corner.polygonVertex);
-  if (base_ == nullptr) {
-    return getNormalFromElements(elements_, {corner.polygon, corner.polygonVertex, lookedUp});
+  if (!base_.has_value()) {
+    const int point = mesh_->GetPolygonVertex(corner.polygon, corner.polygonVertex);
+    return getNormalFromElements(elements_, {corner.polygon, corner.polygonVertex, point});
   }
-  // The shape takes over the mapping by control point; any other becomes one by corner.
-  const bool byPoint = base_->mappingMode == FbxLayerElement::eByControlPoint;
-  const int point = byPoint ? lookedUp : corner.controlPoint;
-  if (byPoint && (point < 0 || point >= mesh_->GetControlPointsCount())) return {0.0, 0.0, 0.0};
-  const int position =
-      HasKnownMapping(*base_)
-          ? MappedIndex(base_->mappingMode, {corner.polygon, corner.polygonVertex, point})
-          : corner.polygonVertex;
-  const FbxVector4* entry = base_->referenceMode == FbxLayerElement::eDirect
-                                ? base_->At(position)
-                                : IndexedEntry(*base_, position);
-  FbxVector4 normal = entry == nullptr ? FbxVector4(0.0, 0.0, 0.0, 0.0) : *entry;
-  if (const FbxVector4* offset = FindPoint(offsets_, point)) {
-    normal += *offset;
-    normal.Normalize();
-  }
-  return normal;
+  const std::optional<BaseNormal> base = base_->At(corner);
+  if (!base.has_value()) return {0.0, 0.0, 0.0};
+  const FbxVector4* offset = FindPoint(offsets_, base->point);
+  return offset == nullptr ? base->normal : MovedNormal(base->normal, *offset);
 }
 
 bool IsNearZero(const FbxVector4& vector) {
@@ -138,13 +160,28 @@ bool MorphChannel::NormalAt(const MeshCorner& corner, FbxVector4& normal) const 
   return false;
 }
 
-std::vector<MorphChannel> MakeMorphChannels(const std::vector<MorphSource>& sources,
-                                            const FbxMesh& mesh) {
+PointIndex::PointIndex(const std::vector<const PointValues*>& lists, size_t pointCount)
+    : firsts_(pointCount + 1, 0) {
+  for (const PointValues* list : lists) {
+    if (list == nullptr) continue;
+    for (const auto& [point, value] : *list) ++firsts_[static_cast<size_t>(point) + 1];
+  }
+  for (size_t i = 0; i < pointCount; ++i) firsts_[i + 1] += firsts_[i];
+  entries_.resize(firsts_.back());
+  std::vector<uint32_t> ends(firsts_.begin(), firsts_.end() - 1);
+  for (uint32_t channel = 0; channel < lists.size(); ++channel) {
+    if (lists[channel] == nullptr) continue;
+    for (const auto& [point, value] : *lists[channel]) {
+      entries_[ends[static_cast<size_t>(point)]++] = {channel, &value};
+    }
+  }
+}
+
+MeshMorphs::MeshMorphs(const FbxMesh& mesh) : sources(GatherMorphSources(mesh)), base(mesh) {
   std::vector<const MorphSource*> byName;
   for (const MorphSource& source : sources) byName.push_back(&source);
   std::stable_sort(byName.begin(), byName.end(),
                    [](const auto* a, const auto* b) { return a->name < b->name; });
-  std::vector<MorphChannel> channels;
   for (const MorphSource* source : byName) {
     if (channels.empty() || channels.back().name != source->name) {
       channels.emplace_back().name = source->name;
@@ -152,11 +189,24 @@ std::vector<MorphChannel> MakeMorphChannels(const std::vector<MorphSource>& sour
     ShapeNormals normals(*source->shape, mesh);
     if (!normals.Empty()) channels.back().normals.push_back(std::move(normals));
   }
-  return channels;
 }
 
-MorphChannel& FindMorphChannel(std::vector<MorphChannel>& channels, const std::string& name) {
+MorphChannel& MeshMorphs::Find(const std::string& name) {
   return *std::lower_bound(
       channels.begin(), channels.end(), name,
       [](const MorphChannel& channel, const std::string& wanted) { return channel.name < wanted; });
+}
+
+void MeshMorphs::Index(size_t pointCount) {
+  std::vector<const PointValues*> moved;
+  std::vector<const PointValues*> offsets;
+  for (uint32_t i = 0; i < channels.size(); ++i) {
+    const MorphChannel& channel = channels[i];
+    moved.push_back(&channel.points.Moved());
+    offsets.push_back(channel.HasBaseNormals() ? &channel.normals.front().Offsets() : nullptr);
+    if (channel.HasBaseNormals()) ++baseNormalCount;
+    if (channel.HasOtherNormals()) others.push_back(i);
+  }
+  moves = PointIndex(moved, pointCount);
+  turns = PointIndex(offsets, pointCount);
 }

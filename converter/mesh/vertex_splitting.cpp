@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <span>
 
 #include "converter/base/records.h"
 
@@ -106,9 +107,7 @@ int ComparePolygonVertexPair::Compare(uint32_t a, uint32_t b) const {
       if (const int order = CompareBits(uvOfA[i], uvOfB[i]); order != 0) return order;
     }
   }
-  if (!mesh_.morphs.empty()) {
-    if (const int order = CompareMorphNormals(placeOfA, placeOfB); order != 0) return order;
-  }
+  if (const int order = CompareMorphNormals(placeOfA, placeOfB); order != 0) return order;
   if (first.materialIndex != second.materialIndex) {
     return first.materialIndex > second.materialIndex ? 1 : -1;
   }
@@ -116,20 +115,65 @@ int ComparePolygonVertexPair::Compare(uint32_t a, uint32_t b) const {
 }
 
 int ComparePolygonVertexPair::CompareMorphNormals(const MeshCorner& a, const MeshCorner& b) const {
-  for (const MorphChannel& morph : mesh_.morphs) {
-    if (morph.normals.empty()) continue;
+  const MeshMorphs& morphs = mesh_.morphs;
+  if (morphs.baseNormalCount > 0) {
+    const std::optional<BaseNormal> baseOfA = morphs.base.At(a);
+    const std::optional<BaseNormal> baseOfB = morphs.base.At(b);
+    if (const int order = CompareMovedNormals(baseOfA, baseOfB); order != 0) return order;
+  }
+  for (const uint32_t channel : morphs.others) {
     FbxVector4 normalOfA;
     FbxVector4 normalOfB;
-    const bool aHasNormal = morph.NormalAt(a, normalOfA);
-    const bool bHasNormal = morph.NormalAt(b, normalOfB);
-    if (aHasNormal != bHasNormal) return aHasNormal ? 1 : -1;
-    if (!aHasNormal || normalOfA == normalOfB) continue;
-    normalOfA = mesh_.TurnNormal(normalOfA);
-    normalOfB = mesh_.TurnNormal(normalOfB);
-    if (IsNearZero(normalOfA - normalOfB)) continue;
-    for (size_t i = 0; i < 3; ++i) {
-      if (const int order = CompareBits(normalOfA[i], normalOfB[i]); order != 0) return order;
-    }
+    if (!morphs.channels[channel].NormalAt(a, normalOfA)) normalOfA = kNoNormal;
+    if (!morphs.channels[channel].NormalAt(b, normalOfB)) normalOfB = kNoNormal;
+    if (const int order = CompareNormals(normalOfA, normalOfB); order != 0) return order;
+  }
+  return 0;
+}
+
+int ComparePolygonVertexPair::CompareMovedNormals(const std::optional<BaseNormal>& a,
+                                                  const std::optional<BaseNormal>& b) const {
+  if (!a.has_value() && !b.has_value()) return 0;
+  const bool areThere = a.has_value() && b.has_value();
+  // The same offsets on the same normal.
+  if (areThere && a->point == b->point && a->normal == b->normal) return 0;
+  using Entries = std::span<const PointIndex::Entry>;
+  Entries turnsOfA = a.has_value() ? mesh_.morphs.turns.At(a->point) : Entries();
+  Entries turnsOfB = b.has_value() ? mesh_.morphs.turns.At(b->point) : Entries();
+  const auto take = [](Entries& turns, uint32_t channel, const std::optional<BaseNormal>& base) {
+    if (!base.has_value()) return kNoNormal;
+    if (turns.empty() || turns.front().channel != channel) return base->normal;
+    const FbxVector4 turned = MovedNormal(base->normal, *turns.front().value);
+    turns = turns.subspan(1);
+    return turned;
+  };
+  uint32_t touched = 0;
+  for (; !turnsOfA.empty() || !turnsOfB.empty(); ++touched) {
+    const uint32_t channel = turnsOfB.empty() || (!turnsOfA.empty() && turnsOfA.front().channel <
+                                                                           turnsOfB.front().channel)
+                                 ? turnsOfA.front().channel
+                                 : turnsOfB.front().channel;
+    const FbxVector4 normalOfA = take(turnsOfA, channel, a);
+    const FbxVector4 normalOfB = take(turnsOfB, channel, b);
+    if (const int order = CompareNormals(normalOfA, normalOfB); order != 0) return order;
+  }
+  // All channels that touch neither do the same.
+  if (touched == mesh_.morphs.baseNormalCount) return 0;
+  return CompareNormals(a.has_value() ? a->normal : kNoNormal,
+                        b.has_value() ? b->normal : kNoNormal);
+}
+
+// One that is near zero counts as none.
+int ComparePolygonVertexPair::CompareNormals(const FbxVector4& a, const FbxVector4& b) const {
+  const bool hasA = !IsNearZero(a);
+  const bool hasB = !IsNearZero(b);
+  if (hasA != hasB) return hasA ? 1 : -1;
+  if (!hasA || a == b) return 0;
+  const FbxVector4 turnedA = mesh_.TurnNormal(a);
+  const FbxVector4 turnedB = mesh_.TurnNormal(b);
+  if (IsNearZero(turnedA - turnedB)) return 0;
+  for (size_t i = 0; i < 3; ++i) {
+    if (const int order = CompareBits(turnedA[i], turnedB[i]); order != 0) return order;
   }
   return 0;
 }

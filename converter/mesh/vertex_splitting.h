@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -26,6 +27,10 @@ class ComparePolygonVertexPair {
   // Above 0 if `a` stands before `b`, below 0 if it stands behind, 0 if they are one vertex.
   int Compare(uint32_t a, uint32_t b) const;
   int CompareMorphNormals(const MeshCorner& a, const MeshCorner& b) const;
+  // Of all morphs that turn the mesh's own normals.
+  int CompareMovedNormals(const std::optional<BaseNormal>& a,
+                          const std::optional<BaseNormal>& b) const;
+  int CompareNormals(const FbxVector4& a, const FbxVector4& b) const;
 
   const GroupMesh& mesh_;
 };
