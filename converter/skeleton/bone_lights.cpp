@@ -13,6 +13,7 @@
 #include "converter/base/names.h"
 #include "converter/base/text.h"
 #include "converter/skeleton/name_patterns.h"
+#include "converter/space/cal3d_values.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_node_attribute.h"
 
@@ -124,9 +125,7 @@ void getLightFromBone(const FbxNode* node, const std::string& name, CalLightType
   newName = name;
   const FbxLight* light = node->GetLight();
   if (light != nullptr) {
-    const FbxDouble3 attached = light->GetColor();
-    color = {static_cast<float>(attached[0]), static_cast<float>(attached[1]),
-             static_cast<float>(attached[2])};
+    color = ToCalVector(FbxVector4(light->GetColor()));
     switch (light->GetLightType()) {
       case FbxLight::ePoint:
         type = CalLightType::kPoint;

@@ -17,6 +17,7 @@
 #include "converter/skeleton/room_names.h"
 #include "converter/skeleton/skeleton_trace.h"
 #include "converter/space/axis_mod.h"
+#include "converter/space/cal3d_values.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_scene.h"
 
@@ -25,15 +26,6 @@ namespace {
 using Bones = std::vector<boost::shared_ptr<CalCoreBone>>;
 
 constexpr const char* kRoomRootName = "skeleton.Room";
-
-CalVector ToCalVector(const FbxVector4& v) {
-  return {static_cast<float>(v[0]), static_cast<float>(v[1]), static_cast<float>(v[2])};
-}
-
-CalQuaternion ToCalQuaternion(const FbxQuaternion& q) {
-  return {static_cast<float>(q[0]), static_cast<float>(q[1]), static_cast<float>(q[2]),
-          static_cast<float>(q[3])};
-}
 
 // Gives a node another name as long as it lives.
 class BorrowedName {

@@ -1,8 +1,8 @@
 #include "converter/skeleton/skeleton_roots.h"
 
-#include <cstdio>
 #include <utility>
 
+#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/scene/node_paths.h"
 
@@ -39,7 +39,7 @@ SkeletonRoot GetSkeletonRoot(FbxWrapper* wrapper, const ConversionArguments& arg
   const std::string path = BuildRootNodeName(roots.front(), nullptr);
   AddWarning("Using node " + path + " as skeleton root");
   FbxNode* node = wrapper->GetNodeByPath(path);
-  if (node == nullptr) std::printf("Node %s not found in FBX\n", path.c_str());
+  if (node == nullptr) PrintFormatted("Node %s not found in FBX\n", path.c_str());
   return {node, path};
 }
 

@@ -1,14 +1,13 @@
 #include "converter/skeleton/skeleton_trace.h"
 
-#include <cstdio>
-
+#include "converter/base/output.h"
 #include "converter/scene/scene_queries.h"
 #include "fbx/scene/fbx_node.h"
 
 namespace {
 
 void Dump(const char* label, const FbxAMatrix& matrix) {
-  std::printf("%s", label);
+  Print(label);
   dumpMatrixInfo(matrix);
 }
 
@@ -17,21 +16,21 @@ void Dump(const char* label, const FbxAMatrix& matrix) {
 void TraceMatches(const ConversionArguments& args, const NodeNameVisitor& visitor) {
   if (args.verbosity < 1) return;
   for (const std::string& pattern : visitor.Patterns()) {
-    std::printf("found %zu nodes for %s\n", visitor.Matches(pattern).size(), pattern.c_str());
+    PrintFormatted("found %zu nodes for %s\n", visitor.Matches(pattern).size(), pattern.c_str());
   }
 }
 
 void TraceRenaming(const ConversionArguments& args, const FbxNode& node, const std::string& name) {
   if (args.verbosity < 1) return;
-  std::printf("node %s was renamed %s\n", node.GetName(), name.c_str());
+  PrintFormatted("node %s was renamed %s\n", node.GetName(), name.c_str());
 }
 
 void TraceRoomRoot(const ConversionArguments& args, const FbxNode& root) {
-  if (args.verbosity > 0) std::printf(" from %s\n", root.GetInitialName());
+  if (args.verbosity > 0) PrintFormatted(" from %s\n", root.GetInitialName());
 }
 
 void TraceBone(const ConversionArguments& args, const TracedBone& bone) {
-  if (args.verbosity > 0) std::printf("%s:%zu\n", bone.node.GetName(), bone.id);
+  if (args.verbosity > 0) PrintFormatted("%s:%zu\n", bone.node.GetName(), bone.id);
   if (args.verbosity < 2) return;
   RestMatrices parent;
   if (!bone.isRoot && bone.node.GetParent() != nullptr) {
