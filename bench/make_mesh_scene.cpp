@@ -6,14 +6,12 @@
 #include <fstream>
 #include <string>
 
-#include "tests/support/fbx_builder.h"
+#include "tests/support/scene_builder.h"
 
 namespace {
 
 constexpr int kBones = 60;
 constexpr int kColumns = 125;  // quads across a sheet
-
-const std::vector<double> kIdentity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 
 struct Sheet {
   int mesh;
@@ -24,25 +22,7 @@ struct Sheet {
   double Phase(int row, int column) const { return row * 0.07 + column * 0.11 + mesh; }
 };
 
-FbxRecord Layer() {
-  FbxRecord layer("Layer", {0});
-  for (const char* type : {"LayerElementNormal", "LayerElementUV", "LayerElementMaterial"}) {
-    layer.Add({"LayerElement", {}, {{"Type", {type}}, {"TypedIndex", {0}}}});
-  }
-  return layer;
-}
-
-FbxRecord Element(const char* type, const char* mapping, const char* reference, FbxRecords data) {
-  FbxRecord element(type, {0},
-                    {{"Version", {102}},
-                     {"Name", {"map"}},
-                     {"MappingInformationType", {mapping}},
-                     {"ReferenceInformationType", {reference}}});
-  for (FbxRecord& record : data) element.Add(std::move(record));
-  return element;
-}
-
-int64_t AddSheet(SceneBuilder& scene, const Sheet& sheet) {
+SceneBuilder::MeshIds AddSheet(SceneBuilder& scene, const Sheet& sheet) {
   std::vector<double> points;
   std::vector<double> uvs;
   for (int row = 0; row <= sheet.rows; ++row) {
@@ -60,13 +40,13 @@ int64_t AddSheet(SceneBuilder& scene, const Sheet& sheet) {
     uvs.insert(uvs.end(), {0.0, row / static_cast<double>(sheet.rows)});
   }
 
-  std::vector<int32_t> corners;
+  std::vector<std::vector<int32_t>> triangles;
   std::vector<int32_t> uvIndex;
   std::vector<int32_t> materials;
   std::vector<double> normals;
-  const auto addCorner = [&](int row, int column, bool isRightOfSeam, bool isLast) {
+  const auto addCorner = [&](int row, int column, bool isRightOfSeam) {
     const int point = sheet.PointAt(row, column);
-    corners.push_back(isLast ? ~point : point);
+    triangles.back().push_back(point);
     uvIndex.push_back(isRightOfSeam && column == seam ? sheet.PointCount() + row : point);
     const double phase = sheet.Phase(row, column);
     const double x = -std::cos(phase) * 0.6;
@@ -77,28 +57,27 @@ int64_t AddSheet(SceneBuilder& scene, const Sheet& sheet) {
   for (int row = 0; row < sheet.rows; ++row) {
     for (int column = 0; column < kColumns; ++column) {
       const bool isRight = column >= seam;
-      addCorner(row, column, isRight, false);
-      addCorner(row, column + 1, isRight, false);
-      addCorner(row + 1, column + 1, isRight, true);
-      addCorner(row, column, isRight, false);
-      addCorner(row + 1, column + 1, isRight, false);
-      addCorner(row + 1, column, isRight, true);
+      triangles.emplace_back();
+      addCorner(row, column, isRight);
+      addCorner(row, column + 1, isRight);
+      addCorner(row + 1, column + 1, isRight);
+      triangles.emplace_back();
+      addCorner(row, column, isRight);
+      addCorner(row + 1, column + 1, isRight);
+      addCorner(row + 1, column, isRight);
       materials.insert(materials.end(), 2, row * 3 / sheet.rows);
     }
   }
-  return scene.AddMesh(
-      "sheet", std::move(points), std::move(corners),
-      {Element("LayerElementNormal", "ByPolygonVertex", "Direct", {{"Normals", {normals}}}),
-       Element("LayerElementUV", "ByPolygonVertex", "IndexToDirect",
-               {{"UV", {uvs}}, {"UVIndex", {uvIndex}}}),
-       Element("LayerElementMaterial", "ByPolygon", "IndexToDirect", {{"Materials", {materials}}}),
-       Layer()});
+  return scene.Mesh(
+      "mesh" + std::to_string(sheet.mesh), std::move(points), triangles,
+      {Normals("ByPolygonVertex", "Direct", std::move(normals)),
+       UVs("map", "ByPolygonVertex", "IndexToDirect", std::move(uvs), std::move(uvIndex)),
+       Materials(std::move(materials))});
 }
 
 void AddSkin(SceneBuilder& scene, const Sheet& sheet, int64_t geometry,
              const std::vector<int64_t>& bones) {
-  const int64_t skin = scene.AddSkin();
-  scene.Connect(skin, geometry);
+  const int64_t skin = scene.Skin(geometry);
   std::vector<std::vector<int32_t>> points(bones.size());
   std::vector<std::vector<double>> weights(bones.size());
   for (int point = 0; point < sheet.PointCount(); ++point) {
@@ -112,10 +91,7 @@ void AddSkin(SceneBuilder& scene, const Sheet& sheet, int64_t geometry,
   }
   for (size_t bone = 0; bone < bones.size(); ++bone) {
     if (points[bone].empty()) continue;
-    const int64_t cluster = scene.AddCluster("", std::move(points[bone]), std::move(weights[bone]),
-                                             kIdentity, kIdentity);
-    scene.Connect(cluster, skin);
-    scene.Connect(bones[bone], cluster);
+    scene.Cluster(skin, bones[bone], std::move(points[bone]), std::move(weights[bone]));
   }
 }
 
@@ -129,24 +105,20 @@ int main(int argc, char** argv) {
   const int meshes = std::max(std::atoi(argv[3]), 1);
   const int rows = std::max(std::atoi(argv[2]) / meshes / (2 * kColumns), 1);
   SceneBuilder scene;
+  scene.SetAxes(1, 1, 2, 1, 0, 1);  // converted while it loads, as most scenes are
   std::vector<int64_t> bones;
   for (int i = 0; i < kBones; ++i) {
-    const int64_t bone =
-        scene.AddModel("bone" + std::to_string(i), "LimbNode", {P("Lcl Translation", {0, 10, 0})});
-    scene.Connect(scene.AddNodeAttribute("bone", "LimbNode"), bone);
-    scene.Connect(bone, bones.empty() ? SceneBuilder::kRoot : bones[bones.size() / 2]);
-    bones.push_back(bone);
+    bones.push_back(scene.Bone("bone" + std::to_string(i),
+                               bones.empty() ? SceneBuilder::kRoot : bones[bones.size() / 2],
+                               {P("Lcl Translation", {0, 10, 0})}));
   }
   std::vector<int64_t> materials;
   for (const char* name : {"skin", "cloth", "metal"}) materials.push_back(scene.AddMaterial(name));
   for (int mesh = 0; mesh < meshes; ++mesh) {
     const Sheet sheet{mesh, rows};
-    const int64_t node = scene.AddModel("mesh" + std::to_string(mesh), "Mesh");
-    scene.Connect(node, SceneBuilder::kRoot);
-    const int64_t geometry = AddSheet(scene, sheet);
-    scene.Connect(geometry, node);
-    for (const int64_t material : materials) scene.Connect(material, node);
-    AddSkin(scene, sheet, geometry, bones);
+    const SceneBuilder::MeshIds ids = AddSheet(scene, sheet);
+    for (const int64_t material : materials) scene.Connect(material, ids.node);
+    AddSkin(scene, sheet, ids.mesh, bones);
   }
   std::ofstream file(argv[1], std::ios::binary);
   file << scene.Write({.compress = true});

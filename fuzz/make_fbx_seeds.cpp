@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/fbx_builder.h"
+#include "tests/support/scene_builder.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 
 #include "cal3d/io/loader.h"
 #include "cal3d/model/core_animation.h"
-#include "tests/end_to_end/program_test.h"
+#include "tests/support/program_test.h"
 
 namespace {
 
@@ -24,12 +24,13 @@ class Animations : public SceneTest {
   Animations() : hips_(scene_.Bone("Hips")) {}
 
   // A clip of frames 0 to 20 that moves a node to `x` and back.
-  ClipScene::Clip Move(const std::string& name, int64_t node, const std::string& channel, float x) {
-    const ClipScene::Clip clip = scene_.AddClip(name, 0, 20);
+  SceneBuilder::Clip Move(const std::string& name, int64_t node, const std::string& channel,
+                          float x) {
+    const SceneBuilder::Clip clip = scene_.AddClip(name, 0, 20);
     scene_.Key(clip.layer, node, channel, {0, 10, 20}, {0, x, 0});
     return clip;
   }
-  ClipScene::Clip Walk(const std::string& name, float x) { return Move(name, hips_, "TX", x); }
+  SceneBuilder::Clip Walk(const std::string& name, float x) { return Move(name, hips_, "TX", x); }
 
   CalCoreAnimation Load(const std::string& name) {
     const std::string bytes = File(name);
@@ -53,10 +54,10 @@ class Animations : public SceneTest {
 };
 
 TEST_F(Animations, ListingCountsThirtiethsAndSortsByCurveText) {
-  scene_.builder.SetTimeMode(11);  // frames a second change nothing in the listing
-  Walk("Second", 7);               // "...10:7" sorts behind "...10:5"
+  scene_.SetTimeMode(11);  // frames a second change nothing in the listing
+  Walk("Second", 7);       // "...10:7" sorts behind "...10:5"
   Walk("First", 5);
-  const ClipScene::Clip late = scene_.AddClip("Late", 10, 20.9, 40);
+  const SceneBuilder::Clip late = scene_.AddClip("Late", 10, 20.9, 40);
   scene_.Key(late.layer, hips_, "RX", {10, 12, 14}, {0, 1, 2});
   const std::string mode =
       " MODE: 24 frames/s PROTOCOL:  Default protocol (initialized to eFRAMES)";
@@ -104,10 +105,10 @@ TEST_F(Animations, NamesAreMadeUniqueWithinEachList) {
 
 TEST_F(Animations, WhatCountsAsAnimation) {
   Move("OnlyScale", hips_, "SX", 2);
-  const ClipScene::Clip twoKeys = scene_.AddClip("TwoKeys", 0, 20);
+  const SceneBuilder::Clip twoKeys = scene_.AddClip("TwoKeys", 0, 20);
   scene_.Key(twoKeys.layer, hips_, "TX", {0, 20}, {1, 2});
   EXPECT_EQ(Run({"s.fbx", "list", "anim"}), "");
-  const ClipScene::Clip upper = scene_.AddClip("UpperLayer", 0, 20);
+  const SceneBuilder::Clip upper = scene_.AddClip("UpperLayer", 0, 20);
   scene_.Key(scene_.AddLayer(upper), hips_, "RY", {0, 10, 20}, {1, 2, 1});
   EXPECT_EQ(Run({"s.fbx", "list", "anim"}), "ANIM: UpperLayer" + kTo20);
 }
@@ -124,7 +125,7 @@ TEST_F(Animations, KeyframesAreTheKeyedFramesOfEachBone) {
   const int64_t spine = scene_.Bone("Spine", hips_, {P("Lcl Translation", {0, 0, 10})});
   const int64_t head = scene_.Bone("Head", spine, {P("Lcl Rotation", {0, 90, 0})});
   const int64_t twoKeys = scene_.Bone("Neck", spine);
-  const ClipScene::Clip clip = scene_.AddClip("Walk", 0, 20);
+  const SceneBuilder::Clip clip = scene_.AddClip("Walk", 0, 20);
   scene_.Key(clip.layer, head, "SY", {0, 10, 20}, {1, 2, 1});
   scene_.Key(clip.layer, hips_, "TX", {0, 10, 20}, {2, 4, 2});
   scene_.Key(clip.layer, hips_, "RX", {5, 10, 15}, {0, 90, 0});
@@ -146,7 +147,7 @@ TEST_F(Animations, KeyframesAreTheKeyedFramesOfEachBone) {
 
 TEST_F(Animations, TranslationsTakeAxesAndScales) {
   const int64_t big = scene_.Bone("Big", hips_, {P("Lcl Scaling", {3, 1, 1})});
-  const ClipScene::Clip clip = Walk("Walk", 5);
+  const SceneBuilder::Clip clip = Walk("Walk", 5);
   const auto highest = [this](const Words& options) {
     return ExportWalk(options).tracks.at(0).keyframes.at(1).translation.x;
   };
@@ -160,7 +161,7 @@ TEST_F(Animations, TranslationsTakeAxesAndScales) {
 
 TEST_F(Animations, SelectionAndFailures) {
   Walk("Walk", 5);
-  const ClipScene::Clip both = Walk("Both", 6);
+  const SceneBuilder::Clip both = Walk("Both", 6);
   const int64_t prop = scene_.Bone("Prop");
   scene_.Key(both.layer, prop, "TX", {0, 10, 20}, {1, 2, 3});
   EXPECT_EQ(Run({kHips, "s.fbx", "export", "anim"}), "");   // no names select nothing
@@ -182,12 +183,11 @@ TEST_F(Animations, SelectionAndFailures) {
 
 TEST_F(Animations, MorphsAreTiedToSkeletonsByTheNamesOfTargets) {
   const int64_t other = scene_.Bone("Other");
-  const ClipScene::Morphed face = scene_.Mesh("Face", {"smile", "blink"});
-  scene_.Skin(face.mesh, hips_);
-  scene_.Skin(face.mesh, other);
+  const SceneBuilder::MeshIds face = scene_.Mesh("Face", {"smile", "blink"});
+  for (const int64_t bone : {hips_, other}) scene_.Cluster(scene_.Skin(face.mesh), bone);
   // The second stack has the same curves and adds nothing, not even its name.
   for (const char* stack : {"Talk", "A"}) {
-    const ClipScene::Clip clip = scene_.AddClip(stack, 0, 20);
+    const SceneBuilder::Clip clip = scene_.AddClip(stack, 0, 20);
     scene_.KeyMorph(clip.layer, face.channels[1], {0, 10, 20}, {0, 100, 50});
     scene_.KeyMorph(clip.layer, face.channels[0], {0.5, 10, 20}, {100.0004F, 0.0004F, -20});
   }
@@ -209,12 +209,12 @@ TEST_F(Animations, MorphsAreTiedToSkeletonsByTheNamesOfTargets) {
 }
 
 TEST_F(Animations, MorphsOfAStackThatMovesNothing) {
-  const ClipScene::Morphed face = scene_.Mesh("Face", {"smile"});
-  const ClipScene::Morphed hat = scene_.Mesh("Hat", {"tip"}, face.node);
-  const ClipScene::Morphed stand = scene_.Mesh("Stand");
-  const ClipScene::Morphed doll = scene_.Mesh("Doll", {"wink"}, stand.node);
-  const ClipScene::Clip clip = scene_.AddClip("Talk", 0, 20);
-  for (const ClipScene::Morphed& mesh : {face, hat, doll}) {
+  const SceneBuilder::MeshIds face = scene_.Mesh("Face", {"smile"});
+  const SceneBuilder::MeshIds hat = scene_.Mesh("Hat", {"tip"}, face.node);
+  const SceneBuilder::MeshIds stand = scene_.Mesh("Stand");
+  const SceneBuilder::MeshIds doll = scene_.Mesh("Doll", {"wink"}, stand.node);
+  const SceneBuilder::Clip clip = scene_.AddClip("Talk", 0, 20);
+  for (const SceneBuilder::MeshIds& mesh : {face, hat, doll}) {
     scene_.KeyMorph(clip.layer, mesh.channels[0], {0, 10, 20}, {0, 50, 0});
   }
   // The scene as a whole, and every mesh with what is below it, if one of its own targets is among
@@ -225,9 +225,9 @@ TEST_F(Animations, MorphsOfAStackThatMovesNothing) {
 }
 
 TEST_F(Animations, MorphsOfAStackThatAlsoMoves) {
-  const ClipScene::Morphed face = scene_.Mesh("Face", {"smile"}, hips_);
-  const ClipScene::Morphed stray = scene_.Mesh("Stray", {"wink"});
-  const ClipScene::Clip clip = Walk("Walk", 5);
+  const SceneBuilder::MeshIds face = scene_.Mesh("Face", {"smile"}, hips_);
+  const SceneBuilder::MeshIds stray = scene_.Mesh("Stray", {"wink"});
+  const SceneBuilder::Clip clip = Walk("Walk", 5);
   scene_.KeyMorph(clip.layer, face.channels[0], {0, 10, 20}, {0, 100, 0});
   scene_.KeyMorph(clip.layer, stray.channels[0], {0, 10, 20}, {0, 50, 0});
   // One search of the whole scene, none of single meshes: the stack moves the last skeleton.
@@ -237,15 +237,15 @@ TEST_F(Animations, MorphsOfAStackThatAlsoMoves) {
 }
 
 TEST_F(Animations, SceneWithoutSkeletonHasNoAnimations) {
-  scene_ = ClipScene();
+  scene_ = SceneBuilder();
   Move("Walk", scene_.Node("Node"), "TX", 1);
   EXPECT_EQ(Run({"s.fbx", "list", "anim"}), "");
   EXPECT_EQ(Run({"s.fbx", "export", "anim", "Walk"}), "");
 }
 
 TEST_F(Animations, VerboseForms) {
-  const ClipScene::Morphed face = scene_.Mesh("Face", {"smile"}, hips_);
-  const ClipScene::Clip clip = Walk("Walk", 5);
+  const SceneBuilder::MeshIds face = scene_.Mesh("Face", {"smile"}, hips_);
+  const SceneBuilder::Clip clip = Walk("Walk", 5);
   scene_.KeyMorph(clip.layer, face.channels[0], {0, 10, 20}, {0, 100, 0});
   const std::string skeletal = "ROOT:RootNode  NODES: RootNode/Hips ANIM STACK:Walk ";
   const std::string morph =
@@ -272,9 +272,9 @@ TEST_F(Animations, VerboseForms) {
 TEST_F(Animations, HostileKeys) {
   constexpr int64_t kMax = std::numeric_limits<int64_t>::max();
   constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-  const ClipScene::Clip clip = scene_.AddClip("Walk", -1e9, 5e9);
+  const SceneBuilder::Clip clip = scene_.AddClip("Walk", -1e9, 5e9);
   scene_.KeyTicks(clip.layer, hips_, "TX", {-kMax, 0, kMax}, {kNaN, 3e38F, -3e38F});
-  scene_.KeyTicks(clip.layer, hips_, "TY", {ClipScene::Ticks(7), 0, 0}, {1, 2});
+  scene_.KeyTicks(clip.layer, hips_, "TY", {SceneBuilder::Ticks(7), 0, 0}, {1, 2});
   const std::string list = Run({"-vvv", "s.fbx", "list", "anim"});
   EXPECT_THAT(list, HasSubstr("DATA: Hips TX 3\n-5990997586:nan 0:"));
   ExportWalk();
@@ -283,7 +283,7 @@ TEST_F(Animations, HostileKeys) {
 TEST_F(Animations, DeepSkeleton) {
   int64_t bone = hips_;
   for (int i = 0; i < 3000; ++i) bone = scene_.Bone("b", bone);
-  const ClipScene::Clip clip = Walk("Walk", 5);
+  const SceneBuilder::Clip clip = Walk("Walk", 5);
   scene_.Key(clip.layer, bone, "TX", {0, 10, 20}, {0, 1, 0});
   EXPECT_EQ(Run({"s.fbx", "list", "anim"}), "ANIM: Walk" + kTo20);
   EXPECT_EQ(ExportWalk().tracks.size(), 2U);

@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-#include "tests/end_to_end/program_test.h"
+#include "tests/support/program_test.h"
 
 namespace {
 

@@ -1,25 +1,17 @@
 // `list texture` and `export texture` over scenes made for the purpose.
 #include <filesystem>
 
-#include "tests/end_to_end/program_test.h"
+#include "tests/support/program_test.h"
 
 namespace {
 
 class Materials : public SceneTest {
  protected:
-  int64_t AddMaterial(int64_t node, const std::string& name, FbxRecords properties = {}) {
-    const int64_t material = scene_.builder.AddMaterial(name, "phong", std::move(properties));
-    scene_.builder.Connect(material, node);
-    return material;
-  }
-  void AddTexture(int64_t material, const std::string& channel, const std::string& path) {
-    SceneBuilder& builder = scene_.builder;
-    builder.ConnectProperty(builder.AddTexture(path, path), material, channel);
-  }
   // A mesh with one material that has one texture.
   void AddDressed(const std::string& mesh, const std::string& material, const std::string& path,
                   int64_t parent = SceneBuilder::kRoot) {
-    AddTexture(AddMaterial(scene_.Mesh(mesh, {}, parent).node, material), "DiffuseColor", path);
+    scene_.Texture(scene_.Material(scene_.Mesh(mesh, {}, parent).node, material), "DiffuseColor",
+                   path);
   }
 
   // The lines of a material file behind those that are the same in all.
@@ -32,11 +24,11 @@ class Materials : public SceneTest {
 
 TEST_F(Materials, ListAndExport) {
   const int64_t body = scene_.Mesh("Body").node;
-  const int64_t skin = AddMaterial(body, "My Skin");
-  AddTexture(skin, "DiffuseColor", "C:\\art\\skin.png");
-  AddTexture(skin, "NormalMap", "art/skin<n>.png");
-  AddTexture(skin, "Bump", "art/bump.png");
-  AddMaterial(body, "Glass[4]", {P("DiffuseColor", {1.0, 0.5, 0.0}), P("Opacity", {0.5})});
+  const int64_t skin = scene_.Material(body, "My Skin");
+  scene_.Texture(skin, "DiffuseColor", "C:\\art\\skin.png");
+  scene_.Texture(skin, "NormalMap", "art/skin<n>.png");
+  scene_.Texture(skin, "Bump", "art/bump.png");
+  scene_.Material(body, "Glass[4]", {P("DiffuseColor", {1.0, 0.5, 0.0}), P("Opacity", {0.5})});
   scene_.Mesh("Bare");
 
   EXPECT_EQ(Run({"s.fbx", "list", "texture"}),
@@ -85,12 +77,11 @@ TEST_F(Materials, WithARootOnlyThoseOfItsMeshes) {
 }
 
 TEST_F(Materials, LayeredTexturesAreOnlyWarnedOf) {
-  const int64_t material = AddMaterial(scene_.Mesh("Body").node, "Skin");
-  const int64_t layered =
-      scene_.builder.AddObject("LayeredTexture", "LayeredTexture", "Layers", "");
-  scene_.builder.ConnectProperty(layered, material, "DiffuseColor");
+  const int64_t material = scene_.Material(scene_.Mesh("Body").node, "Skin");
+  const int64_t layered = scene_.AddObject("LayeredTexture", "LayeredTexture", "Layers", "");
+  scene_.ConnectProperty(layered, material, "DiffuseColor");
   for (const char* path : {"a.png", "b.png"}) {
-    scene_.builder.Connect(scene_.builder.AddTexture(path, path), layered);
+    scene_.Connect(scene_.AddTexture(path, path), layered);
   }
   EXPECT_EQ(Run({"s.fbx", "export", "texture"}),
             "WARNING: DiffuseColor0 is not a supported use for texture map a.png\n"
@@ -101,23 +92,23 @@ TEST_F(Materials, LayeredTexturesAreOnlyWarnedOf) {
 TEST_F(Materials, LayeredTexturesOfLayeredTexturesAreHarmless) {
   // Twenty levels of which each holds all below it, closed to a ring, and a long chain.
   const int64_t material =
-      AddMaterial(scene_.Mesh("Body").node, "Skin", {P("DiffuseColor", {1.0, 0.0, 0.0})});
+      scene_.Material(scene_.Mesh("Body").node, "Skin", {P("DiffuseColor", {1.0, 0.0, 0.0})});
   std::vector<int64_t> levels;
   for (int i = 0; i < 20; ++i) {
-    levels.push_back(scene_.builder.AddObject("LayeredTexture", "LayeredTexture", "L", ""));
+    levels.push_back(scene_.AddObject("LayeredTexture", "LayeredTexture", "L", ""));
     for (size_t below = 0; below + 1 < levels.size(); ++below) {
-      scene_.builder.Connect(levels[below], levels.back());
+      scene_.Connect(levels[below], levels.back());
     }
   }
-  scene_.builder.Connect(levels.back(), levels.front());
-  scene_.builder.ConnectProperty(levels.back(), material, "DiffuseColor");
+  scene_.Connect(levels.back(), levels.front());
+  scene_.ConnectProperty(levels.back(), material, "DiffuseColor");
   int64_t last = levels.back();
   for (int i = 0; i < 20'000; ++i) {
-    const int64_t next = scene_.builder.AddObject("LayeredTexture", "LayeredTexture", "C", "");
-    scene_.builder.Connect(last, next);
+    const int64_t next = scene_.AddObject("LayeredTexture", "LayeredTexture", "C", "");
+    scene_.Connect(last, next);
     last = next;
   }
-  scene_.builder.ConnectProperty(last, material, "NormalMap");
+  scene_.ConnectProperty(last, material, "NormalMap");
   EXPECT_EQ(Run({"s.fbx", "export", "texture"}),
             "MATERIAL: 0 Skin FILENAME: Skin.xrf "
             "TEXTURE: DiffuseColor COLOR-FF0000-Skin-DiffuseColor\n");

@@ -1,7 +1,7 @@
 // Scenes in, mesh listings and mesh files out, through the program.
 #include <gmock/gmock.h>
 
-#include "tests/end_to_end/program_test.h"
+#include "tests/support/program_test.h"
 
 namespace {
 
@@ -15,8 +15,8 @@ TEST_F(Meshes, Lists) {
   EXPECT_EQ(Run({"-n", "s.fbx", "list", "mesh"}), "");
   scene_.Mesh("Body");
   scene_.Mesh("Body");
-  scene_.builder.Connect(scene_.builder.AddMaterial("Skin"), scene_.Mesh("A b", {"smile"}).node);
-  scene_.Mesh("Zed", {}, scene_.builder.AddModel("Other"));  // no part of the tree
+  scene_.Material(scene_.Mesh("A b", {"smile"}).node, "Skin");
+  scene_.Mesh("Zed", {}, scene_.AddModel("Other"));  // no part of the tree
   const std::string bodies = "MESH: Body MATERIALS: 0 \nMESH: Body_1 MATERIALS: 0 \n";
   EXPECT_EQ(Run({"s.fbx", "list", "mesh"}), "MESH: A b MATERIALS: 1 \n" + bodies);
   EXPECT_EQ(Run({"-n", "s.fbx", "list", "mesh"}), "A b\nBody\nBody_1\n");
@@ -31,19 +31,10 @@ TEST_F(Meshes, Lists) {
 }
 
 TEST_F(Meshes, ExportsAWholeFile) {
-  SceneBuilder& builder = scene_.builder;
-  const int64_t node = scene_.Node("my m", SceneBuilder::kRoot, {}, "Mesh");
-  const int64_t mesh = builder.AddMesh("m", {0, 0, 0, 150, 0, 0, 0, 150, 0.5}, {0, 1, -3});
-  builder.Connect(mesh, node);
-  builder.Connect(builder.AddMaterial("Skin[3]"), node);
-  const int64_t blendShape = builder.AddObject("Deformer", "Deformer", "", "BlendShape");
-  const int64_t channel = builder.AddObject("Deformer", "SubDeformer", "up", "BlendShapeChannel");
-  const int64_t shape = builder.AddObject(
-      "Geometry", "Geometry", "up", "Shape", {},
-      {{"Indexes", {std::vector<int32_t>{1}}}, {"Vertices", {std::vector<double>{0, 0, 2.5}}}});
-  builder.Connect(blendShape, mesh);
-  builder.Connect(channel, blendShape);
-  builder.Connect(shape, channel);
+  const SceneBuilder::MeshIds mesh =
+      scene_.Mesh("my m", {0, 0, 0, 150, 0, 0, 0, 150, 0.5}, {{0, 1, 2}});
+  scene_.Material(mesh.node, "Skin[3]");
+  scene_.Target(scene_.Channel(scene_.BlendShape(mesh.mesh), "up"), {1}, {0, 0, 2.5});
   const auto vertex = [](const std::string& id, const std::string& position) {
     return "    <VERTEX ID=\"" + id + "\" NUMINFLUENCES=\"1\">\n      <POS>" + position +
            "</POS>\n      <NORM>0 0 0</NORM>\n      <COLOR>1 1 1</COLOR>\n"
@@ -68,7 +59,7 @@ TEST_F(Meshes, ExportsAWholeFile) {
 )";
   for (const FbxFormat& format :
        {FbxFormat{}, FbxFormat{.ascii = true}, FbxFormat{.version = 7500, .compress = true}}) {
-    dir_.Write("f.fbx", builder.Write(format));
+    dir_.Write("f.fbx", scene_.Write(format));
     EXPECT_EQ(Run({"-rRootNode", "-d.", "f.fbx", "export", "mesh"}),
               "MESH: my m MATERIAL: 3  FILENAME: ./my%20m.xmf\n");
     EXPECT_EQ(File("my%20m.xmf"), expected);

@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-#include "tests/end_to_end/program_test.h"
+#include "tests/support/program_test.h"
 
 namespace {
 

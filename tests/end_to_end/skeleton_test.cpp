@@ -6,7 +6,7 @@
 
 #include "cal3d/io/loader.h"
 #include "cal3d/model/core_skeleton.h"
-#include "tests/end_to_end/program_test.h"
+#include "tests/support/program_test.h"
 
 namespace {
 
@@ -59,13 +59,14 @@ TEST_F(Skeletons, ListsWithTheirMeshes) {
   scene_.Bone("Spine", bone);
   const int64_t tail = scene_.Bone("Tail");
   scene_.Mesh("Hair", {}, tail);
-  scene_.Skin(scene_.Mesh("Coat").mesh, bone, 0.5);
-  scene_.Skin(scene_.Mesh("Body").mesh, bone);
+  scene_.Cluster(scene_.Skin(scene_.Mesh("Coat").mesh), bone, {0}, {0.5});
+  scene_.Cluster(scene_.Skin(scene_.Mesh("Body").mesh), bone);
   EXPECT_EQ(Run({"s.fbx", "list", "skel"}),
             hips + "Hips MESHNAME: Body MESHNAME: Coat BONECOUNT: 2\n" + rest);
   // Meshes of no skeleton, and of two skeletons with one name the paths.
   scene_.Mesh("zz");
-  scene_.Skin(scene_.Mesh("Hat").mesh, tail, 0.0);  // a bone that moves nothing
+  scene_.Cluster(scene_.Skin(scene_.Mesh("Hat").mesh), tail, {0},
+                 {0.0});  // a bone that moves nothing
   scene_.Bone("Hips");
   EXPECT_EQ(Run({"s.fbx", "list", "nodes"}),
             hips + "RootNode/group/Hips MESHNAME: Body MESHNAME: Coat BONECOUNT: 2\n" + rest +
@@ -97,9 +98,8 @@ TEST_F(Skeletons, BeginAtNodesWithANameOfRoots) {
   const int64_t hips = scene_.Bone("Hips", scene_.Node("MyROOTs"));
   const int64_t spine = scene_.Bone("Spine_root", hips);
   scene_.Mesh("Cap", {}, spine);
-  const int64_t glove = scene_.Mesh("Glove").mesh;
-  scene_.Skin(glove, hips);
-  scene_.Skin(glove, scene_.Node("old skeleton.Room 2"));
+  const int64_t skin = scene_.Skin(scene_.Mesh("Glove").mesh);
+  for (const int64_t bone : {hips, scene_.Node("old skeleton.Room 2")}) scene_.Cluster(skin, bone);
   EXPECT_EQ(Run({"s.fbx", "list", "skel"}),
             "NODE: RootNode/MyROOTs MESHCOUNT: 2 FRIENDLYSKELNAME: MyROOTs MESHNAME: Cap MESHNAME: "
             "Glove BONECOUNT: 4\n"
@@ -145,7 +145,7 @@ TEST_F(Skeletons, FilesOfAnExport) {
 
 // A Y-up scene: what is (x, y, z) there comes out as (x, -z, y).
 TEST_F(Skeletons, RestPoseFromTheScene) {
-  scene_.builder.SetAxes(1, 1, 2, 1, 0, 1);
+  scene_.SetAxes(1, 1, 2, 1, 0, 1);
   const int64_t hips = scene_.Bone("Hips", SceneBuilder::kRoot,
                                    {Translation(1, 90, 5), P("Lcl Scaling", {2, 2, 2})});
   const int64_t arm =
@@ -176,7 +176,7 @@ TEST_F(Skeletons, RestPoseFromTheBindPose) {
     const std::vector<double> matrix{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 1.0 * y, 0, 1};
     records.push_back({"PoseNode", {}, {{"Node", {node}}, {"Matrix", {matrix}}}});
   }
-  scene_.builder.AddObject("Pose", "Pose", "bind", "BindPose", {}, std::move(records));
+  scene_.AddObject("Pose", "Pose", "bind", "BindPose", {}, std::move(records));
   // The first entry of a pose doesn't count, and from the scene's root none does.
   Export("RootNode/Hips", {}, {{0, 1, 0}, {0, 79, 0}, {0, 20, 0}});
   Export("RootNode/Hips", {"-u"}, {{0, 1, 0}, {0, 2, 0}, {0, 4, 0}});

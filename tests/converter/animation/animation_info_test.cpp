@@ -31,9 +31,9 @@ class AnimationHolders : public ClipFile {};
 
 TEST_F(AnimationHolders, NodesOfTheSameMorph) {
   scene_.Bone("Hips");
-  const ClipScene::Clip clip = scene_.AddClip("Male|Big|Talk", 20, -1, 1e12);
+  const SceneBuilder::Clip clip = scene_.AddClip("Male|Big|Talk", 20, -1, 1e12);
   for (const std::string name : {"Left", "Right", "Hat"}) {
-    const ClipScene::Morphed mesh = scene_.Mesh(name, {"smile"});
+    const SceneBuilder::MeshIds mesh = scene_.Mesh(name, {"smile"});
     scene_.KeyMorph(clip.layer, mesh.channels[0], {0, 1, 2}, {0, name == "Hat" ? 1.0F : 2.0F, 0});
   }
   FbxWrapper& wrapper = Load();

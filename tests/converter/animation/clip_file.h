@@ -9,14 +9,14 @@
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/scene_channels.h"
 #include "fbx/anim/fbx_anim_stack.h"
-#include "tests/support/clip_scene.h"
+#include "tests/support/scene_builder.h"
 #include "tests/support/temp_dir.h"
 
 class ClipFile : public testing::Test {
  protected:
   // Writes and loads the scene; later changes of `scene_` have no effect.
   FbxWrapper& Load() {
-    args_.inputFilename = folder_.Write("s.fbx", scene_.builder.Write());
+    args_.inputFilename = folder_.Write("s.fbx", scene_.Write());
     args_.outputFilename = folder_.File("out.xaf");
     args_.skeletonRootPath = "RootNode/Hips";
     loaded_ = std::make_unique<FbxWrapper>(args_.inputFilename);
@@ -26,7 +26,7 @@ class ClipFile : public testing::Test {
     return wrapper.GetAnimList().at(index);
   }
 
-  ClipScene scene_;
+  SceneBuilder scene_;
   TempDir folder_;
   ConversionArguments args_;
   std::unique_ptr<FbxWrapper> loaded_;

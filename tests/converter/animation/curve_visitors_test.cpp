@@ -27,11 +27,11 @@ class CurveVisitors : public ClipFile {
 TEST_F(CurveVisitors, WhatIsAnimatedBelowANode) {
   const int64_t hips = scene_.Bone("Hips");
   const int64_t spine = scene_.Bone("Spine", hips);
-  const ClipScene::Morphed face = scene_.Mesh("Face", {"smile", "wink", "TX"}, spine);
-  const int64_t twin = scene_.builder.AddModel("Twin", "Mesh");  // the same geometry
-  scene_.builder.Connect(twin, SceneBuilder::kRoot);
-  scene_.builder.Connect(face.mesh, twin);
-  const ClipScene::Clip clip = scene_.AddClip("Walk", 0, 20);
+  const SceneBuilder::MeshIds face = scene_.Mesh("Face", {"smile", "wink", "TX"}, spine);
+  const int64_t twin = scene_.AddModel("Twin", "Mesh");  // the same geometry
+  scene_.Connect(twin, SceneBuilder::kRoot);
+  scene_.Connect(face.mesh, twin);
+  const SceneBuilder::Clip clip = scene_.AddClip("Walk", 0, 20);
   const int64_t upper = scene_.AddLayer(clip);
   scene_.Key(upper, hips, "TX", {1, 2, 3}, {1, 1, 1});
   scene_.Key(clip.layer, spine, "SZ", {0, 1, 2}, {1, 1, 1});
@@ -74,9 +74,9 @@ TEST_F(CurveVisitors, WhatIsAnimatedBelowANode) {
 // A property may have curve nodes in many layers, and by mistake two in one.
 TEST_F(CurveVisitors, ChannelsAreThoseThatPropertiesKnow) {
   const int64_t hips = scene_.Bone("Hips");
-  SceneBuilder& b = scene_.builder;
-  const ClipScene::Clip first = scene_.AddClip("First", 0, 20);
-  const ClipScene::Clip second = scene_.AddClip("Second", 0, 20);
+  SceneBuilder& b = scene_;
+  const SceneBuilder::Clip first = scene_.AddClip("First", 0, 20);
+  const SceneBuilder::Clip second = scene_.AddClip("Second", 0, 20);
   std::vector<int64_t> curveNodes;
   for (const float value : {0.0F, 1.0F, 2.0F}) {
     curveNodes.push_back(b.AddAnimationCurveNode("T", {P("d|X", "Number", "", "A", {0.0})}));
@@ -96,7 +96,7 @@ class EverythingVisitor : public AnimationCurveVisitorString {
 };
 
 TEST_F(CurveVisitors, LightsAndUserProperties) {
-  SceneBuilder& b = scene_.builder;
+  SceneBuilder& b = scene_;
   const int64_t lamp =
       b.AddModel("Lamp", "Light",
                  {P("speed", "Vector3D", "Vector", "A+U", {0.0, 0.0, 0.0}),
@@ -105,13 +105,9 @@ TEST_F(CurveVisitors, LightsAndUserProperties) {
   b.Connect(light, lamp);
   b.Connect(lamp, SceneBuilder::kRoot);
   scene_.Bone("Still");
-  const ClipScene::Clip clip = scene_.AddClip("Glow", 0, 20);
+  const SceneBuilder::Clip clip = scene_.AddClip("Glow", 0, 20);
   const auto drive = [&](int64_t object, const char* property, const std::string& channel) {
-    const std::string name = "d|" + channel;
-    const int64_t curves = b.AddAnimationCurveNode(property, {P(name, "Number", "", "A", {0.0})});
-    b.Connect(curves, clip.layer);
-    b.ConnectProperty(curves, object, property);
-    b.ConnectProperty(b.AddAnimationCurve({0, 1, 2}, {7.9F, -7.9F, 0}), curves, name);
+    b.Drive(clip.layer, object, property, {channel}, {0, 1, 2}, {7.9F, -7.9F, 0});
   };
   drive(lamp, "speed", "Y");
   drive(lamp, "mood", "mood");
@@ -123,8 +119,8 @@ TEST_F(CurveVisitors, LightsAndUserProperties) {
   EverythingVisitor visitor;
   DisplayAnimation(layer, wrapper.GetRootNode(), visitor);
   EXPECT_EQ(visitor.text,
-            "Lamp Blue 3\n0:7.9 0:-7.899 0:0 \nLamp Intensity 3\n0:7.9 0:-7.899 0:0 \n"
-            "Property:speed:Y 3\n0:7 0:-7 0:0 \nProperty:mood 3\n0:7 0:-7 0:0 \n");
+            "Lamp Blue 3\n0:7.9 1:-7.899 2:0 \nLamp Intensity 3\n0:7.9 1:-7.899 2:0 \n"
+            "Property:speed:Y 3\n0:7 1:-7 2:0 \nProperty:mood 3\n0:7 1:-7 2:0 \n");
   EXPECT_STREQ(DisplayAnimationNodes(layer, wrapper.GetRootNode(), true), "[Lamp] ");
   EXPECT_STREQ(DisplayAnimationNodes(layer, wrapper.GetRootNode(), false), "[RootNode] [Still] ");
   EXPECT_EQ(TextBelow(wrapper, "RootNode"), "");  // not for export
@@ -140,7 +136,7 @@ TEST_F(CurveVisitors, OrderOfTexts) {
   constexpr size_t kStacks = 24;
   std::mt19937 random(7);
   for (size_t i = 0; i < kStacks; ++i) {
-    const ClipScene::Clip clip = scene_.AddClip("clip", 0, 20);
+    const SceneBuilder::Clip clip = scene_.AddClip("clip", 0, 20);
     for (const int64_t bone : bones) {
       if (random() % 2 == 0) continue;
       const char* channel = random() % 3 == 0 ? "TY" : "TX";

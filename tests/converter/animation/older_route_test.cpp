@@ -33,7 +33,7 @@ class ChannelTracks : public ClipFile {
 };
 
 TEST_F(ChannelTracks, ATrackForEachLayerWithTwoKeysEnough) {
-  const ClipScene::Clip clip = scene_.AddClip("My Walk", 10, 70);
+  const SceneBuilder::Clip clip = scene_.AddClip("My Walk", 10, 70);
   scene_.Key(clip.layer, hips_, "TX", {0, 15.5}, {0, 31});
   scene_.Key(clip.layer, hips_, "SX", {1, 2}, {1, 1});  // scaling has no keyframes
   scene_.Key(scene_.AddLayer(clip), hips_, "RX", {0, 30, 30}, {0, 0, 0});
@@ -74,11 +74,11 @@ TEST_F(ChannelTracks, ATrackForEachLayerWithTwoKeysEnough) {
 }
 
 TEST_F(ChannelTracks, MorphsWithTwoKeysEnough) {
-  const ClipScene::Morphed face = scene_.Mesh("Face", {"smile"}, hips_);
+  const SceneBuilder::MeshIds face = scene_.Mesh("Face", {"smile"}, hips_);
   const struct {
     std::string stack;
-    ClipScene::Frames frames;
-    ClipScene::Values values;
+    SceneBuilder::Frames frames;
+    SceneBuilder::Values values;
     size_t tracks;
     bool shows;  // by the check for a morph animation
   } cases[] = {{"one key", {0}, {5}, 0, false},

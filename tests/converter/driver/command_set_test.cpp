@@ -4,8 +4,8 @@
 #include <gmock/gmock.h>
 #include <stdlib.h>
 
-#include "tests/support/clip_scene.h"
 #include "tests/support/printed.h"
+#include "tests/support/scene_builder.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -36,10 +36,10 @@ TEST(CommandSet, HelpIsAsWideAsTheTerminal) {
 
 TEST(CommandSet, TheOlderVersionTakesOneName) {
   const TempDir dir;
-  ClipScene scene;
+  SceneBuilder scene;
   scene.Bone("Hips");
   ConversionArguments args;
-  args.inputFilename = dir.Write("a.fbx", scene.builder.Write());
+  args.inputFilename = dir.Write("a.fbx", scene.Write());
   args.mode = EXPORT_MODE;
   args.type = NODE_OBJECT;
   args.skeletonRootPath = "RootNode/Hips";

@@ -1,8 +1,5 @@
 // Morph targets of submeshes: which vertices have an offset, and what it holds.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "tests/converter/mesh/mesh_scene.h"
+#include "tests/converter/mesh/mesh_test.h"
 
 namespace {
 
@@ -23,25 +20,30 @@ std::string TargetsOf(const CalCoreSubmesh& submesh) {
   return text.str();
 }
 
-class Morphs : public testing::Test {
+class Morphs : public MeshTest {
  protected:
   void AddMesh(FbxRecords elements, FbxRecords nodeProperties = {}) {
-    scene_.AddMesh("m", kQuad, kTwo, std::move(elements), SceneBuilder::kRoot,
-                   std::move(nodeProperties));
-    blendShape_ = scene_.AddBlendShape();
+    mesh_ = scene_.Mesh("m", kQuad, kTwo, std::move(elements), SceneBuilder::kRoot,
+                        std::move(nodeProperties));
+    blendShape_ = scene_.BlendShape(mesh_.mesh);
   }
-  std::string Targets() { return TargetsOf(*scene_.Submesh("m")); }
+  // A channel of one target.
+  void AddMorph(const std::string& name, std::vector<int32_t> points, std::vector<double> offsets,
+                std::vector<double> normals = {}) {
+    scene_.Target(scene_.Channel(blendShape_, name), std::move(points), std::move(offsets),
+                  std::move(normals));
+  }
+  std::string Targets(size_t submesh = 0) { return TargetsOf(*Submesh("m", submesh)); }
 
-  MeshScene scene_;
+  SceneBuilder::MeshIds mesh_;
   int64_t blendShape_ = 0;
 };
 
 TEST_F(Morphs, WithoutNormalsOnlyMovedVerticesCount) {
   AddMesh({}, {P("Lcl Scaling", {2, 2, 2})});
-  scene_.AddTarget(scene_.AddChannel("wide", blendShape_), {1, 2, 1, 9, -1},
-                   {10, 0, 0, 0, 4, 0, 5, 0, 0, 1, 1, 1, 1, 1, 1});
-  scene_.AddTarget(scene_.AddChannel("still", blendShape_), {0}, {0, 0, 0});
-  EXPECT_EQ(scene_.Export(), kWritten);
+  AddMorph("wide", {1, 2, 1, 9, -1}, {10, 0, 0, 0, 4, 0, 5, 0, 0, 1, 1, 1, 1, 1, 1});
+  AddMorph("still", {0}, {0, 0, 0});
+  EXPECT_EQ(Export(), kWritten);
   // Offsets are in the output space, a point that is listed twice has the sum; what changes nothing
   // makes no target.
   EXPECT_EQ(Targets(), "wide: 1(30 0 0|0 0 0) 2(0 8 0|0 0 0)\n");
@@ -49,9 +51,9 @@ TEST_F(Morphs, WithoutNormalsOnlyMovedVerticesCount) {
 
 TEST_F(Morphs, AShapeWithoutNormalsOffsetsAllVerticesWithNormals) {
   AddMesh({Normals("AllSame", "Direct", {0, 0, 1})});
-  scene_.AddTarget(scene_.AddChannel("b", blendShape_), {1}, {0, 0, 5});
-  scene_.AddTarget(scene_.AddChannel("a", blendShape_), {3}, {0, 0, 5});
-  EXPECT_EQ(scene_.Export(), kWritten);
+  AddMorph("b", {1}, {0, 0, 5});
+  AddMorph("a", {3}, {0, 0, 5});
+  EXPECT_EQ(Export(), kWritten);
   EXPECT_EQ(Targets(),
             "a: 0(0 0 0|0 0 0) 1(0 0 0|0 0 0) 2(0 0 0|0 0 0) 3(0 0 5|0 0 0)\n"
             "b: 0(0 0 0|0 0 0) 1(0 0 5|0 0 0) 2(0 0 0|0 0 0) 3(0 0 0|0 0 0)\n");
@@ -63,68 +65,63 @@ TEST_F(Morphs, NormalsByCornerLeaveUnchangedVerticesOut) {
           {P("Lcl Rotation", {0, 0, 90})});
   // Normals turn with the node, as points do. Point 1 moves and turns, point 3 only turns, point 0
   // only moves.
-  scene_.AddTarget(scene_.AddChannel("a", blendShape_), {1, 3, 0}, {1, 0, 0, 0, 0, 0, 0, 0, 2},
-                   {1, 0, -1, 0, 3, -1, 0, 0, 0});
-  EXPECT_EQ(scene_.Export(), kWritten);
+  AddMorph("a", {1, 3, 0}, {1, 0, 0, 0, 0, 0, 0, 0, 2}, {1, 0, -1, 0, 3, -1, 0, 0, 0});
+  EXPECT_EQ(Export(), kWritten);
   EXPECT_EQ(Targets(), "a: 0(0 0 2|0 0 1) 1(0 1 0|0 1 0) 3(0 0 0|-1 0 0)\n");
 }
 
 TEST_F(Morphs, NormalsByPointAreFoundOnlyForTheFirstPolygon) {
   AddMesh({Normals("ByVertice", "Direct", {0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1})});
-  scene_.AddTarget(scene_.AddChannel("a", blendShape_), {1}, {1, 0, 0}, {1, 0, -1});
-  EXPECT_EQ(scene_.Export(), kWritten);
+  AddMorph("a", {1}, {1, 0, 0}, {1, 0, -1});
+  EXPECT_EQ(Export(), kWritten);
   // The points 0 and 2 are split, since their second corners have no morphed normal.
   EXPECT_EQ(Targets(), "a: 1(0 0 0|0 0 0) 2(1 0 0|1 0 0) 4(0 0 0|0 0 0) 5(0 0 0|0 0 0)\n");
 }
 
 TEST_F(Morphs, TheLastTargetAndTheLastChannelOfANameCount) {
   AddMesh({});
-  const int64_t channel = scene_.AddChannel("in between", blendShape_);
-  scene_.AddTarget(channel, {1}, {50, 0, 0});
-  scene_.AddTarget(channel, {1}, {100, 0, 0});
-  scene_.AddTarget(scene_.AddChannel("same", blendShape_), {1}, {1, 0, 0});
-  scene_.AddTarget(scene_.AddChannel("same", scene_.AddBlendShape()), {2}, {2, 0, 0});
-  scene_.AddChannel("no target", blendShape_);
+  const int64_t channel = scene_.Channel(blendShape_, "in between");
+  scene_.Target(channel, {1}, {50, 0, 0});
+  scene_.Target(channel, {1}, {100, 0, 0});
+  AddMorph("same", {1}, {1, 0, 0});
+  scene_.Channel(blendShape_, "no target");
+  blendShape_ = scene_.BlendShape(mesh_.mesh);
+  AddMorph("same", {2}, {2, 0, 0});
   const std::string note =
       "Blend shape channel in between has more than 1 target shape, which isn't supported. Using "
       "final target shape only.";
   std::string notes;
   for (int i = 0; i < 7; ++i) notes += note;  // once for the points, once for each corner
-  EXPECT_EQ(scene_.Export(), notes + kWritten);
+  EXPECT_EQ(Export(), notes + kWritten);
   EXPECT_EQ(Targets(), "in between: 1(100 0 0|0 0 0)\nsame: 2(2 0 0|0 0 0)\n");
 }
 
 TEST_F(Morphs, AShapeOfAnotherSizeIsLeftOut) {
   AddMesh({});
-  scene_.AddTarget(scene_.AddChannel("a", blendShape_), {}, {});
-  EXPECT_EQ(scene_.Export(), "WARNING: Irregular morph target point count\n" + kWritten);
+  AddMorph("a", {}, {});
+  EXPECT_EQ(Export(), "WARNING: Irregular morph target point count\n" + kWritten);
   EXPECT_EQ(Targets(), "");
 }
 
 TEST_F(Morphs, OnlySubmeshesThatMoveHaveTargets) {
-  const int64_t node = scene_.AddMesh("m", kQuad, kTwo, {Materials({0, 1})});
-  blendShape_ = scene_.AddBlendShape();
-  scene_.AddMaterial("a", node);
-  scene_.AddMaterial("b", node);
-  scene_.AddTarget(scene_.AddChannel("t", blendShape_), {3}, {0, 0, 1});
-  EXPECT_EQ(scene_.Export(), "MESH: m MATERIAL: 0,1  FILENAME: m.xmf\n");
+  AddMesh({Materials({0, 1})});
+  for (const char* name : {"a", "b"}) scene_.Material(mesh_.node, name);
+  AddMorph("t", {3}, {0, 0, 1});
+  EXPECT_EQ(Export(), "MESH: m MATERIAL: 0,1  FILENAME: m.xmf\n");
   // Materials stand in the reverse order of their names.
-  EXPECT_EQ(TargetsOf(*scene_.Submesh("m", 0)), "t: 2(0 0 1|0 0 0)\n");
-  EXPECT_EQ(TargetsOf(*scene_.Submesh("m", 1)), "");
+  EXPECT_EQ(Targets(0), "t: 2(0 0 1|0 0 0)\n");
+  EXPECT_EQ(Targets(1), "");
 }
 
-TEST(MorphsOfGroups, NamesMetBeforeAreOfferedToTheRest) {
-  MeshScene scene;
-  scene.args.groupMeshes = true;
-  const int64_t group = scene.AddNode("group");
+TEST_F(Morphs, NamesMetBeforeAreOfferedToTheRestOfTheGroup) {
+  const int64_t group = scene_.Node("group");
   const FbxRecords normals{Normals("AllSame", "Direct", {0, 0, 1})};
-  for (const std::string name : {"a", "b"}) {
-    scene.AddMesh(name, kQuad, {{0, 1, 2}}, normals, group);
-    scene.AddTarget(scene.AddChannel("morph " + name, scene.AddBlendShape()), {0}, {1, 0, 0});
+  for (const std::string name : {"a", "b", "plain"}) {
+    blendShape_ = scene_.BlendShape(scene_.Mesh(name, kQuad, kOne, normals, group).mesh);
+    if (name != "plain") AddMorph("morph " + name, {0}, {1, 0, 0});
   }
-  scene.AddMesh("plain", kQuad, {{0, 1, 2}}, normals, group);
-  scene.Export();
-  EXPECT_EQ(TargetsOf(*scene.Submesh("group-a")),
+  Export({"-lg"});
+  EXPECT_EQ(TargetsOf(*Submesh("group-a")),
             "morph a: 0(1 0 0|0 0 0) 1(0 0 0|0 0 0) 2(0 0 0|0 0 0) 3(0 0 0|0 0 0) 4(0 0 0|0 0 0) "
             "5(0 0 0|0 0 0)\n"
             "morph b: 3(1 0 0|0 0 0) 4(0 0 0|0 0 0) 5(0 0 0|0 0 0)\n");
@@ -132,10 +129,8 @@ TEST(MorphsOfGroups, NamesMetBeforeAreOfferedToTheRest) {
 
 TEST_F(Morphs, DiagnosticsShowEachStep) {
   AddMesh({});
-  scene_.AddTarget(scene_.AddChannel("wide", blendShape_), {1}, {10, 0, 0});
-  scene_.args.verbosity = 3;
-  scene_.args.scaleFactor = 2.0F;
-  const std::string out = scene_.Export();
+  AddMorph("wide", {1}, {10, 0, 0});
+  const std::string out = Export({"-vvv", "--scale=2"});
   for (const char* text :
        {"WARNING: ExportMesh::Export m\n", "\nexporting 4 control points for RootNode/m m",
         "\nglobal position:\tT:", "\npose:\tT:",

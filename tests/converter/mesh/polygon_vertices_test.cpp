@@ -1,8 +1,7 @@
 // The attributes of polygon corners under every mapping, and how control points split by them.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <cmath>
 
-#include "tests/converter/mesh/mesh_scene.h"
+#include "tests/converter/mesh/mesh_test.h"
 
 namespace {
 
@@ -10,13 +9,16 @@ using testing::ElementsAre;
 
 const std::vector<double> kXYZ{1, 0, 0, 0, 1, 0, 0, 0, 1};
 
-// Exports the two triangles with these elements and gives the one submesh.
-boost::shared_ptr<CalCoreSubmesh> Export(FbxRecords elements) {
-  MeshScene scene;
-  scene.AddMesh("m", kQuad, kTwo, std::move(elements));
-  EXPECT_EQ(scene.Export(), "MESH: m MATERIAL: 0  FILENAME: m.xmf\n");
-  return scene.Submesh("m");
-}
+class Corners : public MeshTest {
+ protected:
+  // Exports the two triangles with these elements and gives the one submesh.
+  boost::shared_ptr<CalCoreSubmesh> ExportWith(FbxRecords elements) {
+    scene_ = SceneBuilder();
+    scene_.Mesh("m", kQuad, kTwo, std::move(elements));
+    EXPECT_EQ(Export(), kWritten);
+    return Submesh();
+  }
+};
 
 // The axis of each vertex's normal, "0" where there is none.
 std::string NormalsOf(const CalCoreSubmesh& submesh) {
@@ -28,7 +30,7 @@ std::string NormalsOf(const CalCoreSubmesh& submesh) {
   return axes;
 }
 
-TEST(CornerNormals, UnderEveryMapping) {
+TEST_F(Corners, NormalsUnderEveryMapping) {
   const struct {
     const char* what;
     FbxRecords elements;
@@ -55,23 +57,20 @@ TEST(CornerNormals, UnderEveryMapping) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
-    EXPECT_EQ(NormalsOf(*Export(c.elements)), c.axes);
+    EXPECT_EQ(NormalsOf(*ExportWith(c.elements)), c.axes);
   }
 }
 
-TEST(CornerNormals, TurnWithTheNodeButNotWithTheAxes) {
-  MeshScene scene;
-  scene.AddMesh("m", kQuad, kTwo, {Normals("AllSame", "Direct", {1, 0, 0})}, SceneBuilder::kRoot,
-                {P("Lcl Rotation", {0, 0, 90}), P("Lcl Scaling", {1, 5, 1})});
-  scene.args.upAxis = "y";
-  scene.args.frontAxis = "z";
-  scene.Export();
-  const std::vector<float> normal = NormalOf(*scene.Submesh("m"), 0);
+TEST_F(Corners, NormalsTurnWithTheNodeButNotWithTheAxes) {
+  scene_.Mesh("m", kQuad, kTwo, {Normals("AllSame", "Direct", {1, 0, 0})}, SceneBuilder::kRoot,
+              {P("Lcl Rotation", {0, 0, 90}), P("Lcl Scaling", {1, 5, 1})});
+  Export({"--up=y", "--front=z"});
+  const std::vector<float> normal = NormalOf(*Submesh(), 0);
   EXPECT_NEAR(normal[0], 0, 1e-7);
   EXPECT_NEAR(normal[1], 1, 1e-7);
 }
 
-TEST(CornerColors, UnderEveryMapping) {
+TEST_F(Corners, ColorsUnderEveryMapping) {
   const std::vector<double> rgb{1, 0, 0, 1, 0, 1, 0, 1, 0, 0, 1, 0.5};
   constexpr uint32_t kRed = 0xFFFF0000;
   constexpr uint32_t kGreen = 0xFF00FF00;
@@ -103,14 +102,14 @@ TEST(CornerColors, UnderEveryMapping) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
-    EXPECT_EQ(Export(c.elements)->vertexColors(), c.words);
+    EXPECT_EQ(ExportWith(c.elements)->vertexColors(), c.words);
   }
 }
 
-TEST(CornerUVs, FirstSetIsWrittenAllAreCompared) {
+TEST_F(Corners, OfUVsTheFirstSetIsWrittenAndAllAreCompared) {
   const FbxRecord first =
       UVs("a", "ByPolygonVertex", "IndexToDirect", {0, 0.25, 1, 0.75}, {0, 1, 1, 0, 1, -1});
-  const auto submesh = Export({first});
+  const auto submesh = ExportWith({first});
   ASSERT_EQ(submesh->vertices().size(), 4U);
   const auto& uvs = submesh->textureCoordinates();
   EXPECT_EQ(uvs[0].v, 0.75F) << "turned upside down";
@@ -118,25 +117,25 @@ TEST(CornerUVs, FirstSetIsWrittenAllAreCompared) {
   EXPECT_EQ(uvs[3].v, 1.0F) << "a corner without a coordinate has (0, 0)";
 
   const FbxRecord second = UVs("b", "ByPolygon", "Direct", {0, 0, 1, 1});
-  EXPECT_EQ(Export({first, second})->vertices().size(), 6U);
+  EXPECT_EQ(ExportWith({first, second})->vertices().size(), 6U);
   // A set is read by its name, which finds the first.
-  EXPECT_EQ(Export({first, UVs("a", "ByPolygon", "Direct", {0, 0, 1, 1})})->vertices().size(), 4U);
+  EXPECT_EQ(ExportWith({first, UVs("a", "ByPolygon", "Direct", {0, 0, 1, 1})})->vertices().size(),
+            4U);
   // One entry for all is no mapping of UVs.
-  EXPECT_EQ(Export({UVs("a", "AllSame", "Direct", {1, 1})})->textureCoordinates()[0].u, 0.0F);
+  EXPECT_EQ(ExportWith({UVs("a", "AllSame", "Direct", {1, 1})})->textureCoordinates()[0].u, 0.0F);
 }
 
-TEST(Splitting, ACubeWithHardEdges) {
-  MeshScene scene;
+TEST_F(Corners, ACubeWithHardEdges) {
   std::vector<double> points;
   for (int i = 0; i < 8; ++i) {
     for (int axis = 0; axis < 3; ++axis) points.push_back((i >> axis & 1) * 200);
   }
-  scene.AddMesh(
+  scene_.Mesh(
       "m", points,
       {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 1, 5, 4}, {2, 6, 7, 3}, {0, 4, 6, 2}, {1, 3, 7, 5}},
       {Normals("ByPolygon", "Direct", {0, 0, -1, 0, 0, 1, 0, -1, 0, 0, 1, 0, -1, 0, 0, 1, 0, 0})});
-  scene.Export();
-  const auto submesh = scene.Submesh("m");
+  Export();
+  const auto submesh = Submesh();
   ASSERT_EQ(submesh->vertices().size(), 24U);
   // By control point, and on each in the order of the polygons.
   EXPECT_THAT(NormalOf(*submesh, 0), ElementsAre(0, 0, -1));
@@ -147,9 +146,8 @@ TEST(Splitting, ACubeWithHardEdges) {
   EXPECT_EQ(FacesOf(*submesh)[1], (std::vector<int>{0, 9, 3}));
 }
 
-TEST(Splitting, OnePointWithAThousandNormals) {
+TEST_F(Corners, OnePointWithAThousandNormals) {
   // A disc whose corners at the hub all differ, every one of them twice.
-  MeshScene scene;
   constexpr int kCount = 1000;
   std::vector<double> points{0, 0, 0};
   std::vector<std::vector<int32_t>> polygons;
@@ -162,9 +160,9 @@ TEST(Splitting, OnePointWithAThousandNormals) {
       normals.insert(normals.end(), {1.0, i * 0.01, 1.0});
     }
   }
-  scene.AddMesh("m", points, polygons, {Normals("ByPolygon", "Direct", normals)});
-  scene.Export();
-  const auto submesh = scene.Submesh("m");
+  scene_.Mesh("m", points, polygons, {Normals("ByPolygon", "Direct", normals)});
+  Export();
+  const auto submesh = Submesh();
   ASSERT_EQ(submesh->vertices().size(), 3U * kCount);
   for (size_t i = 0; i < kCount; ++i) {
     EXPECT_EQ(FacesOf(*submesh)[2 * i], FacesOf(*submesh)[2 * i + 1]);
@@ -172,15 +170,13 @@ TEST(Splitting, OnePointWithAThousandNormals) {
   }
 }
 
-TEST(MaterialSlots, PolygonsGoByMaterial) {
-  MeshScene scene;
+TEST_F(Corners, PolygonsGoByMaterial) {
   const std::vector<std::vector<int32_t>> polygons{
       {0, 1, 2}, {0, 2, 3}, {1, 2, 3}, {0, 1, 3}, {3, 2, 1}};
-  const int64_t node = scene.AddMesh("m", kQuad, polygons, {Materials({1, 0, 7, -2})});
-  scene.AddMaterial("a[5]", node);
-  scene.AddMaterial("b[2]", node);
-  EXPECT_EQ(scene.Export(), "MESH: m MATERIAL: 2,5  FILENAME: m.xmf\n");
-  const CalCoreMesh mesh = scene.Load("m");
+  const int64_t node = scene_.Mesh("m", kQuad, polygons, {Materials({1, 0, 7, -2})}).node;
+  for (const char* name : {"a[5]", "b[2]"}) scene_.Material(node, name);
+  EXPECT_EQ(Export(), "MESH: m MATERIAL: 2,5  FILENAME: m.xmf\n");
+  const CalCoreMesh mesh = Load("m");
   ASSERT_EQ(mesh.submeshes.size(), 2U);
   EXPECT_EQ(mesh.submeshes[0]->coreMaterialThreadId, 2);
   EXPECT_EQ(mesh.submeshes[0]->faces().size(), 1U);
@@ -188,16 +184,14 @@ TEST(MaterialSlots, PolygonsGoByMaterial) {
   EXPECT_EQ(mesh.submeshes[1]->faces().size(), 4U);
 }
 
-TEST(MaterialSlots, OfTwoSlotsWithOneIdAPlainExportKeepsTheLater) {
+TEST_F(Corners, OfTwoSlotsWithOneIdAPlainExportKeepsTheLater) {
   for (const bool grouped : {false, true}) {
-    MeshScene scene;
-    const int64_t group = scene.AddNode("group");
-    const int64_t node = scene.AddMesh("m", kQuad, kTwo, {Materials({0, 1})}, group);
-    scene.AddMaterial("same", node);
-    scene.AddMaterial("same", node);
-    scene.args.groupMeshes = grouped;
-    scene.Export();
-    const CalCoreMesh mesh = scene.Load(grouped ? "group-m" : "m");
+    scene_ = SceneBuilder();
+    const int64_t group = scene_.Node("group");
+    const int64_t node = scene_.Mesh("m", kQuad, kTwo, {Materials({0, 1})}, group).node;
+    for (int i = 0; i < 2; ++i) scene_.Material(node, "same");
+    Export({grouped ? "-lg" : "-l"});
+    const CalCoreMesh mesh = Load(grouped ? "group-m" : "m");
     ASSERT_EQ(mesh.submeshes.size(), 1U);
     const CalCoreSubmesh& submesh = *mesh.submeshes[0];
     EXPECT_EQ(submesh.faces().size(), grouped ? 2U : 1U);
@@ -209,19 +203,19 @@ TEST(MaterialSlots, OfTwoSlotsWithOneIdAPlainExportKeepsTheLater) {
   }
 }
 
-TEST(HostileMeshes, PolygonsWithMissingPointsAreLeftOut) {
-  MeshScene scene;
-  scene.AddMesh(
+TEST_F(Corners, PolygonsWithMissingPointsAreLeftOut) {
+  const SceneBuilder::MeshIds ids = scene_.Mesh(
       "m", kQuad, {{0, 1, 2}, {0, 1, 4}, {2147483646, 0, 1}, {0, 2, 3}, {1}, {2, 3}},
       {Normals("ByPolygonVertex", "Direct", std::vector<double>(45, 1.0)),
        Normals("ByPolygonVertex", "IndexToDirect", {}, {}),
        UVs("", "ByPolygonVertex", "IndexToDirect", {NAN, 1}, {0, 0, 5, -7}),
        Colors("ByVertice", "IndexToDirect", {NAN, 1, 1, 1e300}, {0, 0, 0, -9}), Materials({})});
-  scene.AddCluster(scene.AddSkin(), scene.AddNode("bone", "LimbNode"), {9, -1}, {1, NAN});
-  EXPECT_EQ(scene.Export(),
+  scene_.Cluster(scene_.Skin(ids.mesh), scene_.Bone("bone"), {9, -1}, {1, NAN});
+  EXPECT_EQ(Export(),
             "WARNING: Mesh m (RootNode/m) names control points that do not exist; polygons left "
-            "out: 2\nMESH: m MATERIAL: 0  FILENAME: m.xmf\n");
-  EXPECT_EQ(scene.Submesh("m")->faces().size(), 2U);
+            "out: 2\n" +
+                kWritten);
+  EXPECT_EQ(Submesh()->faces().size(), 2U);
 }
 
 }  // namespace

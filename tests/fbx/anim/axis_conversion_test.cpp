@@ -1,116 +1,92 @@
-#include <map>
-
 #include <gtest/gtest.h>
 
+#include "fbx/anim/fbx_anim_curve.h"
 #include "fbx/scene/fbx_axis_system.h"
 #include "fbx/scene/fbx_deformer.h"
 #include "fbx/scene/fbx_pose.h"
-#include "tests/fbx/anim/anim_scene.h"
+#include "tests/fbx/anim/curves.h"
 #include "tests/fbx/near.h"
+#include "tests/support/loaded_scene.h"
 
 namespace {
 
-using Attr = KFCurveKeyAttr;
-
 // The global matrices of all nodes but the root, without animation and at several times.
-std::vector<FbxAMatrix> Globals(const AnimScene& a) {
+std::vector<FbxAMatrix> Globals(const LoadedScene& file) {
   std::vector<FbxAMatrix> matrices;
   for (const FbxTime time :
        {FbxTime::Infinite(), Seconds(0), Seconds(0.3), Seconds(1), Seconds(1.7)}) {
-    for (int i = 1; i < a.scene->GetSrcObjectCount<FbxNode>(); ++i) {
-      matrices.push_back(a.scene->GetSrcObject<FbxNode>(i)->EvaluateGlobalTransform(time));
+    for (int i = 1; i < file.scene->GetSrcObjectCount<FbxNode>(); ++i) {
+      matrices.push_back(file.scene->GetSrcObject<FbxNode>(i)->EvaluateGlobalTransform(time));
     }
   }
   return matrices;
 }
 
-// Converts and checks every node's global transform against the conversion matrix times the old.
-void ExpectConverted(AnimScene& a, const FbxAxisSystem& target) {
-  const FbxAMatrix m = target.GetConversionMatrix(a.scene->GetGlobalSettings().GetAxisSystem());
-  const std::vector<FbxAMatrix> before = Globals(a);
-  target.ConvertScene(a.scene);
-  const std::vector<FbxAMatrix> after = Globals(a);
+// Converts from `source` and checks every node's global transform against the conversion matrix
+// times the old.
+void ExpectConverted(const LoadedScene& file, const FbxAxisSystem& source = FbxAxisSystem()) {
+  FbxGlobalSettings& settings = file.scene->GetGlobalSettings();
+  settings.SetAxisSystem(source);
+  const FbxAMatrix m = FbxAxisSystem::Max.GetConversionMatrix(source);
+  const std::vector<FbxAMatrix> before = Globals(file);
+  FbxAxisSystem::Max.ConvertScene(file.scene);
+  const std::vector<FbxAMatrix> after = Globals(file);
   ASSERT_EQ(before.size(), after.size());
   for (size_t i = 0; i < before.size(); ++i) {
     SCOPED_TRACE(i);
     ExpectNear(after[i], m * before[i], 1e-5);
   }
-  EXPECT_EQ(a.scene->GetGlobalSettings().GetAxisSystem(), target);
+  EXPECT_EQ(settings.GetAxisSystem(), FbxAxisSystem::Max);
 }
 
-constexpr FbxDouble3 kT{1, 2, 3}, kR{10, 20, 30};
+const FbxRecord kTranslation = P("Lcl Translation", {1, 2, 3});
+const FbxRecord kRotation = P("Lcl Rotation", {10, 20, 30});
 
 // Top-level nodes of many kinds, each with children of every inherit type, all of it animated.
-void BuildZoo(AnimScene& a, FbxDouble3 scaling) {
-  FbxAnimLayer* layer = a.Stack();
-  FbxAnimLayer* second = a.Layer(a.scene->GetCurrentAnimationStack());
-  second->FindProperty("Weight").Set(50.0);
-  std::vector<FbxNode*> tops = {
-      a.Node("plain", nullptr, {{"Lcl Translation", kT}, {"Lcl Rotation", kR}}),
-      // The rotation space and its limits are there, but not in force.
-      a.Node("inactive", nullptr,
-             {{"Lcl Rotation", kR},
-              {"PreRotation", {5, 6, 7}},
-              {"RotationOrder", {}, eEulerZYX},
-              {"RotationMaxX", {}, 1},
-              {"RotationPivot", {3, 1, 2}}}),
-      a.Node("full", nullptr,
-             {{"Lcl Translation", kT},
-              {"Lcl Rotation", kR},
-              {"RotationOffset", {5, 6, 7}},
-              {"RotationPivot", {1, -2, 3}},
-              {"ScalingOffset", {-4, 5, 6}},
-              {"ScalingPivot", {7, 8, -9}},
-              {"PreRotation", {15, 25, 35}},
-              {"PostRotation", {-5, 45, 65}},
-              {"RotationOrder", {}, eEulerYZX},
-              {"RotationActive", {}, 1},
-              {"RotationMax", {12, 0, 0}},
-              {"RotationMaxX", {}, 1}}),
-      a.Node("limited", nullptr,
-             {{"Lcl Translation", kT},
-              {"TranslationActive", {}, 1},
-              {"TranslationMin", {0, 2.5, 0}},
-              {"TranslationMax", {4, 5, 6}},
-              {"TranslationMinY", {}, 1},
-              {"TranslationMaxX", {}, 1},
-              {"ScalingActive", {}, 1},
-              {"ScalingMax", {1.25, 1.25, 1.25}},
-              {"ScalingMaxX", {}, 1},
-              {"ScalingMaxY", {}, 1},
-              {"ScalingMaxZ", {}, 1},
-              {"InheritType", {}, 2}})};
-  for (FbxNode* top : tops) {
-    top->LclScaling().Set(scaling);
-    FbxNode* parent = top;
-    for (const int type : {0, 1, 2, 2, 0}) {
-      parent = a.Node("child", parent,
-                      {{"Lcl Translation", kT},
-                       {"Lcl Rotation", {40, -50, 60}},
-                       {"Lcl Scaling", scaling},
-                       {"ScalingPivot", {1, 2, 3}},
-                       {"RotationPivot", {4, 5, 6}},
-                       {"InheritType", {}, type}});
+struct Zoo : SceneBuilder {
+  Zoo() {
+    const FbxRecord scaling = P("Lcl Scaling", {2, 3, 4});
+    const std::vector<FbxRecords> kinds = {
+        {kTranslation, kRotation, scaling},
+        // The rotation space and its limits are there, but not in force.
+        {kRotation, scaling, P("PreRotation", {5, 6, 7}), P("RotationOrder", {eEulerZYX}),
+         P("RotationMaxX", {1}), P("RotationPivot", {3, 1, 2})},
+        {kTranslation, kRotation, scaling, P("RotationOffset", {5, 6, 7}),
+         P("RotationPivot", {1, -2, 3}), P("ScalingOffset", {-4, 5, 6}),
+         P("ScalingPivot", {7, 8, -9}), P("PreRotation", {15, 25, 35}),
+         P("PostRotation", {-5, 45, 65}), P("RotationOrder", {eEulerYZX}), P("RotationActive", {1}),
+         P("RotationMax", {12, 0, 0}), P("RotationMaxX", {1})},
+        {kTranslation, scaling, P("TranslationActive", {1}), P("TranslationMin", {0, 2.5, 0}),
+         P("TranslationMax", {4, 5, 6}), P("TranslationMinY", {1}), P("TranslationMaxX", {1}),
+         P("ScalingActive", {1}), P("ScalingMax", {1.25, 1.25, 1.25}), P("ScalingMaxX", {1}),
+         P("ScalingMaxY", {1}), P("ScalingMaxZ", {1}), P("InheritType", {2})}};
+    const Frames seconds = {0, 30, 60};
+    for (const FbxRecords& kind : kinds) {
+      tops.push_back(Node("top", kRoot, kind));
+      int64_t node = tops.back();
+      for (const int type : {0, 1, 2, 2, 0}) {
+        node = Node(
+            "child", node,
+            {kTranslation, P("Lcl Rotation", {40, -50, 60}), scaling, P("ScalingPivot", {1, 2, 3}),
+             P("RotationPivot", {4, 5, 6}), P("InheritType", {type})});
+      }
+      Key(clip.layer, tops.back(), "TX", seconds, {0, 10, -3});
+      Key(clip.layer, tops.back(), "TY", seconds, {4, 1, 2});
+      Drive(second, tops.back(), "Lcl Translation", {"Z"}, seconds, {4, 8, 1});
+      Drive(clip.layer, tops.back(), "Lcl Rotation", {"Y"}, seconds, {0, 90, 120});
+      Drive(clip.layer, node, "Lcl Translation", {"X"}, seconds, {0, 5, 6});
     }
-    a.Drive(layer, top->LclTranslation(), "X", {0, 10, -3});
-    a.Drive(layer, top->LclTranslation(), "Y", {4, 1, 2});
-    a.Drive(second, top->LclTranslation(), "Z", {4, 8, 1});
-    a.Drive(layer, top->LclRotation(), "Y", {0, 90, 120});
-    a.Drive(layer, parent->LclTranslation(), "X", {0, 5, 6});
+    // A node whose rotation space is for its limits alone; it isn't animated.
+    Node("space", kRoot,
+         {P("Lcl Rotation", {30, 5, 0}), P("RotationActive", {1}),
+          P("RotationSpaceForLimitOnly", {1}), P("PreRotation", {-90, 10, 0}),
+          P("RotationOrder", {eEulerZXY}), P("RotationMax", {100, 0, 0}), P("RotationMaxX", {1})});
   }
-}
 
-// A node whose rotation space is for its limits alone; it isn't animated.
-void AddSpaceForLimits(AnimScene& a) {
-  a.Node("space", nullptr,
-         {{"Lcl Rotation", {30, 5, 0}},
-          {"RotationActive", {}, 1},
-          {"RotationSpaceForLimitOnly", {}, 1},
-          {"PreRotation", {-90, 10, 0}},
-          {"RotationOrder", {}, eEulerZXY},
-          {"RotationMax", {100, 0, 0}},
-          {"RotationMaxX", {}, 1}});
-}
+  Clip clip = AddClip("clip", 0, 60);
+  int64_t second = AddLayer(clip, {P("Weight", {50.0})});
+  std::vector<int64_t> tops;
+};
 
 TEST(AxisSystem, ConversionMatrixTakesAxesToAxes) {
   const FbxAMatrix m = FbxAxisSystem::Max.GetConversionMatrix(FbxAxisSystem());
@@ -125,96 +101,100 @@ TEST(AxisSystem, ConversionMatrixTakesAxesToAxes) {
 }
 
 TEST(AxisConversion, EveryGlobalTransformIsMovedByTheMatrix) {
-  const FbxAxisSystem sources[] = {FbxAxisSystem::MayaYUp, FbxAxisSystem({0, 1}, {1, 1}, {2, 1}),
-                                   FbxAxisSystem({1, -1}, {0, 1}, {2, 1}),
-                                   FbxAxisSystem({2, -1}, {1, 1}, {0, 1})};
-  for (const FbxAxisSystem& source : sources) {
-    AnimScene a;
-    a.scene->GetGlobalSettings().SetAxisSystem(source);
-    BuildZoo(a, {2, 3, 4});
-    AddSpaceForLimits(a);
-    a.Add<FbxNode>("hangs nowhere")->LclTranslation().Set(kT);
-    ExpectConverted(a, FbxAxisSystem::Max);
+  for (const FbxAxisSystem& source :
+       {FbxAxisSystem::MayaYUp, FbxAxisSystem({0, 1}, {1, 1}, {2, 1}),
+        FbxAxisSystem({1, -1}, {0, 1}, {2, 1}), FbxAxisSystem({2, -1}, {1, 1}, {0, 1})}) {
+    Zoo zoo;
+    zoo.AddModel("hangs nowhere", "Null", {kTranslation});
+    ExpectConverted(LoadedScene(zoo), source);
   }
 }
 
 TEST(AxisConversion, HandednessIsCarriedByTheSignOfTheScaling) {
   for (const FbxAxisSystem& source : {FbxAxisSystem::DirectX, FbxAxisSystem({0, 1}, {2, 1}, {1, 1}),
                                       FbxAxisSystem({2, 1}, {1, -1}, {0, -1})}) {
-    AnimScene a;
-    a.scene->GetGlobalSettings().SetAxisSystem(source);
-    BuildZoo(a, {2, 3, 4});
-    FbxNode* top = a.scene->GetRootNode()->GetChild(0);
-    FbxAnimStack* stack = a.scene->GetCurrentAnimationStack();
-    for (const char* axis : {"X", "Y", "Z"}) {
-      a.Drive(stack->GetLayer(0), top->LclScaling(), axis, {1, 3, 1});
-    }
+    Zoo zoo;
+    zoo.Drive(zoo.clip.layer, zoo.tops[0], "Lcl Scaling", {"X", "Y", "Z"}, {0, 30, 60}, {1, 3, 1});
     // A factor whose Z is the property's value, used by a node below, too.
-    FbxAnimCurveNode* factor = nullptr;
-    for (const char* axis : {"X", "Y"}) {
-      factor = a.Drive(stack->GetLayer(1), top->LclScaling(), axis, {1, 1, 5});
-    }
-    top->GetChild(0)->LclScaling().ConnectSrcObject(factor);
-    ExpectConverted(a, FbxAxisSystem::Max);
+    const int64_t factor =
+        zoo.Drive(zoo.second, zoo.tops[0], "Lcl Scaling", {"X", "Y"}, {0, 30, 60}, {1, 1, 5});
+    zoo.ConnectProperty(factor, zoo.tops[0] + 1, "Lcl Scaling");
+    ExpectConverted(LoadedScene(zoo), source);
   }
 }
 
 TEST(AxisConversion, CurvesChangePlacesWithTheirTangents) {
-  AnimScene a;
-  FbxNode* node = a.Node("n");
-  FbxAnimLayer* layer = a.Stack();
-  FbxAnimCurve* y = a.Linear({0, 0});
-  const uint32_t user = Attr::kCubic | Attr::kTangentUser;
-  y->curve.SetAttributes({{user, {0x40400000, 0xC0400000, 0, 0}}}, {2});  // slopes 3 and -3
-  FbxAnimCurve* z = a.Linear({1, 2});
-  FbxAnimCurveNode* curves = a.CurveNode(layer, node->LclTranslation());
-  a.Connect(curves, "Y", y);
-  a.Connect(curves, "Z", z);
-  ExpectConverted(a, FbxAxisSystem::Max);
+  SceneBuilder scene;
+  const int64_t n = scene.Node("n");
+  const int64_t layerId = scene.AddClip("clip", 0, 60).layer;
+  const int64_t curves = scene.Drive(layerId, n, "Lcl Translation", {"Y"}, {0, 30}, {0, 0});
+  scene.ConnectProperty(scene.AddAnimationCurve({0, FbxTime::kTicksPerSecond}, {1, 2}), curves,
+                        "d|Z");
+  scene.Object(curves).children.back().Add(P("d|Z", "Number", "", "A", {0.0}));
+  const LoadedScene file(scene);
+  const FbxProperty translation = file.Node("n").LclTranslation();
+  FbxAnimLayer* layer = file.AnimLayer();
+  FbxAnimCurve* y = translation.GetCurve(layer, "Y");
+  FbxAnimCurve* z = translation.GetCurve(layer, "Z");
+  constexpr uint32_t kUser = KFCurveKeyAttr::kCubic | KFCurveKeyAttr::kTangentUser;
+  y->curve.SetAttributes({{kUser, {0x40400000, 0xC0400000, 0, 0}}}, {2});  // slopes 3 and -3
+  ExpectConverted(file);
   // (x, -z, y): the curves themselves moved on, and there is no curve for X.
-  EXPECT_EQ(node->LclTranslation().GetCurve(layer, "Z"), y);
-  EXPECT_EQ(node->LclTranslation().GetCurve(layer, "Y"), z);
-  EXPECT_EQ(node->LclTranslation().GetCurve(layer, "X"), nullptr);
+  EXPECT_EQ(translation.GetCurve(layer, "Z"), y);
+  EXPECT_EQ(translation.GetCurve(layer, "Y"), z);
+  EXPECT_EQ(translation.GetCurve(layer, "X"), nullptr);
   EXPECT_EQ(z->KeyGetValue(1), -2.0F);
   EXPECT_FLOAT_EQ(y->Evaluate(Seconds(0.5)), 0.75F);
 }
 
 TEST(AxisConversion, SharedCurvesAreConvertedOnce) {
-  AnimScene a;
-  FbxAnimLayer* layer = a.Stack();
-  FbxNode* top = a.Node("top");
-  FbxNode* twin = a.Node("twin");
-  FbxNode* child = a.Node("child", top);
+  SceneBuilder scene;
+  const int64_t layerId = scene.AddClip("clip", 0, 60).layer;
+  const int64_t top = scene.Node("top");
   // One curve for all channels; one curve node for two top-level nodes, a child and a scaling.
-  FbxAnimCurve* curve = a.Linear({1, 2, 4});
-  FbxAnimCurveNode* curves = a.CurveNode(layer, top->LclTranslation());
-  for (const char* axis : {"X", "Y", "Z"}) a.Connect(curves, axis, curve);
-  twin->LclTranslation().ConnectSrcObject(curves);
-  child->LclTranslation().ConnectSrcObject(curves);
-  top->LclScaling().ConnectSrcObject(curves);
-  a.CurveNode(layer, top->LclTranslation());  // a second one, which stays second
+  const int64_t curves =
+      scene.Drive(layerId, top, "Lcl Translation", {"X", "Y", "Z"}, {0, 30, 60}, {1, 2, 4});
+  scene.ConnectProperty(curves, scene.Node("twin"), "Lcl Translation");
+  scene.ConnectProperty(curves, scene.Node("child", top), "Lcl Translation");
+  scene.ConnectProperty(curves, top, "Lcl Scaling");
+  scene.Drive(layerId, top, "Lcl Translation", {}, {}, {});  // a second one, which stays second
   // Another curve node with the same curve, on a node that has it to itself.
-  FbxNode* other = a.Node("other");
-  a.Connect(a.CurveNode(layer, other->LclTranslation()), "Z", curve);
-  ExpectConverted(a, FbxAxisSystem::Max);
-  EXPECT_EQ(top->LclTranslation().GetCurveNode(layer), twin->LclTranslation().GetCurveNode(layer));
-  EXPECT_EQ(child->LclTranslation().GetCurveNode(layer), curves);
+  const int64_t other = scene.AddAnimationCurveNode("T", {P("d|Z", "Number", "", "A", {0.0})});
+  scene.Connect(other, layerId);
+  scene.ConnectProperty(other, scene.Node("other"), "Lcl Translation");
+  scene.ConnectProperty(curves + 1, other, "d|Z");
+  const LoadedScene file(scene);
+  const auto curveNode = [&](const char* name) {
+    return file.Node(name).LclTranslation().GetCurveNode(file.AnimLayer());
+  };
+  const FbxAnimCurveNode* before = curveNode("child");
+  ExpectConverted(file);
+  EXPECT_EQ(curveNode("top"), curveNode("twin"));
+  EXPECT_EQ(curveNode("child"), before);
 }
 
 TEST(AxisConversion, PosesAndClustersFollow) {
-  AnimScene a;
-  FbxNode* top = a.Node("top", nullptr, {{"Lcl Translation", kT}, {"Lcl Rotation", kR}});
-  FbxNode* child = a.Node("child", top);
-  auto* pose = a.Add<FbxPose>("bind");
+  SceneBuilder scene;
+  const int64_t top = scene.Node("top", SceneBuilder::kRoot, {kTranslation, kRotation});
+  scene.Node("child", top);
+  const LoadedScene file(scene);
+  FbxManager* manager = file.scene->GetFbxManager();
+  auto* pose = FbxPose::Create(manager, "bind");
+  auto* cluster = FbxCluster::Create(manager, "cluster");
+  for (FbxObject* object : std::vector<FbxObject*>{pose, cluster}) {
+    file.scene->ConnectSrcObject(object);
+  }
   pose->SetIsBindPose(true);
   const FbxAMatrix matrix({1, 2, 3}, {40, 50, 60}, {1, 1, 1});
   for (const bool isLocal : {false, true}) {
-    for (FbxNode* node : {top, child}) pose->Add(node, matrix.ToMatrix(), isLocal);
+    for (const char* name : {"top", "child"}) {
+      pose->Add(&file.Node(name), matrix.ToMatrix(), isLocal);
+    }
   }
-  auto* cluster = a.Add<FbxCluster>("cluster");
   cluster->transformLink = matrix;
   const FbxAMatrix m = FbxAxisSystem::Max.GetConversionMatrix(FbxAxisSystem());
-  FbxAxisSystem::Max.ConvertScene(a.scene);
+  file.scene->GetGlobalSettings().SetAxisSystem(FbxAxisSystem());
+  FbxAxisSystem::Max.ConvertScene(file.scene);
   for (int i = 0; i < 3; ++i) ExpectNear(FbxAMatrix(pose->GetMatrix(i)), m * matrix);
   EXPECT_EQ(pose->GetMatrix(3), matrix.ToMatrix()) << "relative to its parent";
   ExpectNear(cluster->transformLink, m * matrix);
@@ -224,16 +204,17 @@ TEST(AxisConversion, PosesAndClustersFollow) {
 // Every value of its own costs a node memory.
 TEST(AxisConversion, WritesOnlyWhatChanges) {
   for (const FbxAxisSystem& source : {FbxAxisSystem::Max, FbxAxisSystem::MayaYUp}) {
-    AnimScene a;
-    a.scene->GetGlobalSettings().SetAxisSystem(source);
-    FbxNode* node = a.Node("n", nullptr, {{"Lcl Translation", kT}});
-    FbxAxisSystem::Max.ConvertScene(a.scene);
+    SceneBuilder scene;
+    scene.Node("n", SceneBuilder::kRoot, {kTranslation});
+    const LoadedScene file(scene);
+    ExpectConverted(file, source);
+    const FbxNode& node = file.Node("n");
     const bool converts = source == FbxAxisSystem::MayaYUp;
-    EXPECT_EQ(node->FindProperty("PreRotation").Modified(), converts);
-    EXPECT_EQ(node->LclTranslation().Get<FbxDouble3>() == kT, !converts);
+    EXPECT_EQ(node.FindProperty("PreRotation").Modified(), converts);
+    EXPECT_EQ(node.LclTranslation().Get<FbxDouble3>() == FbxDouble3({1, 2, 3}), !converts);
     for (const char* name :
          {"ScalingPivot", "RotationOffset", "RotationOrder", "TranslationMaxX"}) {
-      EXPECT_FALSE(node->FindProperty(name).Modified()) << name;
+      EXPECT_FALSE(node.FindProperty(name).Modified()) << name;
     }
   }
 }

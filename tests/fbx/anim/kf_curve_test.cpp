@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/fbx/anim/anim_scene.h"
+#include "tests/fbx/anim/curves.h"
 
 namespace {
 

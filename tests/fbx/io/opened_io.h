@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "fbx/io/fbx_io.h"
-#include "tests/support/fbx_builder.h"
+#include "tests/support/fbx_records.h"
 
 struct OpenedIO {
   OpenedIO(std::string fileBytes, FbxIO::BinaryType type = FbxIO::eBinary32)

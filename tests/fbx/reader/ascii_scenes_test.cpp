@@ -7,7 +7,7 @@
 
 #include "fbx/anim/fbx_anim_curve.h"
 #include "fbx/scene/fbx_mesh.h"
-#include "tests/fbx/reader/imported.h"
+#include "tests/support/loaded_scene.h"
 
 using testing::ElementsAre;
 
@@ -163,7 +163,7 @@ INSTANTIATE_TEST_SUITE_P(Layouts, AsciiScene,
                          [](const auto& layout) { return layout.param.name; });
 
 TEST_P(AsciiScene, Loads) {
-  const Imported file(LaidOut(GetParam()));
+  const LoadedScene file(LaidOut(GetParam()));
   ASSERT_TRUE(file.isLoaded) << file.Status();
   EXPECT_EQ(file.scene->GetGlobalSettings().GetSystemUnit(), 2.54);
   EXPECT_NE(file.scene->GetTakeInfo("Take 001"), nullptr);

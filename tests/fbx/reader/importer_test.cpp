@@ -6,7 +6,7 @@
 
 #include "fbx/io/fbx_io.h"
 #include "fbx/scene/fbx_global_settings.h"
-#include "tests/fbx/reader/imported.h"
+#include "tests/support/loaded_scene.h"
 
 using testing::ElementsAre;
 
@@ -16,7 +16,7 @@ FbxRecord& Find(FbxRecords& records, const std::string& name) {
   return *std::ranges::find(records, name, &FbxRecord::name);
 }
 
-std::string StatusOf(const std::string& bytes) { return Imported(bytes).Status(); }
+std::string StatusOf(const std::string& bytes) { return LoadedScene(bytes).Status(); }
 
 std::string WithPassword() {
   FbxRecords records = SceneBuilder().Document();
@@ -81,7 +81,7 @@ TEST(Importer, KnowsVersionAndSettingsBeforeTheImport) {
   scene.SetAxes(2, 1, 1, -1, 0, 1).SetTimeMode(11);
   scene.SetGlobal(P("UnitScaleFactor", "double", "Number", "", {2.54}));
   const std::string bytes = scene.Write({.version = 7300});
-  const Imported file(bytes);
+  const LoadedScene file(bytes);
   int major = 0;
   int minor = 0;
   int revision = 0;
@@ -100,7 +100,7 @@ TEST(Importer, FindsSettingsAmongObjects) {
   std::erase_if(records, [](const FbxRecord& r) { return r.name == "GlobalSettings"; });
   settings.values = {int64_t{5}, "GlobalSettings::", ""};
   Find(records, "Objects").Add(settings);
-  const Imported file(WriteFbx(records, {.version = 7000}));
+  const LoadedScene file(WriteFbx(records, {.version = 7000}));
   ASSERT_TRUE(file.isLoaded);
   EXPECT_EQ(file.importer->GetFileGlobalSettings()->GetTimeMode(), 3);
   EXPECT_EQ(file.scene->GetGlobalSettings().GetTimeMode(), 3);
@@ -117,7 +117,7 @@ TEST(Importer, NamesTheDocumentAndFindsItsRoot) {
   objects.Add({"Model", {int64_t{77}, "Model::Thief", "Null"}, {{"X"}}});
   Find(records, "Connections").Add({"C", {"OO", int64_t{78}, int64_t{77}}});
   Find(records, "Definitions").Add({"ObjectType", {"Model"}, {{"Count", {1}}}});
-  const Imported file(WriteFbx(records));
+  const LoadedScene file(WriteFbx(records));
   EXPECT_STREQ(file.scene->GetName(), "Attic");
   EXPECT_THAT(ChildNames(*file.scene->GetRootNode()), ElementsAre("Lamp"));
   EXPECT_THAT(file.Names<FbxNode>(), ElementsAre("RootNode", "Lamp"));
@@ -127,18 +127,18 @@ TEST(Importer, ReadsTakesUnlessToldNotTo) {
   FbxRecords records = SceneBuilder().Document();
   records.push_back(
       {"Takes", {}, {{"Take", {"Run"}, {{"LocalTime", {int64_t{10}, int64_t{20}}}}}}});
-  const Imported file(WriteFbx(records));
+  const LoadedScene file(WriteFbx(records));
   ASSERT_NE(file.scene->GetTakeInfo("Run"), nullptr);
   EXPECT_EQ(file.scene->GetTakeInfo("Run")->localTime.stop.Get(), 20);
-  EXPECT_EQ(Imported(WriteFbx(records), {"Animation"}).scene->GetTakeInfo("Run"), nullptr);
+  EXPECT_EQ(LoadedScene(WriteFbx(records), {"Animation"}).scene->GetTakeInfo("Run"), nullptr);
 }
 
 TEST(Importer, SetsTheGlobalTimeMode) {
-  EXPECT_TRUE(Imported(SceneBuilder().SetTimeMode(14, 12.0)).isLoaded);
+  EXPECT_TRUE(LoadedScene(SceneBuilder().SetTimeMode(14, 12.0)).isLoaded);
   EXPECT_EQ(FbxTime::GetGlobalTimeMode(), FbxTime::eCustom);
   FbxRecords records = SceneBuilder().Document();
   std::erase_if(records, [](const FbxRecord& r) { return r.name == "GlobalSettings"; });
-  EXPECT_TRUE(Imported(WriteFbx(records)).isLoaded);
+  EXPECT_TRUE(LoadedScene(WriteFbx(records)).isLoaded);
   EXPECT_EQ(FbxTime::GetGlobalTimeMode(), FbxTime::eDefaultMode);
 }
 

@@ -6,7 +6,7 @@
 #include "fbx/anim/fbx_anim_stack.h"
 #include "fbx/scene/fbx_material.h"
 #include "fbx/scene/fbx_mesh.h"
-#include "tests/fbx/reader/imported.h"
+#include "tests/support/loaded_scene.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -36,7 +36,7 @@ TEST(ReadConnections, TieObjectsAndPropertiesByTag) {
                                           {"OO"},
                                           {}};
   for (const FbxValues& values : dropped) scene.AddConnection(values);
-  const Imported file(scene);
+  const LoadedScene file(scene);
   const FbxNode& from = file.Node("x");
   const FbxNode& to = file.Node("y");
   const FbxProperty b = to.RootProperty().FindHierarchical("g|b");
@@ -64,7 +64,7 @@ TEST(ReadConnections, RepeatOnlyMaterialsAndLayeredTextures) {
     scene.Connect(texture, layered);
     scene.ConnectProperty(texture, red, "DiffuseColor");
   }
-  const Imported file(scene);
+  const LoadedScene file(scene);
   const FbxNode& n = file.Node("node");
   ASSERT_EQ(n.GetMaterialCount(), 3);
   EXPECT_STREQ(n.GetMaterial(1)->GetName(), "blue");
@@ -93,7 +93,7 @@ TEST(ReadConnections, NodesFormATree) {
   scene.Connect(d, a);
   scene.AddModel("loose");
   for (const bool ascii : {false, true}) {
-    const Imported file(scene, {.ascii = ascii});
+    const LoadedScene file(scene, {.ascii = ascii});
     EXPECT_THAT(ChildNames(*file.scene->GetRootNode()), ElementsAre("a"));
     EXPECT_THAT(ChildNames(file.Node("a")), ElementsAre("b", "e", "d"));
     EXPECT_THAT(ChildNames(file.Node("b")), ElementsAre("c"));
@@ -112,7 +112,7 @@ TEST(ReadConnections, RingsOfTexturesAndPropertiesAreCut) {
   scene.Connect(x, x);
   scene.AddConnection({"PP", node, "p", node, "q"});
   scene.AddConnection({"PP", node, "q", node, "p"});
-  const Imported file(scene);
+  const LoadedScene file(scene);
   EXPECT_EQ(file.Find<FbxLayeredTexture>("x")->GetSrcObjectCount() +
                 file.Find<FbxLayeredTexture>("y")->GetSrcObjectCount(),
             1);
@@ -129,7 +129,7 @@ TEST(ReadConnections, AnimationsHaveAFewOwners) {
     scene.Connect(layer, scene.AddAnimationStack("stack", 0, 1));
     scene.Connect(curves, scene.AddAnimationLayer("other"));
   }
-  const Imported file(scene);
+  const LoadedScene file(scene);
   EXPECT_EQ(file.Find<FbxAnimLayer>("layer")->GetDstObjectCount(), 16 + 1) << "and the scene";
   EXPECT_EQ(file.Find<FbxAnimCurveNode>("T")->GetDstObjectCount(), 16 + 1);
 }
@@ -142,7 +142,7 @@ TEST(ReadConnections, DeepTreesAreCutAtTheLimit) {
   for (size_t i = 0; i < kLevels; ++i) ids.push_back(scene.AddModel(Numbered("n", i)));
   for (size_t i = ids.size() - 1; i > 0; --i) scene.Connect(ids[i], ids[i - 1]);
   scene.Connect(ids[0], SceneBuilder::kRoot);
-  const Imported file(scene);
+  const LoadedScene file(scene);
   EXPECT_EQ(file.scene->GetRootNode()->GetChildCount(true), 10000);
   const FbxNode* last = file.scene->GetSrcObject<FbxNode>(kLevels);
   EXPECT_EQ(last->EvaluateGlobalTransform().GetT()[0], 0.0);

@@ -6,7 +6,7 @@
 #include "fbx/scene/fbx_mesh.h"
 #include "fbx/scene/fbx_pose.h"
 #include "tests/fbx/near.h"
-#include "tests/fbx/reader/imported.h"
+#include "tests/support/loaded_scene.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -37,7 +37,7 @@ TEST(ReadDeformers, ClustersHoldTheirSkinsMatricesInTheWorld) {
                                                         {.version = 7700, .compress = true},
                                                         {.version = 7450, .wideOffsets = true},
                                                         {.bigEndian = true}}) {
-    const Imported file(scene, format);
+    const LoadedScene file(scene, format);
     const auto* m = file.Find<FbxMesh>("mesh");
     ASSERT_EQ(m->GetDeformerCount(FbxDeformer::eSkin), 1);
     EXPECT_EQ(m->GetDeformerCount(FbxDeformer::eBlendShape), 0);
@@ -74,20 +74,18 @@ TEST(ReadDeformers, SkinsOfTheBlendTypeHaveWeights) {
   skin.Add({"SkinningType", {"Blend"}});
   skin.Add({"Indexes", {std::vector<int32_t>{0, 1, 2}}});
   skin.Add({"BlendWeights", {std::vector<double>{0.5, 1}}});
-  const Imported file(scene);
+  const LoadedScene file(scene);
   EXPECT_EQ(file.Find<FbxSkin>("skin")->skinningType, FbxSkin::eBlend);
   EXPECT_THAT(file.Find<FbxSkin>("skin")->blendWeights, ElementsAre(0.5, 1.0, 0.0));
 }
 
-// A quad with one normal for each corner, a blend shape, and a channel for each shape.
+// A quad with a blend shape, and a channel for each shape.
 class ShapeScene : public SceneBuilder {
  public:
-  explicit ShapeScene(FbxRecords meshRecords = {}) {
-    mesh_ = AddMesh("mesh", {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0}, {0, 1, 2, -4},
-                    std::move(meshRecords));
-    blendShape_ = AddObject("Deformer", "Deformer", "shapes", "BlendShape");
-    Connect(blendShape_, mesh_);
-  }
+  explicit ShapeScene(FbxRecords elements = {})
+      : blendShape_(BlendShape(
+            Mesh("mesh", {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0}, {{0, 1, 2, 3}}, std::move(elements))
+                .mesh)) {}
   void AddShape(const char* name, FbxRecords records) {
     const int64_t shape = AddObject("Geometry", "Geometry", name, "Shape", {}, std::move(records));
     const int64_t channel = AddObject("Deformer", "SubDeformer", name, "BlendShapeChannel",
@@ -98,7 +96,6 @@ class ShapeScene : public SceneBuilder {
   }
 
  private:
-  int64_t mesh_;
   int64_t blendShape_;
 };
 
@@ -109,7 +106,7 @@ TEST(ReadDeformers, ShapesAreTheirMeshWithOffsets) {
   scene.AddShape("odd", {{"Indexes", {std::vector<int32_t>{1, 1, -1, 99, 0}}},
                          {"Vertices", {std::vector<double>{1, 0, 0, 1, 0, 0, 7, 7, 7, 7, 7, 7}}}});
   scene.AddShape("none", {{"Vertices", {std::vector<double>{1, 2, 3}}}});
-  const Imported file(scene);
+  const LoadedScene file(scene);
   const auto* mesh = file.Find<FbxMesh>("mesh");
   EXPECT_EQ(mesh->GetShapeCount(), 3);
   const auto* blendShape =
@@ -135,14 +132,12 @@ TEST(ReadDeformers, ShapesTurnTheNormalsOfTheirPoints) {
                             {"Vertices", {std::vector<double>{0, 0, 5}}},
                             {"Normals", {std::vector<double>{1, 0, 0}}}};
   // By polygon, so that the corners of the polygon come apart; and none, so that they are made.
-  const FbxRecords byPolygon = {Element("LayerElementNormal", 101, "", "ByPolygon", "Direct",
-                                        {{"Normals", {std::vector<double>{0, 0, 1}}}}),
-                                Layer(0, {{"LayerElementNormal", 0}})};
+  const FbxRecords byPolygon = {Normals("ByPolygon", "Direct", {0, 0, 1})};
   for (const FbxRecords& normals : {byPolygon, FbxRecords{}}) {
     ShapeScene scene(normals);
     scene.AddShape("one", shape);
     scene.AddShape("none", {{"Normals", {std::vector<double>{1, 0, 0}}}});
-    const Imported file(scene);
+    const LoadedScene file(scene);
     EXPECT_EQ(file.Find<FbxShape>("none")->GetElementNormal(), nullptr);
     EXPECT_EQ(file.Find<FbxMesh>("mesh")->GetElementNormalCount(), 1);
     const FbxLayerElementNormal* element = file.Find<FbxShape>("one")->GetElementNormal();
@@ -176,7 +171,7 @@ TEST(ReadPoses, HoldTheNodesThatExist) {
   pose("cut", "BindPose", 1, {node(a, 6), node(b, 7)});
   pose("negative", "BindPose", -3, {node(a, 6), node(b, 7)});
   pose("rest", "RestPose", 1, {node(b, 8)});
-  const Imported file(scene);
+  const LoadedScene file(scene);
   const auto* bind = file.Find<FbxPose>("bind");
   ASSERT_EQ(bind->GetCount(), 4);
   EXPECT_EQ(bind->TypeLetter(), 'b');

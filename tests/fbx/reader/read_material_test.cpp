@@ -6,7 +6,7 @@
 
 #include "fbx/reader/media_folder.h"
 #include "fbx/scene/fbx_material.h"
-#include "tests/fbx/reader/imported.h"
+#include "tests/support/loaded_scene.h"
 #include "tests/support/temp_dir.h"
 
 using testing::ElementsAre;
@@ -36,7 +36,7 @@ TEST(ReadMaterials, MakeTheClassOfTheirShading) {
       FbxRecords records = {{"MultiLayer", {multiLayer}}};
       if (c.field != nullptr) records.push_back({"ShadingModel", {c.field}});
       scene.AddObject("Material", "Material", "m", c.subclass, {}, records);
-      const Imported file(scene);
+      const LoadedScene file(scene);
       const auto* material = file.Find<FbxSurfaceMaterial>("m");
       EXPECT_STREQ(material->GetClassId().GetName(), c.expectedClass);
       EXPECT_EQ(material->GetShadingModel(), c.expectedModel);
@@ -60,7 +60,7 @@ TEST(ReadMaterials, OldVersionsMoveTheirProperties) {
   material("old lambert", 101, "Lambert");
   material("new", 102, "Phong");
   material("other", 100, "Toon");
-  const Imported file(scene);
+  const LoadedScene file(scene);
   struct Case {
     const char* property;
     // By material; empty where there is no such property.
@@ -95,7 +95,7 @@ TEST(ReadTextures, HoldTheirNamesAndOldFields) {
   scene.Object(id).Add({"ModelUVScaling", {2.0, 3.0}});
   const int64_t renamed = scene.AddTexture("object name", "x.png");
   scene.Object(renamed).children[2].values = {"Texture::field name"};
-  const Imported file(scene);
+  const LoadedScene file(scene);
   const auto* skin = file.Find<FbxFileTexture>("skin");
   EXPECT_STREQ(skin->GetFileName(), "C:\\art\\skin.png");
   EXPECT_STREQ(skin->GetRelativeFileName(), "C:\\art\\skin.png");
@@ -116,7 +116,7 @@ TEST(ReadTextures, LayersKeepModesAndAlphasInTheirRange) {
   const int64_t values = layered("values", {{"BlendModes", {4}}, {"Alphas", {0.5, 0.25}}});
   for (const char* name : {"a", "b"}) scene.Connect(scene.AddTexture(name, "t"), values);
   for (const bool ascii : {false, true}) {
-    const Imported file(scene, {.ascii = ascii});
+    const LoadedScene file(scene, {.ascii = ascii});
     const auto input = [](int mode, double alpha) {
       using I = FbxLayeredTexture::Input;
       return testing::AllOf(testing::Field(&I::blendMode, mode), testing::Field(&I::alpha, alpha));

@@ -5,13 +5,22 @@
 #include <gtest/gtest.h>
 
 #include "fbx/scene/fbx_mesh.h"
-#include "tests/fbx/reader/imported.h"
+#include "tests/support/loaded_scene.h"
 
 using testing::ElementsAre;
 
 namespace {
 
 constexpr const char* kByCorner = "ByPolygonVertex";
+
+// The record of a layer that names elements by type and number.
+FbxRecord Layer(int number, const std::vector<std::pair<std::string, int>>& elements) {
+  FbxRecord layer("Layer", {number}, {{"Version", {100}}});
+  for (const auto& [type, index] : elements) {
+    layer.Add({"LayerElement", {}, {{"Type", {type}}, {"TypedIndex", {index}}}});
+  }
+  return layer;
+}
 
 SceneBuilder WithMesh(FbxRecords records, std::vector<int32_t> polygons = {0, 1, -3, 0, 2, 1, -4}) {
   SceneBuilder scene;
@@ -29,7 +38,7 @@ TEST(ReadMesh, CutsIndicesIntoPolygons) {
       {{5, std::numeric_limits<int>::min()}, {{5, 0x7FFFFFFE}}},
       {{}, {}}};
   for (const auto& [indices, expected] : cases) {
-    const Imported file(WithMesh({}, indices));
+    const LoadedScene file(WithMesh({}, indices));
     const auto* mesh = file.Find<FbxMesh>("mesh");
     Polygons polygons(static_cast<size_t>(mesh->GetPolygonCount()));
     int start = 0;
@@ -49,7 +58,7 @@ TEST(ReadMesh, TakesPointsByThrees) {
   scene.AddMesh("rest", {1, 2, 3, 4, 5, 6, 7, 8}, {});
   scene.AddMesh("few", {1, 2}, {});
   scene.AddObject("Geometry", "Geometry", "none", "Mesh");
-  const Imported file(scene);
+  const LoadedScene file(scene);
   EXPECT_THAT(file.Find<FbxMesh>("rest")->ControlPoints(),
               ElementsAre(FbxVector4(1, 2, 3, 0), FbxVector4(4, 5, 6, 0)));
   for (const char* name : {"few", "none"}) {
@@ -61,17 +70,15 @@ TEST(ReadMesh, ReadsElementsByTheirVersions) {
   using Doubles = std::vector<double>;
   const FbxRecords data = {{"Normals", {Doubles{0, 0, 1, 0, 1, 0, 1, 0}}},
                            {"NormalsW", {Doubles{5, 6, 7}}}};
-  const FbxRecords materials = {{"Materials", {std::vector<int32_t>{2}}}};
-  const Imported file(WithMesh({
-      Element("LayerElementNormal", 101, "Class::plain", "ByVertice", "Direct", data),
-      Element("LayerElementNormal", 102, "weighted", "ByPolygon", "Index", data),
-      Element("LayerElementNormal", 100, "unread", "something", "else", data),
-      Element("LayerElementUV", 101, "map1", "ByEdge", "IndexToDirect",
-              {{"UV", {Doubles{0.5, 1, 2}}}, {"UVIndex", {std::vector<int32_t>{0, -1}}}}),
-      Element("LayerElementColor", 101, "", kByCorner, "Direct",
-              {{"Colors", {Doubles{1, 2, 3, 4, 5}}}, {"ColorIndex", {std::vector<int32_t>{3}}}}),
-      Element("LayerElementMaterial", 101, "", "AllSame", "IndexToDirect", materials),
-      Element("LayerElementMaterial", 101, "", "AllSame", "Direct", materials),
+  const LoadedScene file(WithMesh({
+      Element("LayerElementNormal", "ByVertice", "Direct", data, "Class::plain"),
+      Element("LayerElementNormal", "ByPolygon", "Index", data, "weighted", 102),
+      Element("LayerElementNormal", "something", "else", data, "unread", 100),
+      UVs("map1", "ByEdge", "IndexToDirect", {0.5, 1, 2}, {0, -1}),
+      Colors(kByCorner, "Direct", {1, 2, 3, 4, 5}, {3}),
+      Materials({2}),
+      Element("LayerElementMaterial", "AllSame", "Direct",
+              {{"Materials", {std::vector<int32_t>{2}}}}),
       Layer(0, {{"LayerElementNormal", 0},
                 {"LayerElementUV", 0},
                 {"LayerElementColor", 0},
@@ -107,9 +114,9 @@ TEST(ReadMesh, ReadsElementsByTheirVersions) {
 
 TEST(ReadMesh, PutsElementsIntoTheLayersThatNameThem) {
   const auto uv = [](const char* field, const char* name) {
-    return Element(field, 101, name, kByCorner, "Direct", {{"UV", {std::vector<double>{1, 2}}}});
+    return Element(field, kByCorner, "Direct", {{"UV", {std::vector<double>{1, 2}}}}, name);
   };
-  const Imported file(WithMesh({
+  const LoadedScene file(WithMesh({
       uv("LayerElementUV", "a"),
       uv("LayerElementUV", "b"),
       uv("LayerElementUV", "unnamed by layers"),
@@ -155,9 +162,8 @@ TEST(ReadMesh, FindsWhatACornerHas) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(std::string(c.mapping) + " " + c.reference);
-    const Imported file(WithMesh({Element("LayerElementNormal", 101, "", c.mapping, c.reference,
-                                          {{"Normals", {c.normals}}, {"NormalsIndex", {c.index}}}),
-                                  Layer(0, {{"LayerElementNormal", 0}})}));
+    const LoadedScene file(WithMesh({Normals(c.mapping, c.reference, c.normals, c.index),
+                                     Layer(0, {{"LayerElementNormal", 0}})}));
     const auto* mesh = file.Find<FbxMesh>("mesh");
     size_t at = 0;
     for (int p = 0; p < 2; ++p) {
@@ -175,10 +181,9 @@ TEST(ReadMesh, FindsWhatACornerHas) {
 }
 
 TEST(ReadMesh, TellsCornersWithoutUV) {
-  const Imported file(WithMesh({Element("LayerElementUV", 101, "map1", kByCorner, "IndexToDirect",
-                                        {{"UV", {std::vector<double>{1, 2, 3, 4}}},
-                                         {"UVIndex", {std::vector<int32_t>{1, -1, 9}}}}),
-                                Layer(0, {{"LayerElementUV", 0}})}));
+  const LoadedScene file(
+      WithMesh({UVs("map1", kByCorner, "IndexToDirect", {1, 2, 3, 4}, {1, -1, 9}),
+                Layer(0, {{"LayerElementUV", 0}})}));
   const auto* mesh = file.Find<FbxMesh>("mesh");
   FbxVector2 uv(-1, -1);
   for (int corner = 0; corner < 3; ++corner) {

@@ -8,7 +8,7 @@
 #include "fbx/scene/fbx_mesh.h"
 #include "fbx/scene/fbx_node_attribute.h"
 #include "fbx/scene/fbx_pose.h"
-#include "tests/fbx/reader/imported.h"
+#include "tests/support/loaded_scene.h"
 
 using testing::ElementsAre;
 
@@ -24,7 +24,7 @@ TEST(ReadObjects, TakesTypesInTheirOrderAndRecordsInTheFiles) {
     for (const char* name : {"b", "a"})
       scene.AddObject(type, type, type + std::string(name), subclass);
   }
-  std::vector<std::string> names = Imported(scene).Names<FbxObject>();
+  std::vector<std::string> names = LoadedScene(scene).Names<FbxObject>();
   names.erase(names.begin(), names.begin() + 2);  // the root node and the settings
   EXPECT_THAT(names,
               ElementsAre("NodeAttributeb", "NodeAttributea", "Modelb", "Modela", "Materialb",
@@ -64,7 +64,7 @@ TEST(ReadObjects, MakesTheClassOfTypeAndSubclass) {
     scene.AddObject(cases[i].type, cases[i].type, std::to_string(i), cases[i].subclass);
   }
   for (const bool ascii : {false, true}) {
-    const Imported file(scene, {.ascii = ascii});
+    const LoadedScene file(scene, {.ascii = ascii});
     for (size_t i = 0; i < cases.size(); ++i) {
       SCOPED_TRACE(std::string(cases[i].type) + " " + cases[i].subclass);
       const auto* object = file.Find<FbxObject>(std::to_string(i));
@@ -74,7 +74,7 @@ TEST(ReadObjects, MakesTheClassOfTypeAndSubclass) {
       }
     }
   }
-  EXPECT_TRUE(Imported(scene.Write(), {"Shape"}).Names<FbxShape>().empty());
+  EXPECT_TRUE(LoadedScene(scene.Write(), {"Shape"}).Names<FbxShape>().empty());
 }
 
 TEST(ReadObjects, PassesOverWhatHasNoBlockOrAKnownId) {
@@ -94,7 +94,7 @@ TEST(ReadObjects, PassesOverWhatHasNoBlockOrAKnownId) {
     if (record.name == "Definitions") record.Add({"ObjectType", {"Model"}});
   }
   for (const bool ascii : {false, true}) {
-    const Imported file(WriteFbx(records, {.ascii = ascii}));
+    const LoadedScene file(WriteFbx(records, {.ascii = ascii}));
     EXPECT_TRUE(file.isLoaded);
     EXPECT_THAT(file.Names<FbxNode>(),
                 ElementsAre("RootNode", "first", "nameless::id", "kindless"));
@@ -131,7 +131,7 @@ TEST(ReadObjects, ReadsOldFieldsOfBones) {
   const FbxRecord old("Properties", {}, {{"Size", {12.5}}, {"Color", {0.1, 0.2, 0.3}}});
   scene.AddNodeAttribute("limb", "Limb", {}, {{"LimbLength", {2.0}}, old});
   scene.AddNodeAttribute("root", "Root", {P("Size", {7})}, {old});
-  const Imported file(scene);
+  const LoadedScene file(scene);
   const auto* limb = file.Find<FbxSkeleton>("limb");
   EXPECT_EQ(limb->FindProperty("Size").Get<double>(), 12.5);
   EXPECT_EQ(limb->FindProperty("Color").Get<FbxDouble3>(), (FbxDouble3{0.1, 0.2, 0.3}));
@@ -174,7 +174,7 @@ TEST(ReadCurves, ReadsKeysAttributesAndExtrapolation) {
                     {"KeyAttrDataFloat", {std::vector<double>{0.5, 2, 0, 0}}},
                     {"KeyAttrRefCount", {Ints{1}}}});
   for (const bool ascii : {false, true}) {
-    const Imported file(scene, {.ascii = ascii});
+    const LoadedScene file(scene, {.ascii = ascii});
     const auto keys = [&](const char* name) { return file.Find<FbxAnimCurve>(name)->curve; };
     const KFCurve floats = keys("floats");
     ASSERT_EQ(floats.KeyGetCount(), 3);

@@ -4,7 +4,7 @@
 
 #include "fbx/scene/fbx_deformer.h"
 #include "fbx/scene/fbx_mesh.h"
-#include "tests/fbx/reader/imported.h"
+#include "tests/support/loaded_scene.h"
 
 using testing::ElementsAre;
 
@@ -50,7 +50,7 @@ TEST(ReadProperties, ResolvesAndReadsEveryType) {
     properties.push_back({"P", {Numbered("p", i), c.type, c.subType, "", c.value}});
   }
   for (const bool ascii : {false, true}) {
-    const Imported file(WithNode(properties), {.ascii = ascii});
+    const LoadedScene file(WithNode(properties), {.ascii = ascii});
     const FbxNode& node = file.Node("Node");
     for (size_t i = 0; i < cases.size(); ++i) {
       SCOPED_TRACE(i);
@@ -63,9 +63,9 @@ TEST(ReadProperties, ResolvesAndReadsEveryType) {
 }
 
 TEST(ReadProperties, KeepsTheTypesOfKnownProperties) {
-  const Imported file(WithNode({P("Lcl Scaling", "Vector", "", "A", {2, 3, 4}),
-                                P("RotationOrder", "double", "Number", "", {2.0}),
-                                P("InheritType", "KString", "", "", {"text"})}));
+  const LoadedScene file(WithNode({P("Lcl Scaling", "Vector", "", "A", {2, 3, 4}),
+                                   P("RotationOrder", "double", "Number", "", {2.0}),
+                                   P("InheritType", "KString", "", "", {"text"})}));
   const FbxNode& node = file.Node("Node");
   EXPECT_EQ(node.LclScaling().Get<FbxDouble3>(), (FbxDouble3{2, 3, 4}));
   EXPECT_EQ(node.FindProperty("RotationOrder").Get<int>(), 2);
@@ -86,7 +86,7 @@ TEST(ReadProperties, ReadsFlagLetters) {
   }
   // A flag of the class goes when its letter isn't there; what is created bears one of its own.
   properties.push_back(P("Lcl Translation", "Lcl Translation", "", "", {1, 2, 3}));
-  const Imported file(WithNode(properties));
+  const LoadedScene file(WithNode(properties));
   for (size_t i = 0; i < cases.size(); ++i) {
     EXPECT_EQ(file.Node("Node").FindProperty(Numbered("p", i)).GetFlags(),
               cases[i].second | kImported)
@@ -96,10 +96,10 @@ TEST(ReadProperties, ReadsFlagLetters) {
 }
 
 TEST(ReadProperties, ReadsLimitsAndItemsOfUserProperties) {
-  const Imported file(WithNode({P("number", "double", "Number", "A+U", {3.0, -1.0, 10.0}),
-                                P("half", "int", "Integer", "U", {3, 1}),
-                                P("plain", "double", "Number", "A", {3.0, -1.0, 10.0}),
-                                P("choice", "enum", "", "U", {1, "red~green~~blue"})}));
+  const LoadedScene file(WithNode({P("number", "double", "Number", "A+U", {3.0, -1.0, 10.0}),
+                                   P("half", "int", "Integer", "U", {3, 1}),
+                                   P("plain", "double", "Number", "A", {3.0, -1.0, 10.0}),
+                                   P("choice", "enum", "", "U", {1, "red~green~~blue"})}));
   const FbxNode& node = file.Node("Node");
   const FbxProperty number = node.FindProperty("number");
   EXPECT_EQ(number.GetMinLimit(), -1.0);
@@ -115,7 +115,7 @@ TEST(ReadProperties, ReadsLimitsAndItemsOfUserProperties) {
 }
 
 TEST(ReadProperties, BuildsTreesOfNames) {
-  const Imported file(WithNode(
+  const LoadedScene file(WithNode(
       {P("Group", "Compound", "", "", {}), P("Group|x", "double", "Number", "", {1.0}),
        P("Group|x|deep", "int", "Integer", "", {2}), P("Nowhere|x", "double", "Number", "", {1.0}),
        P("Group|x", "double", "Number", "", {3.0})}));
@@ -138,7 +138,7 @@ TEST(Templates, GiveTheirClassAndNoOtherTheirValues) {
   scene.AddModel("plain");
   scene.AddModel("own", "Null", {P("Lcl Scaling", {3, 3, 3}), P("Team", "KString", "", "", {"x"})});
   scene.AddMesh("mesh", {}, {});
-  const Imported file(scene);
+  const LoadedScene file(scene);
   const FbxNode& plain = file.Node("plain");
   const FbxNode& own = file.Node("own");
   EXPECT_EQ(plain.LclScaling().Get<FbxDouble3>(), (FbxDouble3{2, 2, 2}));

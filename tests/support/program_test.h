@@ -8,8 +8,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/clip_scene.h"
 #include "tests/support/run_program.h"
+#include "tests/support/scene_builder.h"
 #include "tests/support/temp_dir.h"
 
 using Words = std::vector<std::string>;
@@ -37,11 +37,11 @@ class ProgramTest : public testing::Test {
 class SceneTest : public ProgramTest {
  protected:
   std::string Run(const Words& arguments, int expectedStatus = 0) {
-    dir_.Write("s.fbx", scene_.builder.Write());
+    dir_.Write("s.fbx", scene_.Write());
     std::string out = ProgramTest::Run(arguments, expectedStatus);
     EXPECT_EQ(run_.err.empty(), expectedStatus != 2) << run_.err;  // only an abnormal end writes
     return out;
   }
 
-  ClipScene scene_;
+  SceneBuilder scene_;
 };

@@ -1,295 +1,64 @@
-#include "tests/support/fbx_builder.h"
-
-#include <array>
-#include <bit>
-#include <charconv>
-#include <cstring>
-#include <type_traits>
-
-#include <gtest/gtest.h>
-#include <zlib.h>
+#include "tests/support/scene_builder.h"
 
 namespace {
 
-constexpr std::array<unsigned char, 16> kFooterId = {
-    0xFA, 0xBC, 0xAB, 0x09, 0xD0, 0xC8, 0xD4, 0x66, 0xB1, 0x76, 0xFB, 0x83, 0x1C, 0xF7, 0x26, 0x7E};
-constexpr std::array<unsigned char, 16> kExtensionCode = {
-    0xF8, 0x5A, 0x8C, 0x6A, 0xDE, 0xF5, 0xD9, 0x7E, 0xEC, 0xE9, 0x0C, 0xE3, 0x75, 0x8F, 0x29, 0x0B};
-
-// The letter of each alternative of FbxValue, and of an array's elements.
-constexpr std::string_view kLetters = "CCZYILFDSRdfilbch";
-
-std::string Deflate(const std::string& bytes) {
-  uLongf size = compressBound(static_cast<uLong>(bytes.size()));
-  std::string out(size, '\0');
-  if (compress2(reinterpret_cast<Bytef*>(out.data()), &size,
-                reinterpret_cast<const Bytef*>(bytes.data()), static_cast<uLong>(bytes.size()),
-                6) != Z_OK) {
-    ADD_FAILURE() << "can't compress";
-  }
-  out.resize(size);
-  return out;
-}
-
-// "Class::Name" as Name, NUL, 1, Class.
-std::string PackName(const std::string& text) {
-  const size_t colons = text.find("::");
-  if (colons == std::string::npos) return text;
-  return text.substr(colons + 2) + std::string("\0\1", 2) + text.substr(0, colons);
-}
-
-class BinaryWriter {
- public:
-  BinaryWriter(const FbxFormat& format, size_t start)
-      : format_(format),
-        start_(start),
-        width_(format.version >= 7500 || format.wideOffsets ? 8 : 4) {}
-
-  std::string Take() { return std::move(out_); }
-
-  template <class T>
-  void Number(T value) {
-    std::array<char, sizeof(T)> bytes;
-    std::memcpy(bytes.data(), &value, sizeof(T));
-    const bool hostIsBig = std::endian::native == std::endian::big;
-    if (format_.bigEndian != hostIsBig) {
-      out_.append(bytes.rbegin(), bytes.rend());
-    } else {
-      out_.append(bytes.begin(), bytes.end());
-    }
-  }
-
-  void Records(const FbxRecords& records) {
-    for (const FbxRecord& record : records) Record(record);
-  }
-
-  void NullRecord() { out_.append(3 * width_ + 1, '\0'); }
-
- private:
-  void Record(const FbxRecord& record) {
-    const size_t header = out_.size();
-    out_.append(3 * width_, '\0');
-    out_ += static_cast<char>(record.name.size());
-    out_ += record.name;
-    const size_t values = out_.size();
-    for (const FbxValue& value : record.values) Value(value);
-    const size_t valueBytes = out_.size() - values;
-    if (record.block || !record.children.empty()) {
-      Records(record.children);
-      NullRecord();
-    }
-    Patch(header, start_ + out_.size());
-    Patch(header + width_, record.values.size());
-    Patch(header + 2 * width_, valueBytes);
-  }
-
-  void Patch(size_t position, uint64_t word) {
-    for (size_t i = 0; i < width_; ++i) {
-      const size_t shift = 8 * (format_.bigEndian ? width_ - 1 - i : i);
-      out_[position + i] = static_cast<char>(word >> shift & 0xFF);
-    }
-  }
-
-  void Value(const FbxValue& value) {
-    out_ += kLetters[value.index()];
-    std::visit([this](const auto& held) { Payload(held); }, value);
-  }
-
-  template <class T>
-  void Payload(const T& value) {
-    if constexpr (std::is_same_v<T, std::string>) {
-      Bytes(PackName(value));
-    } else if constexpr (std::is_same_v<T, FbxRaw>) {
-      Bytes(value.bytes);
-    } else if constexpr (std::is_arithmetic_v<T>) {
-      Number(value);
-    } else {
-      Array(value);
-    }
-  }
-
-  void Bytes(const std::string& bytes) {
-    Number(static_cast<uint32_t>(bytes.size()));
-    out_ += bytes;
-  }
-
-  template <class T>
-  void Array(const std::vector<T>& elements) {
-    BinaryWriter data(format_, 0);
-    for (const T element : elements) data.Number(element);
-    const std::string stored = format_.compress ? Deflate(data.out_) : data.out_;
-    Number(static_cast<uint32_t>(elements.size()));
-    Number(static_cast<uint32_t>(format_.compress ? 1 : 0));
-    Number(static_cast<uint32_t>(stored.size()));
-    out_ += stored;
-  }
-
-  const FbxFormat& format_;
-  size_t start_;
-  size_t width_;
-  std::string out_;
-};
-
-class AsciiWriter {
- public:
-  std::string Take() { return std::move(out_); }
-  void Append(const std::string& text) { out_ += text; }
-
-  void Records(const FbxRecords& records, int depth) {
-    for (const FbxRecord& record : records) Record(record, depth);
-  }
-
- private:
-  void Record(const FbxRecord& record, int depth) {
-    Indent(depth);
-    out_ += record.name + ":";
-    const bool isBits = record.name == "KeyAttrDataFloat";
-    for (size_t i = 0; i < record.values.size(); ++i) {
-      out_ += i == 0 ? " " : ", ";
-      std::visit([&](const auto& value) { Value(value, depth, isBits); }, record.values[i]);
-    }
-    if (record.block || !record.children.empty()) {
-      out_ += " {\n";
-      Records(record.children, depth + 1);
-      Indent(depth);
-      out_ += "}";
-    }
-    out_ += "\n";
-  }
-
-  template <class T>
-  void Value(const T& value, int depth, bool isBits) {
-    if constexpr (std::is_same_v<T, std::string>) {
-      Quoted(value);
-    } else if constexpr (std::is_same_v<T, FbxRaw>) {
-      Quoted(Base64(value.bytes));
-    } else if constexpr (std::is_arithmetic_v<T>) {
-      Scalar(value);
-    } else {
-      Array(value, depth, isBits);
-    }
-  }
-
-  template <class T>
-  void Scalar(T value) {
-    if constexpr (std::is_same_v<T, bool>) {
-      out_ += value ? '1' : '0';
-    } else if constexpr (std::is_same_v<T, char>) {
-      out_ += value;
-    } else {
-      std::array<char, 64> digits;
-      const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
-      out_.append(digits.data(), end);
-    }
-  }
-
-  // Long lists run over several lines.
-  template <class T>
-  void Array(const std::vector<T>& elements, int depth, bool isBits) {
-    out_ += "*" + std::to_string(elements.size()) + " {\n";
-    Indent(depth + 1);
-    out_ += "a: ";
-    size_t lineStart = out_.size();
-    for (size_t i = 0; i < elements.size(); ++i) {
-      if (i > 0) out_ += ',';
-      if (out_.size() - lineStart > 2000) {
-        out_ += '\n';
-        Indent(depth + 1);
-        lineStart = out_.size();
-      }
-      const T element = elements[i];
-      if constexpr (std::is_same_v<T, float>) {
-        // Interpolation data are bit patterns in text, so that they survive it.
-        if (isBits) {
-          Scalar(std::bit_cast<int32_t>(element));
-          continue;
-        }
-      }
-      Scalar(element);
-    }
-    out_ += "\n";
-    Indent(depth);
-    out_ += "}";
-  }
-
-  void Quoted(const std::string& text) {
-    out_ += '"';
-    for (const char character : text) {
-      if (character == '"') {
-        out_ += "&quot;";
-      } else if (character == '\n') {
-        out_ += "&lf;";
-      } else if (character == '\r') {
-        out_ += "&cr;";
-      } else {
-        out_ += character;
-      }
-    }
-    out_ += '"';
-  }
-
-  static std::string Base64(const std::string& bytes) {
-    constexpr std::string_view kDigits =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    for (size_t i = 0; i < bytes.size(); i += 3) {
-      unsigned group = 0;
-      for (size_t k = 0; k < 3; ++k) {
-        group = group << 8 | (i + k < bytes.size() ? static_cast<unsigned char>(bytes[i + k]) : 0U);
-      }
-      for (size_t k = 0; k < 4; ++k) {
-        text += i + k > bytes.size() ? '=' : kDigits[group >> (18 - 6 * k) & 63];
-      }
-    }
-    return text;
-  }
-
-  void Indent(int depth) { out_.append(static_cast<size_t>(depth), '\t'); }
-
-  std::string out_;
-};
+const std::vector<double> kIdentity = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 
 FbxRecord Properties70(FbxRecords properties) {
   return {"Properties70", {}, std::move(properties)};
 }
 
-}  // namespace
-
-std::string WriteFbxRecords(const FbxRecords& records, const FbxFormat& format, size_t start) {
-  BinaryWriter writer(format, start);
-  writer.Records(records);
-  return writer.Take();
+// An element whose data field and its index are called `field` and `indexField`.
+FbxRecord Indexed(const std::string& type, const std::string& name, const std::string& mapping,
+                  const std::string& reference, const std::string& field,
+                  std::vector<double> values, const std::string& indexField,
+                  std::vector<int32_t> index) {
+  FbxRecord element = Element(type, mapping, reference, {{field, {std::move(values)}}}, name);
+  if (!index.empty()) element.Add({indexField, {std::move(index)}});
+  return element;
 }
 
-std::string WriteFbx(const FbxRecords& records, const FbxFormat& format) {
-  if (format.ascii) {
-    AsciiWriter writer;
-    writer.Append("; FBX " + std::to_string(format.version / 1000) + "." +
-                  std::to_string(format.version / 100 % 10) + "." +
-                  std::to_string(format.version % 100) + " project file\n; Test scene\n\n");
-    writer.Records(records, 0);
-    return writer.Take();
-  }
+std::vector<int64_t> ToTicks(const SceneBuilder::Frames& frames) {
+  std::vector<int64_t> times;
+  for (const double frame : frames) times.push_back(SceneBuilder::Ticks(frame));
+  return times;
+}
 
-  BinaryWriter head(format, 0);
-  head.Number(static_cast<uint32_t>(format.version));
-  std::string out = std::string("Kaydara FBX Binary  \0\x1A", 22) +
-                    (format.bigEndian ? '\1' : '\0') + head.Take();
-  BinaryWriter body(format, out.size());
-  body.Records(records);
-  body.NullRecord();
-  out += body.Take();
-  if (!format.footer) return out;
+}  // namespace
 
-  out.append(kFooterId.begin(), kFooterId.end());
-  out.append(16 - out.size() % 16, '\0');
-  BinaryWriter tail(format, 0);
-  tail.Number(uint32_t{0});
-  tail.Number(static_cast<uint32_t>(format.version));
-  out += tail.Take();
-  out.append(120, '\0');
-  out.append(kExtensionCode.begin(), kExtensionCode.end());
-  return out;
+FbxRecord Element(const std::string& type, const std::string& mapping, const std::string& reference,
+                  FbxRecords data, const std::string& name, int version) {
+  FbxRecord element(type, {0},
+                    {{"Version", {version}},
+                     {"Name", {name}},
+                     {"MappingInformationType", {mapping}},
+                     {"ReferenceInformationType", {reference}}});
+  for (FbxRecord& record : data) element.Add(std::move(record));
+  return element;
+}
+
+FbxRecord Normals(const std::string& mapping, const std::string& reference,
+                  std::vector<double> values, std::vector<int32_t> index) {
+  return Indexed("LayerElementNormal", "", mapping, reference, "Normals", std::move(values),
+                 "NormalsIndex", std::move(index));
+}
+
+FbxRecord UVs(const std::string& name, const std::string& mapping, const std::string& reference,
+              std::vector<double> values, std::vector<int32_t> index) {
+  return Indexed("LayerElementUV", name, mapping, reference, "UV", std::move(values), "UVIndex",
+                 std::move(index));
+}
+
+FbxRecord Colors(const std::string& mapping, const std::string& reference,
+                 std::vector<double> values, std::vector<int32_t> index) {
+  return Indexed("LayerElementColor", "", mapping, reference, "Colors", std::move(values),
+                 "ColorIndex", std::move(index));
+}
+
+FbxRecord Materials(std::vector<int32_t> index) {
+  const char* mapping = index.size() == 1 ? "AllSame" : "ByPolygon";
+  return Element("LayerElementMaterial", mapping, "IndexToDirect",
+                 {{"Materials", {std::move(index)}}});
 }
 
 FbxRecord P(std::string name, std::string type, std::string subType, std::string flags,
@@ -364,6 +133,164 @@ SceneBuilder& SceneBuilder::AddTemplate(const std::string& objectType, const std
   templates_[objectType].push_back(
       {"PropertyTemplate", {className}, {Properties70(std::move(properties))}});
   return *this;
+}
+
+int64_t SceneBuilder::Node(const std::string& name, int64_t parent, FbxRecords properties,
+                           const std::string& type) {
+  const int64_t node = AddModel(name, type, std::move(properties));
+  Connect(node, parent);
+  return node;
+}
+
+int64_t SceneBuilder::Bone(const std::string& name, int64_t parent, FbxRecords properties) {
+  const int64_t bone = Node(name, parent, std::move(properties), "LimbNode");
+  Connect(AddNodeAttribute(name, "LimbNode"), bone);
+  return bone;
+}
+
+SceneBuilder::MeshIds SceneBuilder::Mesh(const std::string& name,
+                                         const std::vector<std::string>& channels, int64_t parent) {
+  MeshIds ids = Mesh(name, {0, 0, 0, 1, 0, 0, 0, 1, 0}, {{0, 1, 2}}, {}, parent);
+  if (channels.empty()) return ids;
+  const int64_t shape = BlendShape(ids.mesh);
+  for (const std::string& channel : channels) ids.channels.push_back(Channel(shape, channel));
+  return ids;
+}
+
+SceneBuilder::MeshIds SceneBuilder::Mesh(const std::string& name, std::vector<double> points,
+                                         const std::vector<std::vector<int32_t>>& polygons,
+                                         FbxRecords elements, int64_t parent,
+                                         FbxRecords properties) {
+  std::vector<int32_t> indices;
+  for (const std::vector<int32_t>& polygon : polygons) {
+    indices.insert(indices.end(), polygon.begin(), polygon.end());
+    if (!polygon.empty()) indices.back() = ~indices.back();
+  }
+  std::map<std::string, int32_t> counts;
+  FbxRecords layers;
+  for (FbxRecord& element : elements) {
+    const int32_t number = counts[element.name]++;
+    element.values = {number};
+    if (layers.size() <= static_cast<size_t>(number)) layers.push_back({"Layer", {number}});
+    layers[static_cast<size_t>(number)].Add(
+        {"LayerElement", {}, {{"Type", {element.name}}, {"TypedIndex", {number}}}});
+  }
+  elements.insert(elements.end(), layers.begin(), layers.end());
+  MeshIds ids;
+  ids.mesh = AddMesh(name, std::move(points), std::move(indices), std::move(elements));
+  ids.node = Node(name, parent, std::move(properties), "Mesh");
+  Connect(ids.mesh, ids.node);
+  return ids;
+}
+
+int64_t SceneBuilder::Material(int64_t node, const std::string& name, FbxRecords properties) {
+  const int64_t material = AddMaterial(name, "phong", std::move(properties));
+  Connect(material, node);
+  return material;
+}
+
+int64_t SceneBuilder::Texture(int64_t material, const std::string& channel,
+                              const std::string& path) {
+  const int64_t texture = AddTexture(path, path);
+  ConnectProperty(texture, material, channel);
+  return texture;
+}
+
+int64_t SceneBuilder::Skin(int64_t mesh) {
+  const int64_t skin = AddSkin();
+  Connect(skin, mesh);
+  return skin;
+}
+
+int64_t SceneBuilder::Cluster(int64_t skin, int64_t bone, std::vector<int32_t> points,
+                              std::vector<double> weights, const std::string& mode) {
+  const int64_t cluster =
+      AddCluster("", std::move(points), std::move(weights), kIdentity, kIdentity);
+  Object(cluster).Add({"Mode", {mode}});
+  Connect(cluster, skin);
+  if (bone != 0) Connect(bone, cluster);
+  return cluster;
+}
+
+int64_t SceneBuilder::BlendShape(int64_t mesh) {
+  const int64_t blendShape = AddObject("Deformer", "Deformer", "", "BlendShape");
+  Connect(blendShape, mesh);
+  return blendShape;
+}
+
+int64_t SceneBuilder::Channel(int64_t blendShape, const std::string& name) {
+  const int64_t channel = AddObject("Deformer", "SubDeformer", name, "BlendShapeChannel");
+  Connect(channel, blendShape);
+  return channel;
+}
+
+int64_t SceneBuilder::Target(int64_t channel, std::vector<int32_t> points,
+                             std::vector<double> offsets, std::vector<double> normals) {
+  FbxRecords records = {{"Indexes", {std::move(points)}}, {"Vertices", {std::move(offsets)}}};
+  if (!normals.empty()) records.push_back({"Normals", {std::move(normals)}});
+  const int64_t shape =
+      AddObject("Geometry", "Geometry", "target", "Shape", {}, std::move(records));
+  Connect(shape, channel);
+  return shape;
+}
+
+SceneBuilder::Clip SceneBuilder::AddClip(const std::string& name, double start, double stop,
+                                         double referenceStop) {
+  const double end = referenceStop < 0 ? stop : referenceStop;
+  Clip clip{AddAnimationStack(name, Ticks(start), Ticks(stop), Ticks(end)), 0};
+  clip.layer = AddLayer(clip);
+  return clip;
+}
+
+int64_t SceneBuilder::AddLayer(const Clip& clip, FbxRecords properties) {
+  const int64_t layer = AddAnimationLayer("BaseLayer", std::move(properties));
+  Connect(layer, clip.stack);
+  return layer;
+}
+
+int64_t SceneBuilder::Key(int64_t layer, int64_t node, const std::string& channel,
+                          const Frames& frames, Values values) {
+  return KeyTicks(layer, node, channel, ToTicks(frames), std::move(values));
+}
+
+int64_t SceneBuilder::KeyTicks(int64_t layer, int64_t node, const std::string& channel,
+                               std::vector<int64_t> times, Values values) {
+  const std::string property = channel.substr(0, 1);
+  int64_t& curves =
+      curveNodes_[std::to_string(layer) + " " + std::to_string(node) + " " + property];
+  if (curves == 0) {
+    const double rest = property == "S" ? 1.0 : 0.0;
+    curves = AddAnimationCurveNode(
+        property, {P("d|X", "Number", "", "A", {rest}), P("d|Y", "Number", "", "A", {rest}),
+                   P("d|Z", "Number", "", "A", {rest})});
+    Connect(curves, layer);
+    ConnectProperty(curves, node,
+                    property == "T"   ? "Lcl Translation"
+                    : property == "R" ? "Lcl Rotation"
+                                      : "Lcl Scaling");
+  }
+  const int64_t curve = AddAnimationCurve(std::move(times), std::move(values));
+  ConnectProperty(curve, curves, "d|" + channel.substr(1));
+  return curves;
+}
+
+void SceneBuilder::KeyMorph(int64_t layer, int64_t channel, const Frames& frames, Values values) {
+  Drive(layer, channel, "DeformPercent", {"DeformPercent"}, frames, std::move(values));
+}
+
+int64_t SceneBuilder::Drive(int64_t layer, int64_t object, const std::string& property,
+                            const std::vector<std::string>& channels, const Frames& frames,
+                            Values values) {
+  FbxRecords defaults;
+  for (const std::string& channel : channels) {
+    defaults.push_back(P("d|" + channel, "Number", "", "A", {0.0}));
+  }
+  const int64_t curves = AddAnimationCurveNode(property, std::move(defaults));
+  Connect(curves, layer);
+  ConnectProperty(curves, object, property);
+  const int64_t curve = AddAnimationCurve(ToTicks(frames), std::move(values));
+  for (const std::string& channel : channels) ConnectProperty(curve, curves, "d|" + channel);
+  return curves;
 }
 
 int64_t SceneBuilder::AddObject(const std::string& type, const std::string& className,

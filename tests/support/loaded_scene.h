@@ -1,4 +1,4 @@
-// A scene loaded from the bytes of a file, for tests of the reader.
+// A scene loaded from the bytes of a file, for tests of the scene library.
 #pragma once
 
 #include <string>
@@ -7,17 +7,18 @@
 
 #include <gtest/gtest.h>
 
+#include "fbx/anim/fbx_anim_stack.h"
 #include "fbx/core/fbx_manager.h"
 #include "fbx/reader/fbx_importer.h"
 #include "fbx/reader/fbx_io_settings.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_scene.h"
-#include "tests/support/fbx_builder.h"
+#include "tests/support/scene_builder.h"
 
-class Imported {
+class LoadedScene {
  public:
   // `options` are switched off.
-  explicit Imported(std::string fileBytes, const std::vector<std::string>& options = {})
+  explicit LoadedScene(std::string fileBytes, const std::vector<std::string>& options = {})
       : bytes_(std::move(fileBytes)),
         manager_(FbxManager::Create()),
         importer(FbxImporter::Create(manager_, "")),
@@ -27,15 +28,16 @@ class Imported {
       settings->SetBoolProp("Import|AdvOptGrp|FileFormat|Fbx|" + option, false);
     }
     isLoaded = importer->InitializeFromMemory(bytes_, settings) && importer->Import(scene);
+    scene->SetCurrentAnimationStack(scene->GetSrcObject<FbxAnimStack>());
   }
   // A document whose load must succeed.
-  explicit Imported(const SceneBuilder& builder, const FbxFormat& format = {})
-      : Imported(builder.Write(format)) {
+  explicit LoadedScene(const SceneBuilder& builder, const FbxFormat& format = {})
+      : LoadedScene(builder.Write(format)) {
     EXPECT_TRUE(isLoaded) << importer->GetStatus().GetErrorString();
   }
-  ~Imported() { manager_->Destroy(); }
-  Imported(const Imported&) = delete;
-  Imported& operator=(const Imported&) = delete;
+  ~LoadedScene() { manager_->Destroy(); }
+  LoadedScene(const LoadedScene&) = delete;
+  LoadedScene& operator=(const LoadedScene&) = delete;
 
   // The first object of the class and name, null if there is none.
   template <typename T>
@@ -46,6 +48,11 @@ class Imported {
     return nullptr;
   }
   FbxNode& Node(const std::string& name) const { return *Find<FbxNode>(name); }
+
+  // A layer of the first stack, which is the current one.
+  FbxAnimLayer* AnimLayer(int index = 0) const {
+    return scene->GetCurrentAnimationStack()->GetLayer(index);
+  }
 
   // Names of the scene's objects of a class, in their order.
   template <typename T>
@@ -72,28 +79,6 @@ class Imported {
   FbxScene* scene;
   bool isLoaded = false;
 };
-
-// The record of a layer element, "LayerElementNormal" for one.
-inline FbxRecord Element(const std::string& field, int version, const std::string& name,
-                         const std::string& mapping, const std::string& reference,
-                         FbxRecords data) {
-  FbxRecord element(field, {0},
-                    {{"Version", {version}},
-                     {"Name", {name}},
-                     {"MappingInformationType", {mapping}},
-                     {"ReferenceInformationType", {reference}}});
-  for (FbxRecord& record : data) element.Add(std::move(record));
-  return element;
-}
-
-// The record of a layer that names elements by type and number.
-inline FbxRecord Layer(int number, const std::vector<std::pair<std::string, int>>& elements) {
-  FbxRecord layer("Layer", {number}, {{"Version", {100}}});
-  for (const auto& [type, index] : elements) {
-    layer.Add({"LayerElement", {}, {{"Type", {type}}, {"TypedIndex", {index}}}});
-  }
-  return layer;
-}
 
 // The name with a number behind it.
 inline std::string Numbered(std::string name, size_t number) {
