@@ -76,19 +76,6 @@ TEST_F(Materials, WithARootOnlyThoseOfItsMeshes) {
             wool + "MATERIAL: 1 Grass FILENAME: Grass.xrf TEXTURE: DiffuseColor grass.png\n");
 }
 
-TEST_F(Materials, LayeredTexturesAreOnlyWarnedOf) {
-  const int64_t material = scene_.Material(scene_.Mesh("Body").node, "Skin");
-  const int64_t layered = scene_.AddObject("LayeredTexture", "LayeredTexture", "Layers", "");
-  scene_.ConnectProperty(layered, material, "DiffuseColor");
-  for (const char* path : {"a.png", "b.png"}) {
-    scene_.Connect(scene_.AddTexture(path, path), layered);
-  }
-  EXPECT_EQ(Run({"s.fbx", "export", "texture"}),
-            "WARNING: DiffuseColor0 is not a supported use for texture map a.png\n"
-            "WARNING: DiffuseColor1 is not a supported use for texture map b.png\n");
-  EXPECT_FALSE(Exists("Skin.xrf"));
-}
-
 TEST_F(Materials, LayeredTexturesOfLayeredTexturesAreHarmless) {
   // Twenty levels of which each holds all below it, closed to a ring, and a long chain.
   const int64_t material =

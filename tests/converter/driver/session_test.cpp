@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "converter/animation/export_animation.h"
-#include "tests/support/clip_scene.h"
 #include "tests/support/printed.h"
+#include "tests/support/scene_builder.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -12,12 +12,12 @@ namespace {
 // A scene of one bone with a clip of 30 frames of its own rate.
 ConversionArguments SceneFile(const TempDir& dir, const std::string& name, const std::string& clip,
                               int32_t timeMode) {
-  ClipScene scene;
+  SceneBuilder scene;
   const int64_t bone = scene.Bone("Hips");
   scene.Key(scene.AddClip(clip, 0, 30).layer, bone, "TX", {0, 10, 20}, {1, 2, 3});
-  scene.builder.SetTimeMode(timeMode);
+  scene.SetTimeMode(timeMode);
   ConversionArguments args;
-  args.inputFilename = dir.Write(name, scene.builder.Write());
+  args.inputFilename = dir.Write(name, scene.Write());
   args.type = ANIM_OBJECT;
   return args;
 }

@@ -1,109 +1,78 @@
-#include "converter/material/material_map.h"
-
+// What a listing shows of a material: its textures, and what stands in for those that it lacks.
 #include <cmath>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-#include "converter/scene/mesh_holder.h"
-#include "fbx/core/fbx_manager.h"
-#include "fbx/scene/fbx_material.h"
-#include "fbx/scene/fbx_node.h"
-#include "tests/support/printed.h"
+#include "tests/support/program_test.h"
 
 namespace {
 
-class MaterialMapTest : public testing::Test {
+using testing::StartsWith;
+using Textures = std::vector<std::pair<const char*, const char*>>;  // channel and path
+
+class MaterialListing : public SceneTest {
  protected:
-  ~MaterialMapTest() override { manager_->Destroy(); }
-
-  template <typename Class>
-  Class* Make(const char* name) {
-    return Class::Create(manager_, name);
+  // The warnings and the material's line in a listing of a scene of one mesh.
+  std::string ListOf(const std::string& shading, FbxRecords properties,
+                     const Textures& textures = {}) {
+    scene_ = SceneBuilder();
+    const int64_t material = scene_.AddMaterial("M", shading, std::move(properties));
+    scene_.Connect(material, scene_.Mesh("mesh").node);
+    for (const auto& [channel, path] : textures) scene_.Texture(material, channel, path);
+    return Listed();
   }
-  FbxFileTexture* File(const char* path) {
-    auto* texture = Make<FbxFileTexture>("texture");
-    texture->SetFileName(path);
-    return texture;
+  std::string Listed() {
+    const std::string out = Run({"s.fbx", "list", "texture"});
+    return out.substr(0, out.find('\n', out.find("MATERIAL:")) + 1);
   }
-  FbxSurfacePhong* Phong(const char* name, FbxDouble3 diffuse = {1, 0.5, 0}) {
-    auto* material = Make<FbxSurfacePhong>(name);
-    material->FindProperty("DiffuseColor").Set(diffuse);
-    return material;
-  }
-  template <typename Value>
-  static void SetOwn(FbxObject* object, FbxDataType type, const char* name, const Value& value) {
-    ASSERT_TRUE(FbxProperty::Create(object, type, name).Set(value)) << name;
-  }
-  // The material's map, read through a node; what reading prints goes to `printed_`.
-  MaterialMap Read(FbxSurfaceMaterial* material) {
-    MeshHolder_ holder;
-    holder.node = Make<FbxNode>("node");
-    holder.node->ConnectSrcObject(material);
-    printed_ = Printed([&] { GetMeshMaterialMap(holder); });
-    EXPECT_EQ(Printed([&] { GetMeshMaterialMap(holder); }), "");  // warnings come once
-    return holder.materialMaps.at(0);
-  }
-
-  FbxManager* manager_ = FbxManager::Create();
-  std::string printed_;
 };
 
-TEST_F(MaterialMapTest, TexturesAsTheSceneNamesThem) {
-  FbxSurfacePhong* skin = Phong("Skin");
-  skin->FindProperty("DiffuseColor").ConnectSrcObject(File("first.png"));
-  skin->FindProperty("DiffuseColor").ConnectSrcObject(File("C:\\art\\skin.png"));
-  skin->FindProperty("NormalMap").ConnectSrcObject(File("dir/.png"));
-  skin->FindProperty("Bump").ConnectSrcObject(File("noextension"));
-  skin->FindProperty("EmissiveColor").ConnectSrcObject(Make<FbxVideo>("video"));
-  EXPECT_EQ(Read(skin), (MaterialMap{{"MATERIAL", "Skin"},
-                                     {"DiffuseColor", "C:\\art\\skin.png"},
-                                     {"NormalMap", "dir/.png"}}));
-  EXPECT_EQ(printed_, "");
+// A line that shows these entries behind the material's name.
+std::string Line(const std::string& entries, const std::string& warning = "") {
+  return "\n" + warning + "MATERIAL: 0 M " + entries + "\n";
 }
 
-TEST_F(MaterialMapTest, RejectedNamesFallBackToTheColour) {
-  const MaterialMap color = {{"MATERIAL", "Skin"},
-                             {"DiffuseColor", "COLOR-FF7F00-Skin-DiffuseColor"}};
-  EXPECT_EQ(Read(Phong("Skin")), color);
+TEST_F(MaterialListing, TexturesAsTheSceneNamesThem) {
+  EXPECT_EQ(ListOf("phong", {},
+                   {{"DiffuseColor", "first.png"},
+                    {"DiffuseColor", "C:\\art\\skin.png"},
+                    {"NormalMap", "dir/.png"},
+                    {"Bump", "noextension"}}),
+            Line("TEXTURE: DiffuseColor C:\\art\\skin.png TEXTURE: NormalMap dir/.png"));
   for (const char* name : {"", "skin", "skin.", ".png", "dir.x/", "dir.x\\"}) {
-    FbxSurfacePhong* skin = Phong("Skin");
-    skin->FindProperty("DiffuseColor").ConnectSrcObject(File(name));
-    EXPECT_EQ(Read(skin), color) << name;
+    EXPECT_EQ(ListOf("phong", {P("DiffuseColor", {1.0, 0.5, 0.0})}, {{"DiffuseColor", name}}),
+              Line("TEXTURE: DiffuseColor COLOR-FF7F00-M-DiffuseColor"))
+        << name;
   }
 }
 
-TEST_F(MaterialMapTest, ColoursOfEveryKind) {
-  auto* own = Make<FbxSurfaceMaterial>("Own");
-  SetOwn(own, FbxColor3DT, "DiffuseColor", FbxDouble3{0, 1, 0});
-  auto* vector = Make<FbxSurfaceMaterial>("Vector");
-  SetOwn(vector, FbxDouble3DT, "DiffuseColor", FbxDouble3{0, 1, 0});
-  const std::vector<std::pair<FbxSurfaceMaterial*, std::string>> cases = {
-      {Make<FbxSurfaceLambert>("L"), "COLOR-CCCCCC-L-DiffuseColor"},
-      // Components out of range: nothing below 0, as many digits as it takes above 1.
-      {Phong("P", {-1, 2, 1e300}), "COLOR-001FEFFFFFFFF-P-DiffuseColor"},
-      {Phong("P", {NAN, 0.2, 1}), "COLOR-0033FF-P-DiffuseColor"},
-      {own, "COLOR-00FF00-Own-DiffuseColor"},
-      {vector, "MISSING-Vector-DiffuseColor"},
+TEST_F(MaterialListing, ColoursOfEveryKind) {
+  struct Case {
+    const char* shading;
+    FbxRecords properties;
+    std::string color;
   };
-  for (const auto& [material, expected] : cases) {
-    EXPECT_EQ(Read(material).at("DiffuseColor"), expected);
+  const Case cases[] = {
+      {"lambert", {}, "COLOR-CCCCCC"},
+      // Components out of range: nothing below 0, as many digits as it takes above 1.
+      {"phong", {P("DiffuseColor", {-1.0, 2.0, 1e300})}, "COLOR-001FEFFFFFFFF"},
+      {"phong", {P("DiffuseColor", {NAN, 0.2, 1.0})}, "COLOR-0033FF"},
+      {"toon", {P("DiffuseColor", {0.0, 1.0, 0.0})}, "COLOR-00FF00"},
+      {"toon", {P("DiffuseColor", "Vector3D", "Vector", "A", {0.0, 1.0, 0.0})}, "MISSING"},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(ListOf(c.shading, c.properties),
+              Line("TEXTURE: DiffuseColor " + c.color + "-M-DiffuseColor"));
   }
-
-  MaterialMap map;
-  auto* none = Make<FbxSurfaceMaterial>("None");
-  const FbxProperty other = FbxProperty::Create(none, FbxDoubleDT, "Other");
-  EXPECT_EQ(Printed([&] { AssignMissingTextureToMaterial(map, none, other); }),
-            "WARNING: DiffuseColor is not valid\n");
-  EXPECT_EQ(map["Other"], "MISSING-None-Other");
 }
 
-TEST_F(MaterialMapTest, Transparency) {
+TEST_F(MaterialListing, Transparency) {
   const std::string grey = "WARNING: TransparentColor is not consistant.\n";
-  const std::string invisible = "WARNING: Glass is a fully transparent material\n";
+  const std::string invisible = "WARNING: M is a fully transparent material\n";
   const struct {
     double factor;
     double opacity;  // below 0: the material has no such property
-    FbxDouble3 color;
+    std::vector<double> color;
     std::string alpha;  // "" for no entry
     std::string printed;
   } cases[] = {
@@ -119,52 +88,50 @@ TEST_F(MaterialMapTest, Transparency) {
       {0, 2, {0, 0, 0}, "", ""},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(&c - cases);
-    FbxSurfacePhong* glass = Phong("Glass");
-    glass->FindProperty("TransparencyFactor").Set(c.factor);
-    glass->FindProperty("TransparentColor").Set(c.color);
-    if (c.opacity >= 0) SetOwn(glass, FbxDoubleDT, "Opacity", c.opacity);
-    EXPECT_EQ(Read(glass)["TransparencyFactor"],
-              c.alpha.empty() ? "" : "ALPHA-" + c.alpha + "-Glass-TransparencyFactor");
-    EXPECT_EQ(printed_, c.printed);
+    FbxRecords properties = {P("TransparencyFactor", {c.factor}),
+                             P("TransparentColor", {c.color[0], c.color[1], c.color[2]})};
+    if (c.opacity >= 0) properties.push_back(P("Opacity", {c.opacity}));
+    const std::string alpha =
+        c.alpha.empty() ? ""
+                        : " TEXTURE: TransparencyFactor ALPHA-" + c.alpha + "-M-TransparencyFactor";
+    EXPECT_EQ(ListOf("phong", properties, {{"DiffuseColor", "d.png"}}),
+              Line("TEXTURE: DiffuseColor d.png" + alpha, c.printed))
+        << &c - cases;
   }
 }
 
-TEST_F(MaterialMapTest, LayersHaveEntriesOfTheirOwn) {
-  const auto layers = [this](const std::vector<const char*>& paths) {
-    auto* layered = Make<FbxLayeredTexture>("layers");
-    for (const char* path : paths) layered->ConnectSrcObject(File(path));
-    return layered;
+TEST_F(MaterialListing, LayersHaveEntriesThatNoFileCanHold) {
+  const auto layered = [this](const std::vector<const char*>& paths) {
+    const int64_t layers = scene_.AddObject("LayeredTexture", "LayeredTexture", "layers", "");
+    for (const char* path : paths) scene_.Connect(scene_.AddTexture(path, path), layers);
+    return layers;
   };
-  FbxLayeredTexture* few = layers({"a.png", "none", "c.png"});
-  few->ConnectSrcObject(layers({"n.png"}));  // layers of layers aren't read
-  FbxSurfacePhong* skin = Phong("Skin");
-  skin->FindProperty("DiffuseColor").ConnectSrcObject(few);
-  EXPECT_EQ(
-      Read(skin),
-      (MaterialMap{{"MATERIAL", "Skin"}, {"DiffuseColor0", "a.png"}, {"DiffuseColor2", "c.png"}}));
+  const auto warning = [](int layer, const std::string& path) {
+    return "WARNING: DiffuseColor" + std::to_string(layer) +
+           " is not a supported use for texture map " + path + "\n";
+  };
+  const int64_t node = scene_.Mesh("mesh").node;
+  const int64_t few = layered({"a.png", "none", "c.png"});
+  scene_.Connect(layered({"n.png"}), few);  // layers of layers aren't read
+  scene_.ConnectProperty(few, scene_.Material(node, "M"), "DiffuseColor");
+  EXPECT_EQ(Run({"s.fbx", "export", "texture"}), warning(0, "a.png") + warning(2, "c.png"));
+  EXPECT_FALSE(Exists("M.xrf"));
 
-  FbxSurfacePhong* many = Phong("Many");
-  many->FindProperty("DiffuseColor")
-      .ConnectSrcObject(layers(std::vector<const char*>(kMaxTextureLayers + 1, "x.png")));
-  EXPECT_EQ(Read(many).size(), kMaxTextureLayers + 1U);
-  EXPECT_EQ(printed_,
-            "WARNING: Material Many has 65 texture layers on DiffuseColor, and only the first 64 "
-            "are used.\n");
+  scene_ = SceneBuilder();
+  scene_.ConnectProperty(layered(std::vector<const char*>(65, "x.png")),
+                         scene_.Material(scene_.Mesh("mesh").node, "Many"), "DiffuseColor");
+  const std::string many = Run({"s.fbx", "export", "texture"});
+  EXPECT_THAT(many, StartsWith("WARNING: Material Many has 65 texture layers on DiffuseColor, and "
+                               "only the first 64 are used.\n" +
+                               warning(0, "x.png")));
+  EXPECT_EQ(std::count(many.begin(), many.end(), '\n'), 65);
 }
 
-TEST_F(MaterialMapTest, MaterialsByTheirIndexOnTheNode) {
-  const MaterialMaps unused = {{0, {{"MATERIAL", "unused"}, {"DiffuseColor", "unused"}}}};
-  MeshHolder_ nowhere;
-  EXPECT_EQ(GetMeshMaterialMap(nowhere), unused);
-  // A material without any entry leaves a gap.
-  MeshHolder_ holder;
-  holder.node = Make<FbxNode>("node");
-  holder.node->ConnectSrcObject(Make<FbxSurfaceMaterial>("Nothing"));
-  holder.node->ConnectSrcObject(Phong("Skin"));
-  const MaterialMaps& maps = GetMeshMaterialMap(holder);
-  ASSERT_EQ(maps.size(), 1U);
-  EXPECT_EQ(MaterialName(maps.at(1)), "Skin");
+TEST_F(MaterialListing, AMaterialWithoutEntriesIsPassedOver) {
+  const int64_t node = scene_.Mesh("mesh").node;
+  scene_.Connect(scene_.AddMaterial("Nothing", "toon"), node);
+  scene_.Material(node, "M", {P("DiffuseColor", {1.0, 1.0, 1.0})});
+  EXPECT_EQ(Listed(), Line("TEXTURE: DiffuseColor COLOR-FFFFFF-M-DiffuseColor"));
 }
 
 }  // namespace

@@ -1,19 +1,15 @@
 // Properties: defaults of the class, values of the object, conversions.
 #include <limits>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "fbx/core/fbx_manager.h"
 #include "fbx/scene/fbx_node.h"
 
-using testing::ElementsAre;
-
 namespace {
 
 class PropertyTest : public testing::Test {
  protected:
-  PropertyTest() : manager(FbxManager::Create()), node(FbxNode::Create(manager, "node")) {}
   ~PropertyTest() override { manager->Destroy(); }
 
   // A property of its own that holds `value`.
@@ -25,8 +21,8 @@ class PropertyTest : public testing::Test {
     return property;
   }
 
-  FbxManager* manager;
-  FbxNode* node;
+  FbxManager* manager = FbxManager::Create();
+  FbxNode* node = FbxNode::Create(manager, "node");
 
  private:
   int count_ = 0;
@@ -38,7 +34,6 @@ TEST_F(PropertyTest, ReadsThroughToItsClass) {
   EXPECT_EQ(scaling.GetValueInheritType(), FbxProperty::eInherit);
   EXPECT_TRUE(scaling.Set(FbxDouble3{2, 3, 4}));
   scaling.ModifyFlag(FbxPropertyFlags::eAnimatable, false);
-  EXPECT_EQ(scaling.GetValueInheritType(), FbxProperty::eOverride);
   const FbxProperty other = FbxNode::Create(manager, "other")->FindProperty("Lcl Scaling");
   EXPECT_EQ(other.Get<FbxDouble3>(), (FbxDouble3{1, 1, 1}));
   EXPECT_TRUE(other.GetFlag(FbxPropertyFlags::eAnimatable));
@@ -51,17 +46,14 @@ TEST_F(PropertyTest, ConvertsAmongTypes) {
   const FbxProperty number = Make("Number", 3.75);
   EXPECT_EQ(number.Get<int>(), 3);
   EXPECT_EQ(number.Get<float>(), 3.75F);
-  EXPECT_TRUE(number.Get<bool>());
   EXPECT_EQ(Make("Number", 1e300).Get<int>(), std::numeric_limits<int>::max());
   EXPECT_EQ(Make("Number", -1e300).Get<int>(), std::numeric_limits<int>::min());
   EXPECT_EQ(Make("Number", std::nan("")).Get<int>(), 0);
-  EXPECT_EQ(Make("Integer", -1).Get<double>(), -1.0);
   EXPECT_EQ(Make("Integer", -1).Get<uint64_t>(), std::numeric_limits<uint64_t>::max());
   EXPECT_EQ(Make("Time", FbxTime(FbxTime::kTicksPerSecond / 4)).Get<double>(), 0.25);
   const FbxProperty four = Make("Vector4", FbxDouble4{1, 2, 3, 4});
   EXPECT_EQ(four.Get<FbxDouble3>(), (FbxDouble3{1, 2, 3}));
   EXPECT_EQ(four.Get<double>(), 1.0);
-  EXPECT_EQ(four.Get<FbxString>(), "1 2 3 4");
   FbxDouble4 longer{9, 9, 9, 9};
   EXPECT_TRUE(Make("Vector", FbxDouble3{1, 2, 3}).Get(&longer, eFbxDouble4));
   EXPECT_EQ(longer, (FbxDouble4{1, 2, 3, 9}));
@@ -69,13 +61,11 @@ TEST_F(PropertyTest, ConvertsAmongTypes) {
   EXPECT_EQ(Make("Byte", 300).Get<int>(), 300 - 256);
   EXPECT_EQ(Make("Float", 0.1).Get<double>(), static_cast<double>(0.1F));
   EXPECT_EQ(Make("Bool", 5).Get<int>(), 1);
-}
-
-TEST_F(PropertyTest, LeavesTheTargetAloneWithoutARule) {
+  // Without a rule the target is left alone.
   FbxDouble3 triple{7, 7, 7};
-  FbxTime time(7);
-  FbxDouble4x4 matrix{};
   int whole = 7;
+  FbxDouble4x4 matrix{};
+  FbxTime time(7);
   EXPECT_FALSE(Make("KString", "12").Get(&whole, eFbxInt));
   EXPECT_FALSE(Make("Number", 1.0).Get(&triple, eFbxDouble3));
   EXPECT_FALSE(Make("Vector4", FbxDouble4{}).Get(&matrix, eFbxDouble4x4));
@@ -83,10 +73,9 @@ TEST_F(PropertyTest, LeavesTheTargetAloneWithoutARule) {
   EXPECT_FALSE(Make("Integer", 1).Get(&time, eFbxTime));
   EXPECT_TRUE(whole == 7 && triple[0] == 7 && time.Get() == 7);
   EXPECT_FALSE(node->FindProperty("Lcl Scaling").Set("text"));
-  EXPECT_FALSE(FbxProperty::Create(node, GetDataTypeFromName("object"), "ref").Set(1));
 }
 
-TEST_F(PropertyTest, FormsTrees) {
+TEST_F(PropertyTest, FormsTreesAndHasItems) {
   const FbxProperty group = FbxProperty::Create(node, FbxCompoundDT, "group");
   const FbxProperty x = FbxProperty::Create(group, FbxDoubleDT, "x");
   const FbxProperty y = FbxProperty::Create(group, FbxDoubleDT, "y");
@@ -96,19 +85,10 @@ TEST_F(PropertyTest, FormsTrees) {
   const FbxProperty root = node->RootProperty();
   EXPECT_EQ(root.FindHierarchical("group|x|deep"), deep);
   EXPECT_EQ(root.FindHierarchical("GROUP|X", false), x);
-  EXPECT_FALSE(root.FindHierarchical("GROUP|X").IsValid());
-  EXPECT_FALSE(node->FindProperty("x").IsValid());
+  EXPECT_FALSE(root.FindHierarchical("GROUP|X").IsValid() || node->FindProperty("x").IsValid());
   EXPECT_TRUE(x.IsChildOf(group) && !deep.IsChildOf(group));
   EXPECT_EQ(x.GetSibling(), y);
-  EXPECT_THAT(group.GetDescendents(), ElementsAre(x, deep, y));
-}
-
-TEST_F(PropertyTest, HasLimitsAndItems) {
-  FbxProperty number = Make("Number", 1.0);
-  EXPECT_FALSE(number.HasMinLimit() || number.HasMaxLimit());
-  number.SetMaxLimit(5);
-  EXPECT_TRUE(number.HasMaxLimit() && !number.HasMinLimit());
-  EXPECT_EQ(number.AddEnumValue("item"), -1);
+  EXPECT_EQ(Make("Number", 1.0).AddEnumValue("item"), -1);
   FbxProperty order = node->FindProperty("RotationOrder");
   EXPECT_EQ(order.AddEnumValue("extra"), 7);
   EXPECT_EQ(order.GetEnumValue(0), "Euler XYZ");
@@ -122,12 +102,9 @@ TEST_F(PropertyTest, InvalidHandlesAnswerWithDefaults) {
   EXPECT_FALSE(none.Set(1.0) || none.Modified() || none.HasMinLimit());
   EXPECT_EQ(none.Get<double>(), 0.0);
   EXPECT_EQ(none.GetName(), "");
-  EXPECT_EQ(none.GetFlags(), 0U);
-  EXPECT_FALSE(none.GetParent().IsValid() || none.GetChild().IsValid() ||
-               none.FindHierarchical("x").IsValid());
+  EXPECT_FALSE(none.GetParent().IsValid() || none.FindHierarchical("x").IsValid());
   EXPECT_FALSE(none.ConnectSrcObject(node) || none.ConnectSrcProperty(node->RootProperty()));
   EXPECT_EQ(none.GetSrcObject(), nullptr);
-  EXPECT_EQ(none.GetCurve(nullptr), nullptr);
 }
 
 }  // namespace

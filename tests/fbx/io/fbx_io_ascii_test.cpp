@@ -2,8 +2,6 @@
 #include <cstdlib>
 #include <limits>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,38 +14,39 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// The values of the k-th record of a name in the top list.
-std::vector<std::string> Values(const std::string& text, const std::string& name, int32_t k = 0) {
-  OpenedIO file(MakeAscii(text));
-  EXPECT_TRUE(file.isRead);
-  if (!file.io.FieldReadBegin(name, k)) return {"(no record)"};
-  std::vector<std::string> values;
-  while (file.io.FieldReadGetRemain() > 0) values.emplace_back(file.io.FieldReadC());
-  return values;
-}
-
-TEST(FbxIOAscii, Tokens) {
-  EXPECT_THAT(Values("N: \"a,b\"", "N"), ElementsAre("a,b"));
-  EXPECT_THAT(Values("N: \"a:b\", \"\", c\n", "N"), ElementsAre("a:b", "", "c"));
-  EXPECT_THAT(Values("My Field: 1\nOther: 2", "My Field"), ElementsAre("1"));
-  EXPECT_THAT(Values("A: 1 2,3 ,4,,5\n", "A"), ElementsAre("1", "2", "3", "4", "5"));
-  EXPECT_THAT(Values("A:1\nA: 2", "A", 1), ElementsAre("2"));
-  EXPECT_THAT(Values("\"A\" : 1", "A"), ElementsAre("1"));
-  EXPECT_THAT(Values("A:\r\nB: 1\r\n", "A"), IsEmpty());
-  EXPECT_THAT(Values("A: \"x&quot;y&lf;z&cr;&amp;\"", "A"), ElementsAre("x\"y\nz\r&amp;"));
-  // Escapes are replaced one kind after the other.
-  EXPECT_THAT(Values("A: \"&l&quot;f;\"", "A"), ElementsAre("&l\"f;"));
-  EXPECT_THAT(Values("A: \"never closed", "A"), ElementsAre("never closed"));
-  EXPECT_THAT(Values(std::string("A: \"x\0y\"", 8), "A"), ElementsAre("x"));
-}
-
-TEST(FbxIOAscii, LinesAndComments) {
-  EXPECT_THAT(Values("A: 1,\n   2,\n\n3\n  ,4\nB: 5", "A"), ElementsAre("1", "2", "3", "4"));
-  // An indented line without a comma around begins anew, blanks in its name or not.
-  EXPECT_THAT(Values("A: 1\n  My B: 2\n", "A"), ElementsAre("1"));
-  EXPECT_THAT(Values("A: 1\n  My B: 2\n", "My B"), ElementsAre("2"));
-  EXPECT_THAT(Values("A: 1\n ; B: 2 { \" \n;\nC: 3", "A"), ElementsAre("1"));
-  EXPECT_THAT(Values("A: 1 ;2\n", "A"), ElementsAre("1", ";2"));
+TEST(FbxIOAscii, TokensLinesAndComments) {
+  struct Case {
+    std::string text;
+    const char* name;
+    std::vector<std::string> values;
+    int32_t instance = 0;
+  };
+  const std::vector<Case> cases = {
+      {"N: \"a:b\", \"\", \"a,b\", c\n", "N", {"a:b", "", "a,b", "c"}},
+      {"My Field : 1\nOther: 2", "My Field", {"1"}},
+      {"\" A \t\" : 1", " A", {"1"}},
+      {"A: 1 2,3 ,4,,5\n", "A", {"1", "2", "3", "4", "5"}},
+      {"A:1\nA: 2", "A", {"2"}, 1},
+      {"A:\r\nB: 1\r\n", "A", {}},
+      {"A: \"x&quot;y&lf;z&cr;&amp;\"", "A", {"x\"y\nz\r&amp;"}},
+      // Escapes are replaced one kind after the other.
+      {"A: \"&l&quot;f;\"", "A", {"&l\"f;"}},
+      {"A: \"never closed", "A", {"never closed"}},
+      {std::string("A: \"x\0y\"", 8), "A", {"x"}},
+      {"A: 1,\n   2,\n\n3\n  ,4\nB: 5", "A", {"1", "2", "3", "4"}},
+      // An indented line without a comma around begins anew, blanks in its name or not.
+      {"A: 1\n  My B: 2\n", "A", {"1"}},
+      {"A: 1\n  My B: 2\n", "My B", {"2"}},
+      {"A: 1\n ; B: 2 { \" \n;\nC: 3", "A", {"1"}},
+      {"A: 1 ;2\n", "A", {"1", ";2"}},
+  };
+  for (const Case& c : cases) {
+    OpenedIO file(MakeAscii(c.text));
+    ASSERT_TRUE(file.io.FieldReadBegin(c.name, c.instance)) << c.text;
+    std::vector<std::string> values;
+    while (file.io.FieldReadGetRemain() > 0) values.emplace_back(file.io.FieldReadC());
+    EXPECT_EQ(values, c.values) << c.text;
+  }
 }
 
 TEST(FbxIOAscii, Blocks) {

@@ -44,7 +44,7 @@ size_t ReadAll(FbxIO& io, size_t budget = 20000) {
 }
 
 std::string Victim(const FbxFormat& format) {
-  std::vector<double> vertices(600);
+  std::vector<double> vertices(60);
   for (size_t i = 0; i < vertices.size(); ++i) vertices[i] = static_cast<double>(i % 7);
   return MakeFile({{"Objects",
                     {},
@@ -53,7 +53,7 @@ std::string Victim(const FbxFormat& format) {
                       {int64_t{2}, "Geometry::", "Mesh"},
                       {{"Vertices", {vertices}},
                        {"Index", {std::vector<int32_t>{0, 1, -3}}},
-                       {"Content", {FbxRaw{std::string(5000, 'r')}}},
+                       {"Content", {FbxRaw{std::string(200, 'r')}}},
                        {"Flags", {std::vector<bool>{true}}}}}}},
                    {"Connections", {}, {{"C", {"OO", int64_t{1}, int64_t{0}}}}}},
                   format);
@@ -88,7 +88,7 @@ TEST(FbxIOHostile, BytesTurned) {
   std::mt19937 random(20240229);
   for (const FbxFormat& format : kForms) {
     const std::string whole = Victim(format);
-    for (int round = 0; round < 3000; ++round) {
+    for (int round = 0; round < 2000; ++round) {
       std::string bytes = whole;
       for (int i = 0; i < 1 + round % 3; ++i) {
         bytes[random() % bytes.size()] = static_cast<char>(random());

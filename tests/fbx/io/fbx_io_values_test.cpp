@@ -10,101 +10,79 @@ namespace {
 
 using testing::ElementsAre;
 
-struct Form {
-  const char* name;
-  FbxFormat format;
-};
-
-class EveryForm : public testing::TestWithParam<Form> {
+class EveryForm : public testing::TestWithParam<FbxFormat> {
  protected:
-  const FbxFormat& Format() const { return GetParam().format; }
-  FbxIO::BinaryType Type() const {
-    return Format().version >= 7500 || Format().wideOffsets ? FbxIO::eBinary64 : FbxIO::eBinary32;
-  }
-  OpenedIO Open(FbxRecords records) const {
-    return OpenedIO(MakeFile(std::move(records), Format()), Type());
+  static OpenedIO Open(FbxRecords records) {
+    const FbxFormat& format = GetParam();
+    const bool isWide = format.version >= 7500 || format.wideOffsets;
+    return OpenedIO(MakeFile(std::move(records), format),
+                    isWide ? FbxIO::eBinary64 : FbxIO::eBinary32);
   }
 };
 
 INSTANTIATE_TEST_SUITE_P(
     FbxIO, EveryForm,
-    testing::Values(Form{"Narrow", {}}, Form{"NarrowBig", {.bigEndian = true, .compress = true}},
-                    Form{"Wide", {.version = 7500, .compress = true}},
-                    Form{"WideBig", {.version = 7700, .bigEndian = true}},
-                    Form{"Between", {.version = 7450, .wideOffsets = true}},
-                    Form{"NoFooterNeeded", {.version = 7100, .compress = true}},
-                    Form{"Ascii", {.ascii = true}},
-                    Form{"AsciiWide", {.ascii = true, .version = 7500}}),
-    [](const auto& form) { return form.param.name; });
+    testing::Values(FbxFormat{}, FbxFormat{.bigEndian = true, .compress = true},
+                    FbxFormat{.version = 7700, .bigEndian = true},
+                    FbxFormat{.version = 7450, .compress = true, .wideOffsets = true},
+                    FbxFormat{.ascii = true}, FbxFormat{.ascii = true, .version = 7500}));
 
 TEST_P(EveryForm, GivesScalarsInOrder) {
-  OpenedIO file = Open(
-      {{"V", {7, int64_t{-5'000'000'000}, 2.5, 0.1F, "text", int16_t{-3}, int8_t{-4}, 'T', true}}});
-  ASSERT_TRUE(file.isRead) << file.status.GetErrorString();
-  EXPECT_EQ(file.io.GetFileVersionNumber(), Format().version);
-  ASSERT_TRUE(file.io.FieldReadBegin("V"));
-  EXPECT_EQ(file.io.FieldReadGetCount(), 9);
-  EXPECT_EQ(file.io.FieldReadI(), 7);
-  EXPECT_EQ(file.io.FieldReadLL(), -5'000'000'000);
-  EXPECT_EQ(file.io.FieldReadD(), 2.5);
-  EXPECT_EQ(file.io.FieldReadF(), 0.1F);
-  EXPECT_EQ(file.io.FieldReadC(), "text");
-  EXPECT_EQ(file.io.FieldReadShort(), -3);
-  EXPECT_EQ(file.io.FieldReadByte(), -4);
-  EXPECT_EQ(file.io.FieldReadCH(), 'T');
-  EXPECT_EQ(file.io.FieldReadGetRemain(), 1);
-  EXPECT_TRUE(file.io.FieldReadB());
+  const std::string raw("\0\xFF\x10 raw", 7);
+  const std::string large = std::string(70000, 'a') + "z";
+  OpenedIO file = Open({{"V",
+                         {7, int64_t{-5'000'000'000}, 2.5, 0.1F, "text", int16_t{-3}, int8_t{-4},
+                          'T', FbxRaw{raw}, large, true}}});
+  FbxIO& io = file.io;
+  EXPECT_EQ(io.GetFileVersionNumber(), GetParam().version);
+  ASSERT_TRUE(io.FieldReadBegin("V")) << file.status.GetErrorString();
+  EXPECT_EQ(io.FieldReadGetCount(), 11);
+  EXPECT_EQ(io.FieldReadI(), 7);
+  EXPECT_EQ(io.FieldReadLL(), -5'000'000'000);
+  EXPECT_EQ(io.FieldReadD(), 2.5);
+  EXPECT_EQ(io.FieldReadF(), 0.1F);
+  EXPECT_EQ(io.FieldReadC(), "text");
+  EXPECT_EQ(io.FieldReadShort(), -3);
+  EXPECT_EQ(io.FieldReadByte(), -4);
+  EXPECT_EQ(io.FieldReadCH(), 'T');
+  EXPECT_EQ(io.FieldReadR(), raw);
+  EXPECT_EQ(io.FieldReadC(), large);
+  EXPECT_EQ(io.FieldReadGetRemain(), 1);
+  EXPECT_TRUE(io.FieldReadB());
   // Past the last value everything is the default.
-  EXPECT_EQ(file.io.FieldReadI(), 0);
-  EXPECT_EQ(file.io.FieldReadC(), "");
-  EXPECT_EQ(file.io.FieldReadGetType(), 'S');
-  EXPECT_EQ(file.io.FieldReadGetRemain(), 0);
+  EXPECT_EQ(io.FieldReadI(), 0);
+  EXPECT_EQ(io.FieldReadC(), "");
+  EXPECT_EQ(io.FieldReadGetType(), 'S');
+  EXPECT_EQ(io.FieldReadGetRemain(), 0);
 }
 
 TEST_P(EveryForm, GivesArrays) {
   std::vector<double> many(50000);
   for (size_t i = 0; i < many.size(); ++i) many[i] = std::sqrt(static_cast<double>(i));
-  const std::vector<float> floats = {1.5F, -0.1F};
   const std::vector<int32_t> ints = {0, 1, -3};
-  const std::vector<int64_t> longs = {int64_t{1} << 40};
-  const std::vector<bool> bools = {true, false, true};
-  const std::vector<uint8_t> bytes = {1, 200};
-  const std::vector<int16_t> shorts = {-2, 300};
   OpenedIO file = Open({{"d", {many}},
-                        {"f", {floats}},
+                        {"f", {std::vector<float>{1.5F, -0.1F}}},
                         {"i", {ints}},
-                        {"l", {longs}},
-                        {"b", {bools}},
-                        {"c", {bytes}},
-                        {"h", {shorts}}});
+                        {"l", {std::vector<int64_t>{int64_t{1} << 40}}},
+                        {"b", {std::vector<bool>{true, false, true}}},
+                        {"c", {std::vector<uint8_t>{1, 200}}},
+                        {"h", {std::vector<int16_t>{-2, 300}}}});
   const auto expectArray = [&]<typename T>(const char* name, const std::vector<T>& expected) {
     std::vector<T> read;
     EXPECT_TRUE(file.io.FieldReadArray(name, read)) << name;
     EXPECT_EQ(read, expected) << name;
   };
   expectArray("d", many);
-  expectArray("f", floats);
+  expectArray("f", std::vector<float>{1.5F, -0.1F});
   expectArray("i", ints);
   expectArray("i", std::vector<uint32_t>{0, 1, 0xFFFFFFFD});
-  expectArray("l", longs);
-  expectArray("b", bools);
-  expectArray("c", bytes);
-  expectArray("h", shorts);
-
+  expectArray("l", std::vector<int64_t>{int64_t{1} << 40});
+  expectArray("b", std::vector<bool>{true, false, true});
+  expectArray("c", std::vector<uint8_t>{1, 200});
+  expectArray("h", std::vector<int16_t>{-2, 300});
   // The vector that an array doesn't come into is left empty.
   EXPECT_FALSE(file.io.FieldReadArray("absent", many));
   EXPECT_TRUE(many.empty());
-}
-
-TEST_P(EveryForm, GivesRawBytesAndLargeTexts) {
-  const std::string raw("\0\xFF\x10 raw", 7);
-  const std::string large = std::string(70000, 'a') + "z";
-  OpenedIO file = Open({{"R", {FbxRaw{raw}}}, {"S", {large, "behind"}}});
-  ASSERT_TRUE(file.io.FieldReadBegin("R"));
-  EXPECT_EQ(file.io.FieldReadR(), raw);
-  ASSERT_TRUE(file.io.FieldReadBegin("S"));
-  EXPECT_EQ(file.io.FieldReadC(), large);
-  EXPECT_EQ(file.io.FieldReadC(), "behind");
 }
 
 TEST_P(EveryForm, WalksNestedListsAndReturns) {
@@ -117,9 +95,7 @@ TEST_P(EveryForm, WalksNestedListsAndReturns) {
                         {"Last", {9}}});
   FbxIO& io = file.io;
   EXPECT_FALSE(io.FieldReadBegin("Model"));
-  ASSERT_TRUE(io.FieldReadBegin("Objects"));
-  EXPECT_TRUE(io.FieldReadIsBlock());
-  ASSERT_TRUE(io.FieldReadBlockBegin());
+  ASSERT_TRUE(io.FieldReadBegin("Objects") && io.FieldReadIsBlock() && io.FieldReadBlockBegin());
   // Names are sorted; records of one name keep their order.
   ASSERT_EQ(io.FieldGetCount(), 3);
   const std::vector<std::string_view> names = {"Another", "Geometry", "Model", ""};
@@ -145,10 +121,11 @@ TEST_P(EveryForm, WalksNestedListsAndReturns) {
   EXPECT_EQ(io.FieldReadI("Last"), 9);
 }
 
-TEST_P(EveryForm, FlushesTinyNumbers) {
+TEST_P(EveryForm, GivesVectorsAndTimesAndFlushesTinyNumbers) {
   // 2^-125 and 2^-1021 are the smallest that stay.
   OpenedIO file = Open({{"F", {1e-40F, 0x1p-125F, 0x1p-126F, -1.0F}},
-                        {"D", {0x1p-1022, 0x1p-1021, -0x1p-1022, 1e-300}}});
+                        {"D", {0x1p-1022, 0x1p-1021, -0x1p-1022, 1e-300}},
+                        {"T", {int64_t{5}, int64_t{46186158000}}}});
   ASSERT_TRUE(file.io.FieldReadBegin("F"));
   float floats[4];
   file.io.FieldReadFn(floats, 4);
@@ -156,16 +133,10 @@ TEST_P(EveryForm, FlushesTinyNumbers) {
   double doubles[4];
   file.io.FieldRead4D("D", doubles, nullptr);
   EXPECT_THAT(doubles, ElementsAre(0.0, 0x1p-1021, 0.0, 1e-300));
-}
-
-TEST_P(EveryForm, GivesVectorsAndTimesOrTheirDefaults) {
-  OpenedIO file = Open({{"V", {1.0, 2.0, 3.0}}, {"T", {int64_t{5}, int64_t{46186158000}}}});
+  file.io.FieldRead4D("Absent", doubles, nullptr);
+  EXPECT_EQ(doubles[3], 1e-300);
   const double one[3] = {1.0, 1.0, 1.0};
-  double out[3] = {};
-  file.io.FieldRead3D("V", out, one);
-  EXPECT_THAT(out, ElementsAre(1.0, 2.0, 3.0));
-  file.io.FieldRead3D("Absent", out, nullptr);
-  EXPECT_THAT(out, ElementsAre(1.0, 2.0, 3.0));
+  double out[3];
   file.io.FieldRead3D("Absent", out, one);
   EXPECT_THAT(out, ElementsAre(1.0, 1.0, 1.0));
   EXPECT_EQ(file.io.FieldReadTS("T").start.Get(), 5);
@@ -190,22 +161,22 @@ TEST(FbxIOValues, WrongTypesReadAsDefaults) {
 }
 
 TEST(FbxIOValues, ObjectNamesAreUnpacked) {
-  const auto read = [](const std::string& stored) {
+  const std::string many(5000, 'n');
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {std::string("Cube\0\1Model", 11), "Model::Cube"},
+      {std::string("Cube\0\2Model", 11), "Cube"},
+      {std::string("\0\1Model", 7), "Model::"},
+      {std::string("Cube\0\1", 6), "::Cube"},
+      {std::string("Cube\0", 5), "Cube"},
+      // A writer that counts the NUL behind its string.
+      {std::string("Cube\0\1Model\0", 12), "Model::Cube"},
+      {std::string("A\0\1B\0\1C", 7), "B::A"},
+      {many + std::string("\0\1Model", 7), "Model::" + many}};
+  for (const auto& [stored, expected] : cases) {
     OpenedIO file(MakeFile({{"N", {stored}}}));
-    std::string first(file.io.FieldReadC("N"));
-    EXPECT_EQ(first, file.io.FieldReadC("N")) << "reading again changes nothing";
-    return first;
-  };
-  EXPECT_EQ(read(std::string("Cube\0\1Model", 11)), "Model::Cube");
-  EXPECT_EQ(read(std::string("Cube\0\2Model", 11)), "Cube");
-  EXPECT_EQ(read(std::string("\0\1Model", 7)), "Model::");
-  EXPECT_EQ(read(std::string("Cube\0\1", 6)), "::Cube");
-  EXPECT_EQ(read(std::string("Cube\0", 5)), "Cube");
-  // A writer that counts the NUL behind its string.
-  EXPECT_EQ(read(std::string("Cube\0\1Model\0", 12)), "Model::Cube");
-  EXPECT_EQ(read(std::string("A\0\1B\0\1C", 7)), "B::A");
-  EXPECT_EQ(read(std::string(5000, 'n') + std::string("\0\1Model", 7)),
-            "Model::" + std::string(5000, 'n'));
+    EXPECT_EQ(file.io.FieldReadC("N"), expected);
+    EXPECT_EQ(file.io.FieldReadC("N"), expected) << "reading again changes nothing";
+  }
 }
 
 TEST(FbxIOValues, NamesMayBeEmptyOrMany) {

@@ -28,7 +28,9 @@ TEST(ReadDeformers, ClustersHoldTheirSkinsMatricesInTheWorld) {
   scene.AddCluster("short", {1, 2, 3}, {0.5}, Moved(3), {1, 2});
   scene.Object(cluster).Add({"Mode", {"Total1"}});
   scene.Object(bare).Add({"Mode", {"Nonsense"}});
-  scene.Object(skin).Add({"SkinningType", {"DualQuaternion"}});
+  scene.Object(skin).Add({"SkinningType", {"Blend"}});
+  scene.Object(skin).Add({"Indexes", {std::vector<int32_t>{0, 1, 2}}});
+  scene.Object(skin).Add({"BlendWeights", {std::vector<double>{0.5, 1}}});
   for (const int64_t c : {cluster, bare}) scene.Connect(c, skin);
   scene.Connect(skin, mesh);
   scene.Connect(bone, cluster);
@@ -42,8 +44,8 @@ TEST(ReadDeformers, ClustersHoldTheirSkinsMatricesInTheWorld) {
     ASSERT_EQ(m->GetDeformerCount(FbxDeformer::eSkin), 1);
     EXPECT_EQ(m->GetDeformerCount(FbxDeformer::eBlendShape), 0);
     const auto* s = static_cast<FbxSkin*>(m->GetDeformer(0, FbxDeformer::eSkin));
-    EXPECT_EQ(s->skinningType, FbxSkin::eDualQuaternion);
-    EXPECT_EQ(s->deformAccuracy, 50.0);
+    EXPECT_EQ(s->skinningType, FbxSkin::eBlend);
+    EXPECT_THAT(s->blendWeights, ElementsAre(0.5, 1.0, 0.0));
     ASSERT_EQ(s->GetClusterCount(), 2);
     const FbxCluster& full = *s->GetCluster(0);
     EXPECT_EQ(full.GetLink(), &file.Node("bone"));
@@ -66,17 +68,6 @@ TEST(ReadDeformers, ClustersHoldTheirSkinsMatricesInTheWorld) {
     EXPECT_TRUE(cut->transformLink.IsIdentity());
     EXPECT_EQ(cut->transform.GetT()[0], 3.0);
   }
-}
-
-TEST(ReadDeformers, SkinsOfTheBlendTypeHaveWeights) {
-  SceneBuilder scene;
-  FbxRecord& skin = scene.Object(scene.AddSkin("skin"));
-  skin.Add({"SkinningType", {"Blend"}});
-  skin.Add({"Indexes", {std::vector<int32_t>{0, 1, 2}}});
-  skin.Add({"BlendWeights", {std::vector<double>{0.5, 1}}});
-  const LoadedScene file(scene);
-  EXPECT_EQ(file.Find<FbxSkin>("skin")->skinningType, FbxSkin::eBlend);
-  EXPECT_THAT(file.Find<FbxSkin>("skin")->blendWeights, ElementsAre(0.5, 1.0, 0.0));
 }
 
 // A quad with a blend shape, and a channel for each shape.
