@@ -8,7 +8,7 @@
 #include "fbx/core/fbx_manager.h"
 #include "fbx/reader/fbx_importer.h"
 #include "fbx/scene/fbx_scene.h"
-#include "tests/fbx/io/opened_io.h"
+#include "tests/support/scene_builder.h"
 #include "tests/support/temp_dir.h"
 
 namespace {

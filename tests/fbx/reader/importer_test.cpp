@@ -30,7 +30,7 @@ TEST(Importer, SaysWhyAFileIsRefused) {
   EXPECT_EQ(StatusOf(""), "1 File is corrupted ");
   EXPECT_EQ(StatusOf("; FBX 7.4.0 something else\n"), "1 File is corrupted ");
   for (const bool ascii : {false, true}) {
-    const Imported old(scene.Write({.ascii = ascii, .version = 5800}));
+    const LoadedScene old(scene.Write({.ascii = ascii, .version = 5800}));
     EXPECT_EQ(old.Status(), "1 Unexpected file type");
     int major = 0;
     int minor = 0;

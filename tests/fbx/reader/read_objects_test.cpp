@@ -118,7 +118,7 @@ TEST(ReadObjects, NeedsNoDefinitions) {
         return type.name == "ObjectType" && !(keepsPose && type.values[0] == FbxValue("Pose"));
       });
     }
-    const Imported file(WriteFbx(records));
+    const LoadedScene file(WriteFbx(records));
     ASSERT_NE(file.Find<FbxNode>("bone"), nullptr);
     ASSERT_NE(file.Find<FbxPose>("bind"), nullptr);
     EXPECT_EQ(file.Find<FbxPose>("bind")->GetCount(), 1) << "poses find nodes behind them";
