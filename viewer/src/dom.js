@@ -14,7 +14,15 @@ export function make(tag, properties = {}, ...children) {
   return element;
 }
 
-/** Says something to screen readers, and in a corner of the view. */
+// How long words stay in the view; a screen reader can go back to them ever after.
+const FADE_MS = 6000;
+let fading = 0;
+
+/** Says something to screen readers, and for a while in a corner of the view. */
 export function say(text) {
-  byId('status').textContent = text;
+  const status = byId('status');
+  status.textContent = text;
+  status.classList.remove('faded');
+  clearTimeout(fading);
+  fading = setTimeout(() => status.classList.add('faded'), FADE_MS);
 }

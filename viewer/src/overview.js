@@ -31,14 +31,15 @@ function showScale(size) {
   scale.hidden = !size;
   if (!size) return;
   const highest = Math.max(AVATAR_SIZE, size[2]);
-  const bar = (name, height, text) => {
-    const element = make('span', { className: name }, text);
-    element.style.height = `${Math.max((height / highest) * 100, 4)}%`;
-    return element;
-  };
+  const bars = [AVATAR_SIZE, size[2]].map((height) => {
+    const bar = make('span', { className: 'bar' });
+    bar.style.height = `${(height / highest) * 100}%`;
+    return bar;
+  });
   scale.replaceChildren(
-    bar('avatar', AVATAR_SIZE, `avatar ${AVATAR_SIZE}`),
-    bar('model', size[2], `model ${units(size[2])}`),
+    ...bars,
+    make('span', {}, `avatar ${AVATAR_SIZE}`),
+    make('span', {}, `model ${units(size[2])}`),
   );
 }
 
@@ -52,7 +53,7 @@ function fillCard(card, title, list, buttons) {
   const row = make('div', { className: 'buttons' });
   for (const [text, run] of buttons)
     row.append(make('button', { type: 'button', onclick: run }, text));
-  card.replaceChildren(make('h3', {}, title), make('dl', {}, ...pairs(list)), row);
+  card.replaceChildren(make('h2', {}, title), make('dl', {}, ...pairs(list)), row);
 }
 
 /** What there is to know of a bone. `reach` says how many vertices of which submesh it pulls at. */

@@ -285,6 +285,8 @@ export class Page {
       }
     }
     this.stage.invalidate();
+    // The ruler may be higher than what is in the picture.
+    if (name === 'ruler' && on && aloud) this.frameAll();
     if (aloud) say(`${button.textContent.trim()} ${on ? 'on' : 'off'}.`);
   }
 
@@ -305,7 +307,7 @@ export class Page {
   }
 
   frameAll() {
-    if (this.model) this.stage.frame(this.model.restBox);
+    if (this.model) this.stage.frame(this.stage.wholeBox);
   }
 
   frameSelection() {
@@ -318,7 +320,7 @@ export class Page {
   view(name) {
     if (!this.model || !name) return;
     this.viewName = name;
-    this.stage.view(name, this.model.restBox);
+    this.stage.frame(this.stage.wholeBox, VIEWS[name]);
     say(`View from ${byId('view').querySelector(`[value=${name}]`).textContent}.`);
   }
 

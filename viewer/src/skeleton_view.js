@@ -240,8 +240,8 @@ export class SkeletonView {
     this.#toSkin = skeleton.bones.map((bone, n) =>
       bone.matrixWorld.clone().multiply(skeleton.boneInverses[n]).invert(),
     );
-    const size =
-      new THREE.Box3().setFromPoints(this.#places).getSize(new THREE.Vector3()).length() || 1;
+    // Of the meshes, where there are some: a bone of a lamp or camera may be far away.
+    const size = model.restBox.getSize(new THREE.Vector3()).length() || 1;
     const material = new THREE.ShaderMaterial({
       uniforms: {
         picked: this.#picked,

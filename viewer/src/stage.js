@@ -183,6 +183,12 @@ export class Stage {
     this.invalidate();
   }
 
+  /** The model's box, together with the ruler while that is shown. */
+  get wholeBox() {
+    const box = this.#box.clone();
+    return this.#ruler ? box.expandByObject(this.#ruler) : box;
+  }
+
   /** Turns the camera to a box, from its present side or from the direction given. */
   frame(box, direction = null) {
     if (box.isEmpty()) return;
@@ -232,10 +238,6 @@ export class Stage {
       distance = Math.max(distance, away - point.z);
     }
     return distance > 0 ? distance : null;
-  }
-
-  view(name, box) {
-    this.frame(box, VIEWS[name]);
   }
 
   orbit(left, up) {
