@@ -153,6 +153,8 @@ export class Stage {
   #furnish() {
     disposeTree(this.#grid);
     disposeTree(this.#ruler);
+    this.#grid = null;
+    this.#ruler = null;
     const size = this.#box.getSize(new THREE.Vector3());
     const center = this.#box.getCenter(new THREE.Vector3());
     if (this.#shown.grid && !this.#box.isEmpty()) {
