@@ -133,7 +133,9 @@ Picture PictureWithOpacity(const std::string* base, const std::string& opacity, 
   }
   // The soft rim of a cut-out is a few points in a hundred.
   const size_t all = rgba.size() / kRgba;
-  spread = full == all ? Opacity::kFull : between < all / 20 ? Opacity::kCutOut : Opacity::kBlended;
+  spread = full == all           ? Opacity::kFull
+           : between * 20 <= all ? Opacity::kCutOut
+                                 : Opacity::kBlended;
   return Png(width, height, rgba.data());
 }
 

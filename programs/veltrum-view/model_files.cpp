@@ -1,9 +1,12 @@
 #include "programs/veltrum-view/model_files.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <optional>
+#include <regex>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -41,6 +44,14 @@ bool IsOurs(const std::string& path) {
 }
 
 std::string NameOf(const std::string& path) { return fs::path(path).filename().string(); }
+
+// The slot that an artist wrote into a material's name, whose file's name may be encoded.
+std::optional<int32_t> SlotOf(const std::string& file) {
+  static const std::regex slot("(?:\\[|%5[Bb])([0-9]{1,6})(?:\\]|%5[Dd])");
+  std::smatch found;
+  if (!std::regex_search(file, found, slot)) return {};
+  return std::stoi(found[1]);
+}
 
 class ModelLoader {
  public:
@@ -164,17 +175,43 @@ class ModelLoader {
 
   void NumberMaterials() {
     std::vector<ViewMaterial>& materials = loaded_.model.materials;
+    if (numbers_.empty() && !materials.empty()) {
+      GuessNumbers();
+      if (materials.size() > 1) {
+        loaded_.notes.warnings.emplace_back(
+            "no manifest tells the numbers of the materials: they are guessed from their textures");
+      }
+    }
     int32_t next = 0;
     for (const auto& [file, id] : numbers_) next = std::max(next, id == INT32_MAX ? id : id + 1);
     for (ViewMaterial& material : materials) {
       const auto number = numbers_.find(material.file);
       material.id = number == numbers_.end() ? next++ : number->second;
     }
-    if (numbers_.empty() && materials.size() > 1) {
-      loaded_.notes.warnings.emplace_back(
-          "no manifest tells the numbers of the materials: they are taken in the order of the "
-          "files");
+  }
+
+  // As an export of all meshes numbers them: a slot in the name ("Skin[3]") counts, the others
+  // follow above the highest slot, the greatest diffuse texture first, then the greatest name. It
+  // misses where textures lay in several folders, or a material has no file.
+  void GuessNumbers() {
+    std::vector<const ViewMaterial*> rest;
+    int32_t next = 0;
+    for (const ViewMaterial& material : loaded_.model.materials) {
+      const std::optional<int32_t> slot = SlotOf(material.file);
+      if (slot) {
+        numbers_.emplace(material.file, *slot);
+        next = std::max(next, *slot + 1);
+      } else {
+        rest.push_back(&material);
+      }
     }
+    const auto key = [](const ViewMaterial* material) {
+      const auto& maps = material->core->maps;
+      const auto diffuse = std::ranges::find(maps, "Diffuse Color", &CalCoreMaterial::Map::type);
+      return std::pair(diffuse == maps.end() ? std::string() : diffuse->filename, material->file);
+    };
+    std::ranges::sort(rest, std::greater<>(), key);
+    for (const ViewMaterial* material : rest) numbers_.emplace(material->file, next++);
   }
 
   std::string DefaultName() const {

@@ -33,6 +33,11 @@ void Drain(int out_fd, std::string& out, int err_fd, std::string& err) {
 }  // namespace
 
 RunResult RunVeltrum(const std::vector<std::string>& arguments, const std::string& directory) {
+  return RunProgram("veltrum", arguments, directory);
+}
+
+RunResult RunProgram(const std::string& name, const std::vector<std::string>& arguments,
+                     const std::string& directory) {
   RunResult result;
   std::array<int, 2> out_pipe{};
   std::array<int, 2> err_pipe{};
@@ -46,7 +51,7 @@ RunResult RunVeltrum(const std::vector<std::string>& arguments, const std::strin
     dup2(out_pipe[1], STDOUT_FILENO);
     dup2(err_pipe[1], STDERR_FILENO);
     for (int fd : {out_pipe[0], out_pipe[1], err_pipe[0], err_pipe[1]}) close(fd);
-    std::string program = VELTRUM_PROGRAM;
+    std::string program = ProgramPath(name);
     std::vector<std::string> words = arguments;
     std::vector<char*> argv{program.data()};
     for (std::string& word : words) argv.push_back(word.data());
@@ -63,6 +68,10 @@ RunResult RunVeltrum(const std::vector<std::string>& arguments, const std::strin
   waitpid(child, &status, 0);
   result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   return result;
+}
+
+std::string ProgramPath(const std::string& name) {
+  return name.starts_with("/") ? name : VELTRUM_PROGRAMS "/" + name;
 }
 
 std::string SamplesDirectory() { return VELTRUM_SAMPLES; }

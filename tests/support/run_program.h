@@ -13,5 +13,11 @@ struct RunResult {
 // Runs the program with `arguments` in the folder `directory`, with no standard input.
 RunResult RunVeltrum(const std::vector<std::string>& arguments, const std::string& directory);
 
+// Where a program is, beside the others; a whole path stays one.
+std::string ProgramPath(const std::string& name);
+// Runs a program by its name or its whole path.
+RunResult RunProgram(const std::string& name, const std::vector<std::string>& arguments,
+                     const std::string& directory);
+
 // The folder of the sample scenes that the project ships.
 std::string SamplesDirectory();
