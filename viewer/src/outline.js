@@ -1,4 +1,5 @@
-// A tree as the list of its visible rows, and what the keys of a tree do to it.
+// A tree as the list of its visible rows, and what the keys of a tree do to it. Letters do nothing:
+// they are the page's own keys, and a field beside each tree finds names.
 
 export class Outline {
   /** @param {{label: string, parent: number}[]} items parent: an index into the list, or -1 */
@@ -91,16 +92,7 @@ export class Outline {
         this.collapsed.clear();
         return focused;
       default:
-        return key.length === 1 && key !== ' ' ? this.#startingWith(rows, at, key) : null;
+        return null;
     }
-  }
-
-  /** The next row below, from the top again, whose label starts with the letter. */
-  #startingWith(rows, at, letter) {
-    for (let n = 1; n <= rows.length; n++) {
-      const { index } = rows[(at + n) % rows.length];
-      if (this.items[index].label.toLowerCase().startsWith(letter.toLowerCase())) return index;
-    }
-    return this.items[rows[at].index] ? rows[at].index : null;
   }
 }

@@ -1,7 +1,7 @@
 // The panel with notices and facts, and the cards of what is selected.
 
 import { byId, make } from './dom.js';
-import { AVATAR_SIZE, count, facts, sizeAgainstAvatar, units, vertices } from './words.js';
+import { AVATAR_SIZE, count, facts, sizeAgainstAvatar, units, vertices, whole } from './words.js';
 
 const KINDS = { warning: 'Warning', missing: 'Missing texture', note: 'Note' };
 
@@ -85,10 +85,7 @@ export function showSubmeshCard(contents, submesh, buttons) {
     ],
   ];
   if (submesh.materialFile) list.push(['File', submesh.materialFile]);
-  list.push(
-    ['Vertices', count(submesh.vertices, 'vertex', 'vertices')],
-    ['Faces', count(submesh.faces, 'face')],
-  );
+  list.push(['Vertices', whole(submesh.vertices)], ['Faces', whole(submesh.faces)]);
   const kinds = [
     ['map', 'colours'],
     ['normalMap', 'normals'],

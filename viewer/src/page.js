@@ -205,8 +205,8 @@ export class Page {
     showSubmeshCard(this.model.contents, submesh, [
       ['Frame', () => this.frameSelection()],
       [hidden ? 'Show' : 'Hide', () => this.toggleHidden()],
-      ['Show only this', () => this.#showOnly(index)],
-      ['Show all', () => this.#showOnly(-1)],
+      ['Show only this', () => this.#hide((one) => one !== index)],
+      ['Show all', () => this.#hide(() => false)],
       ['Select nothing', () => this.clearSelection()],
     ]);
     say(
@@ -227,24 +227,23 @@ export class Page {
     say('Nothing selected.');
   }
 
-  #setHidden(index, hidden) {
-    const { object } = this.model.submeshes[index];
-    if (object) object.visible = !hidden;
-    this.meshTree.cross(this.#rowOfSubmesh(index), hidden);
+  // Hides exactly the submeshes that `isHidden` is true for.
+  #hide(isHidden) {
+    for (const { index, object } of this.surface.parts) object.visible = !isHidden(index);
+    this.meshTree.cross((row) => this.#isHiddenRow(this.meshRows[row]));
+    this.#refocusCard('mesh-card', () => this.#showSubmesh(this.selection.index));
+    this.stage.invalidate();
+  }
+
+  #isHiddenRow({ parent, submesh }) {
+    return parent >= 0 && this.model.submeshes[submesh].object?.visible === false;
   }
 
   toggleHidden() {
     const { kind, index } = this.selection;
     if (kind !== 'submesh') return say('Select a submesh first.');
-    this.#setHidden(index, this.model.submeshes[index].object?.visible !== false);
-    this.#refocusCard('mesh-card', () => this.#showSubmesh(index));
-    this.stage.invalidate();
-  }
-
-  #showOnly(index) {
-    this.model.submeshes.forEach((_, n) => this.#setHidden(n, index >= 0 && n !== index));
-    this.#refocusCard('mesh-card', () => this.#showSubmesh(this.selection.index));
-    this.stage.invalidate();
+    const isHidden = (one) => this.model.submeshes[one].object.visible === false;
+    this.#hide((one) => isHidden(one) !== (one === index));
   }
 
   // Making a card anew must not lose the button that has the focus.
@@ -451,9 +450,13 @@ export class Page {
 function focusOf(element) {
   if (!element || element === document.body) return 'page';
   if (element.id === 'view3d') return 'view';
-  if (element.matches('[role=treeitem], select')) return 'letters';
+  if (element.matches('select')) return 'letters';
   if (element.matches('input[type=range]')) return 'page';
-  if (element.matches('button, input[type=radio], input[type=checkbox], [role=tabpanel]'))
+  if (
+    element.matches(
+      'button, [role=treeitem], [role=tabpanel], input[type=radio], input[type=checkbox]',
+    )
+  )
     return 'button';
   return element.matches('input, textarea') ? 'text' : 'page';
 }

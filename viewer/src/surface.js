@@ -203,7 +203,8 @@ export class Surface {
   #heat = { value: heatTexture() };
   #wires = null;
   #normals = null;
-  #tint;
+  #marks = [];
+  #markMaterials;
   #normalLength;
 
   /** @param {import('./model.js').Model} model */
@@ -235,18 +236,19 @@ export class Surface {
       });
       object.layers.enable(PICK_LAYER);
     }
-    this.#tint = more(
-      new THREE.MeshBasicMaterial({
-        color: '#3b8cff',
-        transparent: true,
-        opacity: 0.35,
-        depthWrite: false,
-        side: THREE.DoubleSide,
-        polygonOffset: true,
-        polygonOffsetFactor: -1,
-        polygonOffsetUnits: -1,
-      }),
-    );
+    const mark = {
+      color: '#3b8cff',
+      transparent: true,
+      depthWrite: false,
+      side: THREE.DoubleSide,
+      polygonOffset: true,
+      polygonOffsetFactor: -1,
+      polygonOffsetUnits: -1,
+    };
+    this.#markMaterials = [
+      more(new THREE.MeshBasicMaterial({ ...mark, opacity: 0.3 })),
+      more(new THREE.MeshBasicMaterial({ ...mark, opacity: 0.5, wireframe: true })),
+    ];
     this.wireMaterial = more(
       new THREE.MeshBasicMaterial({
         wireframe: true,
@@ -296,12 +298,12 @@ export class Surface {
     for (const lines of this.#normals ?? []) lines.visible = shown;
   }
 
-  /** Tints one submesh; -1 for none. */
+  /** Marks one submesh, -1 for none: by a tint, and by lines for surfaces that have its colour. */
   mark(index) {
-    this.marked?.removeFromParent();
+    for (const twin of this.#marks) twin.removeFromParent();
     const part = this.parts.find((one) => one.index === index);
-    this.marked = part ? twinOf(part.object, this.#tint) : null;
-    if (this.marked) this.marked.renderOrder = 1;
+    this.#marks = part ? this.#markMaterials.map((material) => twinOf(part.object, material)) : [];
+    for (const twin of this.#marks) twin.renderOrder = 1;
   }
 
   /** Runs `draw` with surfaces in the colours of their ids, or of their strongest bones. */

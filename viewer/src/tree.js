@@ -64,9 +64,9 @@ export class TreeView {
     if (index >= 0) this.#rows.get(index)?.scrollIntoView({ block: 'nearest' });
   }
 
-  /** Crosses an item out, or not. */
-  cross(index, crossed) {
-    this.#items[index].crossed = crossed;
+  /** Crosses out exactly the items that `isCrossed` is true for. */
+  cross(isCrossed) {
+    this.#items.forEach((item, index) => (item.crossed = isCrossed(index)));
     this.#draw();
   }
 

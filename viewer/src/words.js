@@ -8,16 +8,19 @@ export const AVATAR_SIZE = 600;
 const SMALLEST_SIZE = 100;
 const LARGEST_SIZE = 5000;
 
-const whole = new Intl.NumberFormat('en-US', { maximumFractionDigits: 0 });
+const wholeFormat = new Intl.NumberFormat('en-US', { maximumFractionDigits: 0 });
 const oneDigit = new Intl.NumberFormat('en-US', { maximumFractionDigits: 1 });
 const twoFigures = new Intl.NumberFormat('en-US', {
   minimumSignificantDigits: 2,
   maximumSignificantDigits: 2,
 });
 
+/** "1,204" */
+export const whole = (number) => wholeFormat.format(number);
+
 /** "1 bone", "1,204 bones"; the plural is the noun with an s unless given. */
 export function count(number, noun, plural = `${noun}s`) {
-  return `${whole.format(number)} ${number === 1 ? noun : plural}`;
+  return `${whole(number)} ${number === 1 ? noun : plural}`;
 }
 
 export const vertices = (number) => count(number, 'vertex', 'vertices');
@@ -26,7 +29,7 @@ export const vertices = (number) => count(number, 'vertex', 'vertices');
 export const seconds = (time) => `${time.toFixed(2)} s`;
 
 /** A length in units: one decimal below 1000. */
-export const units = (length) => (Math.abs(length) < 1000 ? oneDigit : whole).format(length);
+export const units = (length) => (Math.abs(length) < 1000 ? oneDigit : wholeFormat).format(length);
 
 const sum = (list, key) => list.reduce((total, one) => total + one[key], 0);
 
@@ -60,19 +63,16 @@ export function facts(contents, manifest, size) {
   const { bones, meshes, submeshes, animations, morphs } = contents;
   const materials = new Set(submeshes.map((submesh) => submesh.material)).size;
   const list = [
-    [
-      'Meshes',
-      `${whole.format(meshes.length)} in ${count(submeshes.length, 'submesh', 'submeshes')}`,
-    ],
-    ['Vertices', whole.format(sum(submeshes, 'vertices'))],
-    ['Faces', whole.format(sum(submeshes, 'faces'))],
-    ['Materials', whole.format(materials)],
-    ['Bones', whole.format(bones.length)],
-    ['Morphs', whole.format(morphs.length)],
-    ['Animations', whole.format(animations.length)],
+    ['Meshes', `${whole(meshes.length)} in ${count(submeshes.length, 'submesh', 'submeshes')}`],
+    ['Vertices', whole(sum(submeshes, 'vertices'))],
+    ['Faces', whole(sum(submeshes, 'faces'))],
+    ['Materials', whole(materials)],
+    ['Bones', whole(bones.length)],
+    ['Morphs', whole(morphs.length)],
+    ['Animations', whole(animations.length)],
   ];
   const lights = bones.filter((bone) => bone.light).length;
-  if (lights) list.push(['Lights', whole.format(lights)]);
+  if (lights) list.push(['Lights', whole(lights)]);
   if (manifest.skeleton?.file) list.push(['Skeleton file', manifest.skeleton.file]);
   if (size) {
     const [width, depth, height] = size.map(units);

@@ -134,10 +134,7 @@ test('a tree is gone through, closed and narrowed by keys', () => {
     ['End', 0, 5],
     ['ArrowLeft', 3, 2],
     ['ArrowRight', 0, 1],
-    ['t', 0, 5],
-    ['h', 5, 0],
-    ['z', 2, 2],
-    ['F1', 2, null],
+    ['t', 0, null],
   ];
   for (const [key, from, to] of keys)
     assert.equal(outline.key(key, from), to, `${key} at ${names[from]}`);
