@@ -49,3 +49,13 @@ function(veltrum_library name)
   target_link_libraries(${name} PUBLIC veltrum_options)
   veltrum_unity(${name} ${sources})
 endfunction()
+
+# A program of every source file in programs/<name>, with the libraries given.
+function(veltrum_program name)
+  file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/programs/${name}/*.cpp)
+  add_executable(${name} ${sources})
+  target_link_libraries(${name} PRIVATE ${ARGN} veltrum_options)
+  target_compile_definitions(${name} PRIVATE VELTRUM_VERSION="${PROJECT_VERSION}")
+  veltrum_unity(${name} ${sources})
+  install(TARGETS ${name} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endfunction()

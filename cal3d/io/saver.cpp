@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "cal3d/io/file_format.h"
 #include "cal3d/io/file_kinds.h"
@@ -31,9 +32,13 @@ bool Refuse(const std::string& fault) {
   return false;
 }
 
+CalSaveGate& Gate() {
+  static CalSaveGate gate;
+  return gate;
+}
+
 template <typename Object>
-bool Save(const std::string& path, const Object* object) {
-  if (object == nullptr) return Refuse("there is nothing to write");
+bool Write(const std::string& path, const Object* object) {
   if (const std::string fault = FaultOf(*object); !fault.empty()) return Refuse(fault);
   OutputFile file(path);
   if (WantsBinary(path)) {
@@ -44,9 +49,18 @@ bool Save(const std::string& path, const Object* object) {
   return file.Commit() || Refuse(std::generic_category().message(file.Error()));
 }
 
+template <typename Object>
+bool Save(const std::string& path, const Object* object) {
+  if (object == nullptr) return Refuse("there is nothing to write");
+  const auto write = [&path, object] { return Write(path, object); };
+  return Gate() ? Gate()(path, object, write) : write();
+}
+
 }  // namespace
 
 const std::string& CalSaver::lastError() { return LastError(); }
+
+void CalSaver::setGate(CalSaveGate gate) { Gate() = std::move(gate); }
 
 bool CalSaver::saveCoreSkeleton(const std::string& path, const CalCoreSkeleton* skeleton) {
   return Save(path, skeleton);

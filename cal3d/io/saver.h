@@ -6,11 +6,20 @@
 // neither form's readers agree on any other spelling.
 #pragma once
 
+#include <functional>
 #include <string>
+#include <variant>
 
 #include "cal3d/model/core_animation.h"
 #include "cal3d/model/core_mesh.h"
 #include "cal3d/model/core_skeleton.h"
+
+using CalObject = std::variant<const CalCoreSkeleton*, const CalCoreMesh*, const CalCoreMaterial*,
+                               const CalCoreAnimation*, const CalCoreMorphAnimation*>;
+// Stands between the exporters and the disk, for programs that keep account of what is written or
+// write nothing: `write` saves the object as without a gate. What it returns the save returns.
+using CalSaveGate = std::function<bool(const std::string& path, const CalObject& object,
+                                       const std::function<bool()>& write)>;
 
 // Every operation returns whether the file was written, and says nothing itself. False also for an
 // object that no loader would take back: a null pointer in it, or an index out of range.
@@ -25,4 +34,7 @@ struct CalSaver {
   // Why the last save that returned false did so, in the system's words ("No space left on device")
   // or ours ("bone 3 is missing"); without the path, which the caller has.
   static const std::string& lastError();
+
+  // All saves pass the gate from now on; an empty one takes it away.
+  static void setGate(CalSaveGate gate);
 };

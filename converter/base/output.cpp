@@ -2,14 +2,43 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <string>
+#include <utility>
 
-void Print(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stdout); }
+namespace {
+
+std::function<void(std::string_view)>& Sink() {
+  static std::function<void(std::string_view)> sink;
+  return sink;
+}
+
+}  // namespace
+
+void Print(std::string_view text) {
+  if (Sink()) {
+    Sink()(text);
+  } else {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+  }
+}
 
 void PrintFormatted(const char* format, ...) {
   va_list values;
   va_start(values, format);
-  std::vprintf(format, values);
+  if (Sink()) {
+    va_list again;
+    va_copy(again, values);
+    std::string text(static_cast<size_t>(std::vsnprintf(nullptr, 0, format, again)) + 1, '\0');
+    va_end(again);
+    std::vsnprintf(text.data(), text.size(), format, values);
+    text.pop_back();
+    Sink()(text);
+  } else {
+    std::vprintf(format, values);
+  }
   va_end(values);
 }
 
 void FlushOutput() { std::fflush(stdout); }
+
+void RedirectOutput(std::function<void(std::string_view)> sink) { Sink() = std::move(sink); }

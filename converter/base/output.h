@@ -3,6 +3,7 @@
 // in their order. A closed or full standard output is not an error.
 #pragma once
 
+#include <functional>
 #include <string_view>
 
 // The text as it stands, zero bytes included. It may stay in the stream's buffer.
@@ -11,3 +12,7 @@ void Print(std::string_view text);
 [[gnu::format(printf, 1, 2)]] void PrintFormatted(const char* format, ...);
 // What was printed so far reaches whoever reads it.
 void FlushOutput();
+
+// From now on texts go there instead; empty for standard output again. For programs that turn the
+// records into something else.
+void RedirectOutput(std::function<void(std::string_view)> sink);

@@ -47,34 +47,13 @@ const char* NodeTypeString(const FbxNode* node) {
   return type < _nodeTypeStrings.size() ? _nodeTypeStrings[type] : _nodeTypeStrings[0];
 }
 
-void ListSkeletons(FbxWrapper& scene, const std::vector<NodeSpan>& skeletons,
-                   const ConversionArguments& args) {
-  std::map<std::string, int> nameCounts;
-  for (const NodeSpan skeleton : skeletons) {
-    const FbxNode* root = skeleton.front();
-    const bool sceneRoot = BuildRootNodeName(root, nullptr) == kRootNodeName;
-    ++nameCounts[sceneRoot ? kNoSkeleton : root->Name()];
-  }
-  const MeshesBySkeleton meshesBySkeleton = scene.BuildMeshesOnSkeletonsList(args);
-  for (const NodeSpan skeleton : skeletons) {
-    const std::string path = BuildRootNodeName(skeleton.front(), nullptr);
-    std::string friendly = skeleton.front()->Name();
-    if (nameCounts[friendly] >= 2) friendly = path;
-    const auto meshes = meshesBySkeleton.find(path);
-    if (path == kRootNodeName) {
-      if (meshes == meshesBySkeleton.end()) continue;
-      friendly = kNoSkeleton;
-    }
-    std::vector<std::string> meshNames;
-    if (meshes != meshesBySkeleton.end()) {
-      for (const MeshHolder_* holder : meshes->second) meshNames.push_back(holder->name);
-    }
-    std::sort(meshNames.begin(), meshNames.end());
-    AddOutput("NODE", path, false);
-    AddOutput("MESHCOUNT", static_cast<int64_t>(meshNames.size()), false);
-    AddOutput("FRIENDLYSKELNAME", friendly, false);
-    for (const std::string& name : meshNames) AddOutput("MESHNAME", name, false);
-    AddOutput("BONECOUNT", static_cast<int64_t>(skeleton.size()), true);
+void ListSkeletons(FbxWrapper& scene, const ConversionArguments& args) {
+  for (const ListedSkeleton& skeleton : SkeletonsToList(scene, args)) {
+    AddOutput("NODE", skeleton.path, false);
+    AddOutput("MESHCOUNT", static_cast<int64_t>(skeleton.meshNames.size()), false);
+    AddOutput("FRIENDLYSKELNAME", skeleton.friendlyName, false);
+    for (const std::string& name : skeleton.meshNames) AddOutput("MESHNAME", name, false);
+    AddOutput("BONECOUNT", static_cast<int64_t>(skeleton.boneCount), true);
   }
 }
 
@@ -97,6 +76,36 @@ void ListNodesOfSkeleton(NodeSpan skeleton, const ConversionArguments& args) {
 
 }  // namespace
 
+std::vector<ListedSkeleton> SkeletonsToList(FbxWrapper& scene, const ConversionArguments& args) {
+  const std::vector<NodeSpan>& skeletons = scene.BuildSkeletonList(args.treatAsRoom);
+  std::map<std::string, int> nameCounts;
+  for (const NodeSpan skeleton : skeletons) {
+    const FbxNode* root = skeleton.front();
+    const bool sceneRoot = BuildRootNodeName(root, nullptr) == kRootNodeName;
+    ++nameCounts[sceneRoot ? kNoSkeleton : root->Name()];
+  }
+  const MeshesBySkeleton meshesBySkeleton = scene.BuildMeshesOnSkeletonsList(args);
+  std::vector<ListedSkeleton> listed;
+  for (const NodeSpan skeleton : skeletons) {
+    ListedSkeleton row;
+    row.path = BuildRootNodeName(skeleton.front(), nullptr);
+    row.friendlyName = skeleton.front()->Name();
+    if (nameCounts[row.friendlyName] >= 2) row.friendlyName = row.path;
+    const auto meshes = meshesBySkeleton.find(row.path);
+    if (row.path == kRootNodeName) {
+      if (meshes == meshesBySkeleton.end()) continue;
+      row.friendlyName = kNoSkeleton;
+    }
+    if (meshes != meshesBySkeleton.end()) {
+      for (const MeshHolder_* holder : meshes->second) row.meshNames.push_back(holder->name);
+    }
+    std::sort(row.meshNames.begin(), row.meshNames.end());
+    row.boneCount = skeleton.size();
+    listed.push_back(std::move(row));
+  }
+  return listed;
+}
+
 void ListNodes(FbxWrapper& scene, const ConversionArguments& args) {
   const std::vector<NodeSpan>& skeletons = scene.BuildSkeletonList(args.treatAsRoom);
   if (skeletons.empty()) {
@@ -104,7 +113,7 @@ void ListNodes(FbxWrapper& scene, const ConversionArguments& args) {
     return;
   }
   if (args.skeletonRootPath.empty()) {
-    ListSkeletons(scene, skeletons, args);
+    ListSkeletons(scene, args);
     return;
   }
   const auto skeleton =

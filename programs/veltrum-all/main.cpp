@@ -1,0 +1,89 @@
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <string>
+
+#include "cal3d/io/output_file.h"
+#include "converter/base/names.h"
+#include "programs/veltrum-all/export_scene.h"
+#include "programs/veltrum-all/manifest.h"
+#include "programs/veltrum-all/options.h"
+
+namespace {
+
+constexpr int kUnreadableStatus = 2;
+
+void Complain(const std::string& text) { std::fprintf(stderr, "veltrum-all: %s\n", text.c_str()); }
+
+// The file's name without its extension, as names of files are written.
+std::string StemOf(const std::string& scene) {
+  std::string name = getBaseFilenameWithExtension(scene);
+  const size_t dot = name.rfind('.');
+  if (dot != std::string::npos && dot != 0) name.resize(dot);
+  return urlencode(name);
+}
+
+void Summarise(const SceneReport& report, const Options& options) {
+  size_t bones = 0;
+  size_t meshes = 0;
+  size_t materials = 0;
+  size_t animations = 0;
+  for (const SkeletonReport& skeleton : report.skeletons) {
+    bones += skeleton.bones.size();
+    meshes += skeleton.meshes.size();
+    for (const MaterialReport& material : skeleton.materials) materials += !material.file.empty();
+    animations += skeleton.animations.size();
+  }
+  std::printf(
+      "%s: %zu skeletons (%zu bones), %zu meshes, %zu materials, %zu animations, %zu warnings%s\n",
+      report.fileName.c_str(), report.skeletons.size(), bones, meshes, materials, animations,
+      report.warnings.size(), options.dryRun ? "; nothing written" : "");
+  for (const std::string& file : report.files) {
+    std::printf("  %s%s\n", options.directory.c_str(), file.c_str());
+  }
+}
+
+// False if it can't be written.
+bool WriteManifest(const SceneReport& report, const Options& options) {
+  const std::string path = options.directory + report.name + ".json";
+  OutputFile file(path);
+  file.Append(ManifestText(report, options));
+  if (file.Commit()) return true;
+  Complain(path + " could not be written");
+  return false;
+}
+
+int Run(int argc, char** argv) {
+  const ParsedOptions parsed = ParseOptions(argc, argv);
+  if (parsed.status >= 0) return parsed.status;
+  const Options& options = parsed.options;
+  if (!options.dryRun) std::filesystem::create_directories(options.directory);
+  std::set<std::string> names;
+  int status = 0;
+  for (const std::string& scene : options.scenes) {
+    const std::string name = UniqueName(StemOf(scene), names);
+    const std::string folder = options.scenes.size() > 1 ? name + "/" : "";
+    const SceneReport report = ExportScene(options, scene, name, folder);
+    for (const Message& error : report.errors) {
+      Complain(scene + ": " + error.text);
+    }
+    if (report.state != SceneReport::kUnreadable) Summarise(report, options);
+    status = std::max(status, static_cast<int>(report.state));
+    if (!options.dryRun && !WriteManifest(report, options)) status = std::max(status, 1);
+  }
+  return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& exception) {
+    Complain(exception.what());
+    return kUnreadableStatus;
+  }
+}

@@ -1,0 +1,148 @@
+// veltrum-all: the files of the single commands, and a manifest that says what they are.
+#include <filesystem>
+#include <map>
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/end_to_end/program_test.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using Json = nlohmann::json;
+namespace fs = std::filesystem;
+
+class VeltrumAll : public ProgramTest {
+ protected:
+  VeltrumAll() {
+    for (const char* sample : {"avatar.fbx", "room.fbx"}) {
+      dir_.Write(sample, ReadFile(SamplesDirectory() + "/" + sample));
+    }
+    fs::create_directory(dir_.File("textures"));
+    dir_.Write("textures/skin.png", "picture");
+  }
+
+  RunResult All(const Words& words, int expectedStatus = 0) {
+    const RunResult run = RunProgram("veltrum-all", words, dir_.Path());
+    EXPECT_EQ(run.status, expectedStatus) << run.out << run.err;
+    return run;
+  }
+  Json Manifest(const std::string& name) { return Json::parse(File(name)); }
+
+  // The files below a folder with their bytes.
+  std::map<std::string, std::string> FilesOf(const std::string& folder) {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : fs::recursive_directory_iterator(dir_.File(folder))) {
+      if (entry.is_directory() || entry.path().extension() == ".json") continue;
+      files[fs::relative(entry.path(), dir_.File(folder)).string()] = ReadFile(entry.path());
+    }
+    return files;
+  }
+};
+
+TEST_F(VeltrumAll, WritesTheFilesOfTheSingleCommands) {
+  fs::create_directory(dir_.File("single"));
+  const std::string avatar = "-s2 -rRootNode/Hips -d single avatar.fbx export ";
+  dir_.Write("commands.txt", avatar + "skel Hips -\n" + avatar + "mesh -\n" + avatar +
+                                 "texture -\n" + avatar + "anim Wave Walk -\n" + avatar +
+                                 "morphanim Wave-smile Walk-blink\n");
+  Run({"-z", "commands.txt"});
+  All({"--scale=2", "avatar.fbx", "-o", "all"});
+  EXPECT_EQ(FilesOf("all"), FilesOf("single"));
+  EXPECT_EQ(FilesOf("all").size(), 8U);
+
+  const std::string first = File("all/avatar.json");
+  All({"avatar.fbx", "--scale", "2", "-o", "all/"});
+  EXPECT_EQ(File("all/avatar.json"), first);
+  const Json manifest = Manifest("all/avatar.json");
+  EXPECT_EQ(manifest["version"], 1);
+  EXPECT_EQ(manifest["state"], "done");
+  EXPECT_EQ(manifest["options"]["scale"], 2);
+  const Json& skeleton = manifest["skeletons"].at(0);
+  EXPECT_EQ(skeleton["file"], "Hips.xsf");
+  EXPECT_EQ(skeleton["bones"].at(4), Json({{"name", "LeftArm"}, {"parent", 1}}));
+  const Json& mesh = skeleton["meshes"].at(0);
+  EXPECT_EQ(mesh["vertices"], 170);
+  EXPECT_EQ(mesh["submeshes"].at(0)["morphTargets"], Json({"blink", "smile"}));
+  const Json& map = skeleton["materials"].at(0)["maps"].at(0);
+  EXPECT_EQ(map["exists"], true);
+  EXPECT_EQ(skeleton["materials"].at(1)["maps"].at(0)["exists"], false);
+  const Json& walk = skeleton["animations"].at(1);
+  EXPECT_EQ(walk, Json({{"name", "Walk"},
+                        {"file", "Walk.xaf"},
+                        {"kind", "skeletal"},
+                        {"start", 0},
+                        {"end", 30},
+                        {"rate", "30 frames/s"},
+                        {"duration", 1.0},
+                        {"tracks", 7},
+                        {"keys", walk["keys"]}}));
+  EXPECT_GT(walk["keys"], 20);
+  EXPECT_EQ(manifest["warnings"].at(0)["kind"], "missing-texture");
+}
+
+// Renaming works on the nodes of the scene: what is exported behind it must not notice.
+TEST_F(VeltrumAll, RenamesRooms) {
+  fs::create_directory(dir_.File("single"));
+  const std::string room = "--room --rename -rRootNode/skeleton.room -d single room.fbx export ";
+  dir_.Write("commands.txt",
+             room + "mesh -\n" + room + "texture -\n" + room + "skel skeleton.room\n");
+  Run({"-z", "commands.txt"});
+  All({"--room", "--rename", "room.fbx", "-o", "all"});
+  EXPECT_EQ(FilesOf("all"), FilesOf("single"));
+  EXPECT_THAT(Manifest("all/room.json")["warnings"].dump(), HasSubstr("renamed"));
+}
+
+TEST_F(VeltrumAll, ManyScenesAndBadOnes) {
+  fs::create_directory(dir_.File("other"));
+  dir_.Write("other/avatar.fbx", ReadFile(dir_.File("avatar.fbx")));
+  dir_.Write("bad.fbx", "no scene");
+  const RunResult run = All({"avatar.fbx", "bad.fbx", "other/avatar.fbx", "none.fbx", "-oall",
+                             "--textures", "--only=mesh,texture"},
+                            2);
+  EXPECT_THAT(run.err, HasSubstr("veltrum-all: bad.fbx: "));
+  EXPECT_THAT(run.err, HasSubstr("veltrum-all: none.fbx: "));
+  EXPECT_EQ(Manifest("all/bad.json")["state"], "unreadable");
+  EXPECT_EQ(Manifest("all/none.json")["errors"].at(0)["kind"], "unreadable");
+  EXPECT_EQ(Manifest("all/avatar_2.json")["files"].at(0), "avatar_2/Body.xmf");
+  Words names;
+  for (const auto& [name, bytes] : FilesOf("all")) names.push_back(name);
+  EXPECT_THAT(names, ElementsAre("avatar/Body.xmf", "avatar/Shirt.xrf", "avatar/Skin.xrf",
+                                 "avatar/skin.png", "avatar_2/Body.xmf", "avatar_2/Shirt.xrf",
+                                 "avatar_2/Skin.xrf"));
+}
+
+TEST_F(VeltrumAll, WhatCannotBeWrittenIsTold) {
+  const RunResult dry = All({"avatar.fbx", "-odry", "--dry-run"});
+  EXPECT_THAT(dry.out, HasSubstr("  dry/Walk-blink.xpf\n"));
+  EXPECT_FALSE(Exists("dry"));
+
+  fs::create_directories(dir_.File("all/Body.xmf/in the way"));
+  const RunResult run = All({"avatar.fbx", "-oall"}, 1);
+  EXPECT_THAT(run.err, HasSubstr("all/Body.xmf: "));
+  const Json manifest = Manifest("all/avatar.json");
+  EXPECT_EQ(manifest["state"], "partial");
+  EXPECT_EQ(manifest["errors"].at(0)["about"], "Body.xmf");
+  EXPECT_THAT(manifest["skeletons"].at(0)["meshes"], IsEmpty());
+}
+
+TEST_F(VeltrumAll, WrongCommandLines) {
+  for (const Words& words : std::vector<Words>{{"avatar.fbx"},
+                                               {"-oall"},
+                                               {"avatar.fbx", "-oall", "--scale=2x"},
+                                               {"avatar.fbx", "-oall", "--scale=nan"},
+                                               {"avatar.fbx", "-oall", "--up=y", "--front=-Y"},
+                                               {"avatar.fbx", "-oall", "--up=-y"},
+                                               {"avatar.fbx", "-oall", "--front=w"},
+                                               {"avatar.fbx", "-oall", "--coord=up"},
+                                               {"avatar.fbx", "-oall", "--only=mesh,bone"},
+                                               {"avatar.fbx", "-oall", "--rooms"}}) {
+    EXPECT_FALSE(All(words, 2).err.empty());
+    EXPECT_FALSE(Exists("all"));
+  }
+}
+
+}  // namespace
