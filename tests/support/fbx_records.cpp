@@ -4,6 +4,7 @@
 #include <bit>
 #include <charconv>
 #include <cstring>
+#include <map>
 #include <type_traits>
 
 #include <gtest/gtest.h>
@@ -183,20 +184,13 @@ class AsciiWriter {
     }
   }
 
-  // Long lists run over several lines.
   template <class T>
   void Array(const std::vector<T>& elements, int depth, bool isBits) {
     out_ += "*" + std::to_string(elements.size()) + " {\n";
     Indent(depth + 1);
     out_ += "a: ";
-    size_t lineStart = out_.size();
     for (size_t i = 0; i < elements.size(); ++i) {
-      if (i > 0) out_ += ',';
-      if (out_.size() - lineStart > 2000) {
-        out_ += '\n';
-        Indent(depth + 1);
-        lineStart = out_.size();
-      }
+      if (i > 0) out_ += i % 100 == 0 ? ",\n" : ",";
       const T element = elements[i];
       if constexpr (std::is_same_v<T, float>) {
         // Interpolation data are bit patterns in text, so that they survive it.
@@ -213,17 +207,12 @@ class AsciiWriter {
   }
 
   void Quoted(const std::string& text) {
+    static const std::map<char, std::string> kEscapes = {
+        {'"', "&quot;"}, {'\n', "&lf;"}, {'\r', "&cr;"}};
     out_ += '"';
     for (const char character : text) {
-      if (character == '"') {
-        out_ += "&quot;";
-      } else if (character == '\n') {
-        out_ += "&lf;";
-      } else if (character == '\r') {
-        out_ += "&cr;";
-      } else {
-        out_ += character;
-      }
+      const auto escape = kEscapes.find(character);
+      out_ += escape == kEscapes.end() ? std::string(1, character) : escape->second;
     }
     out_ += '"';
   }

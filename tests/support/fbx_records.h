@@ -1,6 +1,7 @@
-// FBX files for tests: FbxRecord is a tree of named records with typed values, and WriteFbx turns
-// it into the bytes of a binary or ASCII file. The type of a value decides its letter in the file:
-// `1` is an int32, `1.0` a double, `1.0f` a float, int64_t{1} a long long.
+// FBX files for tests: FbxRecord is a tree of named records with typed values,
+// and WriteFbx turns it into the bytes of a binary or ASCII file. The type of a
+// value decides its letter in the file: `1` is an int32, `1.0` a double, `1.0f`
+// a float, int64_t{1} a long long.
 #pragma once
 
 #include <cstdint>
@@ -15,8 +16,9 @@ struct FbxRaw {
   friend bool operator==(const FbxRaw&, const FbxRaw&) = default;
 };
 
-// Letters, in order: 'C' (0 or 1), 'C', 'Z', 'Y', 'I', 'L', 'F', 'D', 'S', 'R', then the arrays
-// 'd', 'f', 'i', 'l', 'b', 'c', 'h'. A string "Class::Name" is stored packed in binary files.
+// Letters, in order: 'C' (0 or 1), 'C', 'Z', 'Y', 'I', 'L', 'F', 'D', 'S', 'R',
+// then the arrays 'd', 'f', 'i', 'l', 'b', 'c', 'h'. A string "Class::Name" is
+// stored packed in binary files.
 using FbxValue = std::variant<bool, char, int8_t, int16_t, int32_t, int64_t, float, double,
                               std::string, FbxRaw, std::vector<double>, std::vector<float>,
                               std::vector<int32_t>, std::vector<int64_t>, std::vector<bool>,
@@ -55,7 +57,9 @@ struct FbxFormat {
   bool wideOffsets = false;
 };
 
-// The bytes of a file with `records` as its top list; the first should be `FBXHeaderExtension`.
+// The bytes of a file with `records` as its top list; the first should be
+// `FBXHeaderExtension`.
 std::string WriteFbx(const FbxRecords& records, const FbxFormat& format = {});
-// Only the record list: no file header, null record or footer. Offsets count from `start`.
+// Only the record list: no file header, null record or footer. Offsets count
+// from `start`.
 std::string WriteFbxRecords(const FbxRecords& records, const FbxFormat& format, size_t start);

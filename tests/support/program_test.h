@@ -1,5 +1,6 @@
-// Fixtures of the tests that run the program: each test has a folder of its own, in which the
-// program runs, and those of scenes have a scene that every run finds there as "s.fbx".
+// Fixtures of the tests that run the program: each test has a folder of its
+// own, in which the program runs, and those of scenes have a scene that every
+// run finds there as "s.fbx".
 #pragma once
 
 #include <algorithm>
@@ -18,7 +19,8 @@ inline const std::string kVersionLine = "VERSION: 012 FBX lib version 1.0.0\n";
 
 class ProgramTest : public testing::Test {
  protected:
-  // What the program prints behind its version record; `arguments` follow the "-2".
+  // What the program prints behind its version record; `arguments` follow the
+  // "-2".
   std::string Run(Words arguments, int expectedStatus = 0) {
     arguments.insert(arguments.begin(), "-2");
     run_ = RunVeltrum(arguments, dir_.Path());

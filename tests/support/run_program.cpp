@@ -10,7 +10,8 @@
 
 namespace {
 
-// Both pipes are drained together: a program that fills one while we read the other would hang.
+// Both pipes are drained together: a program that fills one while we read the
+// other would hang.
 void Drain(int out_fd, std::string& out, int err_fd, std::string& err) {
   std::array<pollfd, 2> fds{{{out_fd, POLLIN, 0}, {err_fd, POLLIN, 0}}};
   const std::array<std::string*, 2> texts{&out, &err};

@@ -1,5 +1,7 @@
 #include "tests/support/scene_builder.h"
 
+#include <set>
+
 namespace {
 
 const std::vector<double> kIdentity = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
@@ -8,7 +10,8 @@ FbxRecord Properties70(FbxRecords properties) {
   return {"Properties70", {}, std::move(properties)};
 }
 
-// An element whose data field and its index are called `field` and `indexField`.
+// An element whose data field and its index are called `field` and
+// `indexField`.
 FbxRecord Indexed(const std::string& type, const std::string& name, const std::string& mapping,
                   const std::string& reference, const std::string& field,
                   std::vector<double> values, const std::string& indexField,
@@ -63,43 +66,28 @@ FbxRecord Materials(std::vector<int32_t> index) {
 
 FbxRecord P(std::string name, std::string type, std::string subType, std::string flags,
             FbxValues values) {
-  const bool isLong = type == "KTime" || type == "LongLong" || type == "ULongLong";
-  const bool isWhole = type == "int" || type == "Integer" || type == "enum" || type == "Enum" ||
-                       type == "bool" || type == "Bool" || type == "Visibility Inheritance" ||
-                       type == "Short" || type == "UInteger";
+  static const std::set<std::string> kLong = {"KTime", "LongLong", "ULongLong"};
+  static const std::set<std::string> kWhole = {
+      "int",   "Integer", "enum", "Enum", "bool", "Bool", "Visibility Inheritance",
+      "Short", "UInteger"};
+  FbxRecord record("P", {std::move(name), type, std::move(subType), std::move(flags)});
   for (FbxValue& value : values) {
-    if (const int32_t* whole = std::get_if<int32_t>(&value); whole != nullptr && !isWhole) {
-      const int32_t number = *whole;
-      if (isLong) {
-        value = int64_t{number};
-      } else {
-        value = static_cast<double>(number);
-      }
-    } else if (const bool* truth = std::get_if<bool>(&value)) {
-      value = int32_t{*truth};
+    const int32_t* whole = std::get_if<int32_t>(&value);
+    if (whole != nullptr && kLong.contains(type)) {
+      value = int64_t{*whole};
+    } else if (whole != nullptr && !kWhole.contains(type)) {
+      value = static_cast<double>(*whole);
     }
+    record.values.push_back(std::move(value));
   }
-  FbxRecord record("P", {std::move(name), std::move(type), std::move(subType), std::move(flags)});
-  for (FbxValue& value : values) record.values.push_back(std::move(value));
   return record;
 }
 
 FbxRecord P(std::string name, FbxValues values) {
-  const bool isOwnType = name == "Lcl Translation" || name == "Lcl Rotation" ||
-                         name == "Lcl Scaling" || name == "Visibility";
-  std::string type = "Vector3D";
-  std::string subType = "Vector";
-  if (isOwnType) {
-    type = name;
-    subType.clear();
-  } else if (values.size() == 1) {
-    type = "double";
-    subType = "Number";
-  } else if (name.ends_with("Color")) {
-    type = "Color";
-    subType.clear();
-  }
-  return P(std::move(name), std::move(type), std::move(subType), "A", std::move(values));
+  if (name.starts_with("Lcl ") || name == "Visibility") return P(name, name, "", "A", values);
+  if (values.size() == 1) return P(name, "double", "Number", "A", values);
+  if (name.ends_with("Color")) return P(name, "Color", "", "A", values);
+  return P(name, "Vector3D", "Vector", "A", values);
 }
 
 SceneBuilder& SceneBuilder::SetGlobal(FbxRecord property) {
@@ -115,12 +103,15 @@ SceneBuilder& SceneBuilder::SetGlobal(FbxRecord property) {
 
 SceneBuilder& SceneBuilder::SetAxes(int up, int upSign, int front, int frontSign, int coord,
                                     int coordSign) {
-  SetGlobal(P("UpAxis", "int", "Integer", "", {up}));
-  SetGlobal(P("UpAxisSign", "int", "Integer", "", {upSign}));
-  SetGlobal(P("FrontAxis", "int", "Integer", "", {front}));
-  SetGlobal(P("FrontAxisSign", "int", "Integer", "", {frontSign}));
-  SetGlobal(P("CoordAxis", "int", "Integer", "", {coord}));
-  return SetGlobal(P("CoordAxisSign", "int", "Integer", "", {coordSign}));
+  for (const auto& [name, value] : {std::pair("UpAxis", up),
+                                    {"UpAxisSign", upSign},
+                                    {"FrontAxis", front},
+                                    {"FrontAxisSign", frontSign},
+                                    {"CoordAxis", coord},
+                                    {"CoordAxisSign", coordSign}}) {
+    SetGlobal(P(name, "int", "Integer", "", {value}));
+  }
+  return *this;
 }
 
 SceneBuilder& SceneBuilder::SetTimeMode(int mode, double customFrameRate) {
@@ -255,19 +246,12 @@ int64_t SceneBuilder::Key(int64_t layer, int64_t node, const std::string& channe
 
 int64_t SceneBuilder::KeyTicks(int64_t layer, int64_t node, const std::string& channel,
                                std::vector<int64_t> times, Values values) {
-  const std::string property = channel.substr(0, 1);
-  int64_t& curves =
-      curveNodes_[std::to_string(layer) + " " + std::to_string(node) + " " + property];
+  static const std::map<char, std::string> kProperties = {
+      {'T', "Lcl Translation"}, {'R', "Lcl Rotation"}, {'S', "Lcl Scaling"}};
+  int64_t& curves = curveNodes_[{layer, node, channel[0]}];
   if (curves == 0) {
-    const double rest = property == "S" ? 1.0 : 0.0;
-    curves = AddAnimationCurveNode(
-        property, {P("d|X", "Number", "", "A", {rest}), P("d|Y", "Number", "", "A", {rest}),
-                   P("d|Z", "Number", "", "A", {rest})});
-    Connect(curves, layer);
-    ConnectProperty(curves, node,
-                    property == "T"   ? "Lcl Translation"
-                    : property == "R" ? "Lcl Rotation"
-                                      : "Lcl Scaling");
+    const double rest = channel[0] == 'S' ? 1.0 : 0.0;
+    curves = CurveNode(layer, node, kProperties.at(channel[0]), {"X", "Y", "Z"}, rest);
   }
   const int64_t curve = AddAnimationCurve(std::move(times), std::move(values));
   ConnectProperty(curve, curves, "d|" + channel.substr(1));
@@ -281,15 +265,21 @@ void SceneBuilder::KeyMorph(int64_t layer, int64_t channel, const Frames& frames
 int64_t SceneBuilder::Drive(int64_t layer, int64_t object, const std::string& property,
                             const std::vector<std::string>& channels, const Frames& frames,
                             Values values) {
+  const int64_t curves = CurveNode(layer, object, property, channels, 0.0);
+  const int64_t curve = AddAnimationCurve(ToTicks(frames), std::move(values));
+  for (const std::string& channel : channels) ConnectProperty(curve, curves, "d|" + channel);
+  return curves;
+}
+
+int64_t SceneBuilder::CurveNode(int64_t layer, int64_t object, const std::string& property,
+                                const std::vector<std::string>& channels, double rest) {
   FbxRecords defaults;
   for (const std::string& channel : channels) {
-    defaults.push_back(P("d|" + channel, "Number", "", "A", {0.0}));
+    defaults.push_back(P("d|" + channel, "Number", "", "A", {rest}));
   }
   const int64_t curves = AddAnimationCurveNode(property, std::move(defaults));
   Connect(curves, layer);
   ConnectProperty(curves, object, property);
-  const int64_t curve = AddAnimationCurve(ToTicks(frames), std::move(values));
-  for (const std::string& channel : channels) ConnectProperty(curve, curves, "d|" + channel);
   return curves;
 }
 
@@ -430,37 +420,20 @@ FbxRecord SceneBuilder::Definitions() const {
 }
 
 FbxRecords SceneBuilder::Document(int version) const {
-  FbxRecord document("Document", {int64_t{900000}, "", "Scene"},
-                     {Properties70({P("SourceObject", "object", "", "", {}),
-                                    P("ActiveAnimStackName", "KString", "", "", {""})}),
-                      {"RootNode", {kRoot}}});
   FbxRecord objects("Objects", {}, objects_);
-  objects.block = true;
   FbxRecord connections("Connections", {}, connections_);
-  connections.block = true;
+  objects.block = connections.block = true;
+  const FbxRecord timeStamp("CreationTimeStamp", {}, {{"Version", {1000}}, {"Year", {2024}}});
   return {
       {"FBXHeaderExtension",
        {},
-       {{"FBXHeaderVersion", {1003}},
-        {"FBXVersion", {version}},
-        {"EncryptionType", {0}},
-        {"CreationTimeStamp",
-         {},
-         {{"Version", {1000}},
-          {"Year", {2024}},
-          {"Month", {2}},
-          {"Day", {29}},
-          {"Hour", {12}},
-          {"Minute", {34}},
-          {"Second", {56}},
-          {"Millisecond", {789}}}},
-        {"Creator", {"test scene builder"}}}},
+       {{"FBXHeaderVersion", {1003}}, {"FBXVersion", {version}}, timeStamp}},
       {"FileId", {FbxRaw{"0123456789abcdef"}}},
       {"CreationTime", {"2024-02-29 12:34:56:789"}},
-      {"Creator", {"test scene builder"}},
       {"GlobalSettings", {}, {{"Version", {1000}}, Properties70(globals_)}},
-      {"Documents", {}, {{"Count", {1}}, std::move(document)}},
-      {"References", {}, {}},
+      {"Documents",
+       {},
+       {{"Count", {1}}, {"Document", {int64_t{900000}, "", "Scene"}, {{"RootNode", {kRoot}}}}}},
       Definitions(),
       std::move(objects),
       std::move(connections),

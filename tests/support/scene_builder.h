@@ -1,28 +1,32 @@
-// Scenes for tests: a whole version-7 document from a few lines of objects and connections.
+// Scenes for tests: a whole version-7 document from a few lines of objects and
+// connections.
 //
 //   SceneBuilder scene;
-//   const int64_t hips = scene.Bone("Hips", SceneBuilder::kRoot, {P("Lcl Translation", {0, 90,
-//   0})}); scene.Key(scene.AddClip("Walk", 0, 20).layer, hips, "TX", {0, 10, 20}, {0, 5, 0});
-//   std::string bytes = scene.Write({.ascii = true});
+//   const int64_t hips = scene.Bone("Hips", SceneBuilder::kRoot, {P("Lcl
+//   Translation", {0, 90, 0})}); scene.Key(scene.AddClip("Walk", 0, 20).layer,
+//   hips, "TX", {0, 10, 20}, {0, 5, 0}); std::string bytes =
+//   scene.Write({.ascii = true});
 //
-// From the start Z is up and -Y front, so that loading converts nothing, and there are 30 frames a
-// second; frames are given in that rate.
+// From the start Z is up and -Y front, so that loading converts nothing, and
+// there are 30 frames a second; frames are given in that rate.
 #pragma once
 
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "tests/support/fbx_records.h"
 
-// A property record. Whole numbers become doubles, int64 or stay int32, as the type name asks.
+// A property record. Whole numbers become doubles, int64 or stay int32, as the
+// type name asks.
 FbxRecord P(std::string name, std::string type, std::string subType, std::string flags,
             FbxValues values);
-// The same for an animatable property whose type bears its name ("Lcl Translation") or, if there is
-// no such type, by its values: "double" for one number, "Vector3D" or, for a name that ends in
-// "Color", "Color" for three.
+// The same for an animatable property whose type bears its name ("Lcl
+// Translation") or, if there is no such type, by its values: "double" for one
+// number, "Vector3D" or, for a name that ends in "Color", "Color" for three.
 FbxRecord P(std::string name, FbxValues values);
 
 // Layer elements of a mesh. `index` is left out where it is empty.
@@ -43,7 +47,8 @@ class SceneBuilder {
 
   static int64_t Ticks(double frame) { return static_cast<int64_t>(frame * 1539538600.0); }
 
-  // Properties of the global settings; a later one of the same name replaces the earlier.
+  // Properties of the global settings; a later one of the same name replaces
+  // the earlier.
   SceneBuilder& SetGlobal(FbxRecord property);
   // 0 is X, 1 Y, 2 Z; signs are 1 or -1.
   SceneBuilder& SetAxes(int up, int upSign, int front, int frontSign, int coord, int coordSign);
@@ -62,11 +67,12 @@ class SceneBuilder {
     int64_t mesh;
     std::vector<int64_t> channels;
   };
-  // A node with a triangle and, if there are channels, one blend shape that has them.
+  // A node with a triangle and, if there are channels, one blend shape that has
+  // them.
   MeshIds Mesh(const std::string& name, const std::vector<std::string>& channels = {},
                int64_t parent = kRoot);
-  // A node with a mesh of these points, polygons and elements; the first element of a type is that
-  // of layer 0, the second that of layer 1.
+  // A node with a mesh of these points, polygons and elements; the first
+  // element of a type is that of layer 0, the second that of layer 1.
   MeshIds Mesh(const std::string& name, std::vector<double> points,
                const std::vector<std::vector<int32_t>>& polygons, FbxRecords elements = {},
                int64_t parent = kRoot, FbxRecords properties = {});
@@ -88,11 +94,12 @@ class SceneBuilder {
   };
   using Frames = std::vector<double>;
   using Values = std::vector<float>;
-  // A stack with one layer. The reference span is the local one unless `referenceStop` is given.
+  // A stack with one layer. The reference span is the local one unless
+  // `referenceStop` is given.
   Clip AddClip(const std::string& name, double start, double stop, double referenceStop = -1);
   int64_t AddLayer(const Clip& clip, FbxRecords properties = {});
-  // Linear keys of "TX" ... "SZ" of a node. Curves of one property share a curve node, which is
-  // returned.
+  // Linear keys of "TX" ... "SZ" of a node. Curves of one property share a
+  // curve node, which is returned.
   int64_t Key(int64_t layer, int64_t node, const std::string& channel, const Frames& frames,
               Values values);
   // The same by ticks, for times that are no frames.
@@ -100,12 +107,14 @@ class SceneBuilder {
                    std::vector<int64_t> times, Values values);
   // Keys of a blend shape channel, in percent.
   void KeyMorph(int64_t layer, int64_t channel, const Frames& frames, Values values);
-  // A curve node of any property of an object, with one linear curve for all the channels.
+  // A curve node of any property of an object, with one linear curve for all
+  // the channels.
   int64_t Drive(int64_t layer, int64_t object, const std::string& property,
                 const std::vector<std::string>& channels, const Frames& frames, Values values);
 
-  // Each Add below makes a record of `Objects` under a fresh id, which it returns; nothing is
-  // connected. `name` is without the class. `records` follow the object's Properties70.
+  // Each Add below makes a record of `Objects` under a fresh id, which it
+  // returns; nothing is connected. `name` is without the class. `records`
+  // follow the object's Properties70.
   int64_t AddObject(const std::string& type, const std::string& className, const std::string& name,
                     const std::string& subclass, FbxRecords properties = {},
                     FbxRecords records = {});
@@ -114,27 +123,30 @@ class SceneBuilder {
                    FbxRecords properties = {}, FbxRecords records = {});
   int64_t AddNodeAttribute(const std::string& name, const std::string& type,
                            FbxRecords properties = {}, FbxRecords records = {});
-  // A mesh geometry. Vertices are x, y, z in turn; the last index i of a polygon is given as -1 -
-  // i.
+  // A mesh geometry. Vertices are x, y, z in turn; the last index i of a
+  // polygon is given as -1 - i.
   int64_t AddMesh(const std::string& name, std::vector<double> vertices,
                   std::vector<int32_t> polygonVertexIndex, FbxRecords records = {});
   int64_t AddMaterial(const std::string& name, const std::string& shading = "phong",
                       FbxRecords properties = {});
-  // A texture of the file `path`, with `Media`, `FileName` and `RelativeFilename`.
+  // A texture of the file `path`, with `Media`, `FileName` and
+  // `RelativeFilename`.
   int64_t AddTexture(const std::string& name, const std::string& path, FbxRecords properties = {});
   int64_t AddSkin(const std::string& name = "");
   // Matrices are 16 doubles, row by row with the translation last.
   int64_t AddCluster(const std::string& name, std::vector<int32_t> indexes,
                      std::vector<double> weights, std::vector<double> transform,
                      std::vector<double> transformLink);
-  // Times in ticks. Both spans begin at `start`; the reference span may end elsewhere.
+  // Times in ticks. Both spans begin at `start`; the reference span may end
+  // elsewhere.
   int64_t AddAnimationStack(const std::string& name, int64_t start, int64_t stop,
                             std::optional<int64_t> referenceStop = {});
   int64_t AddAnimationLayer(const std::string& name = "BaseLayer", FbxRecords properties = {});
-  // `name` is "T", "R", "S" ...; `properties` are the defaults of its channels, as
-  // P("d|X", "Number", "", "A", {0}).
+  // `name` is "T", "R", "S" ...; `properties` are the defaults of its channels,
+  // as P("d|X", "Number", "", "A", {0}).
   int64_t AddAnimationCurveNode(const std::string& name, FbxRecords properties);
-  // Times in ticks. All keys share one attribute record; `flags` as in the file, 4 being linear.
+  // Times in ticks. All keys share one attribute record; `flags` as in the
+  // file, 4 being linear.
   int64_t AddAnimationCurve(std::vector<int64_t> times, std::vector<float> values,
                             int32_t flags = 4);
 
@@ -151,6 +163,8 @@ class SceneBuilder {
   std::string Write(const FbxFormat& format = {}) const;
 
  private:
+  int64_t CurveNode(int64_t layer, int64_t object, const std::string& property,
+                    const std::vector<std::string>& channels, double rest);
   FbxRecord Definitions() const;
 
   FbxRecords globals_ = {
@@ -170,6 +184,6 @@ class SceneBuilder {
   FbxRecords connections_;
   std::map<std::string, FbxRecords> templates_;  // by object type
   std::map<int64_t, size_t> objectIndex_;
-  std::map<std::string, int64_t> curveNodes_;  // by layer, node and property
+  std::map<std::tuple<int64_t, int64_t, char>, int64_t> curveNodes_;  // by layer, node, property
   int64_t nextId_ = 1000000;
 };

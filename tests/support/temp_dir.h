@@ -1,4 +1,5 @@
-// A folder of its own for one test, removed with everything in it at the end of the scope.
+// A folder of its own for one test, removed with everything in it at the end of
+// the scope.
 #pragma once
 
 #include <string>
@@ -22,6 +23,7 @@ class TempDir {
   std::string path_;
 };
 
-// The bytes of a file; a test failure and an empty string when it can't be read.
+// The bytes of a file; a test failure and an empty string when it can't be
+// read.
 std::string ReadFile(const std::string& path);
 bool FileExists(const std::string& path);

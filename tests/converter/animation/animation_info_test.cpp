@@ -18,11 +18,29 @@ TEST(AnimationInfo, NamesSortPlainThenShortThenByBytes) {
 }
 
 TEST(AnimationInfo, TimeTexts) {
-  EXPECT_STREQ(GlobalTimeModeHumanReadable(0), "DEFAULT");
-  EXPECT_STREQ(GlobalTimeModeHumanReadable(5), "48 frame/s");
-  EXPECT_STREQ(GlobalTimeModeHumanReadable(7), "30 frames/s");
-  EXPECT_STREQ(GlobalTimeModeHumanReadable(14), " Custom");
-  EXPECT_STREQ(GlobalTimeModeHumanReadable(19), "UNKNOWN");
+  const std::vector<std::string> modes = {"DEFAULT",
+                                          "120 frames/s",
+                                          "100 frames/s",
+                                          "60 frames/s",
+                                          "50 frames/s",
+                                          "48 frame/s",
+                                          "30 frames/s",
+                                          "30 frames/s",
+                                          "~29.97",
+                                          "~29.97",
+                                          "25 frames/s",
+                                          "24 frames/s",
+                                          "1000 milli/s",
+                                          "~23.976 frames/s",
+                                          " Custom",
+                                          "96 frames/s",
+                                          "72 frames/s",
+                                          "~59.94 frames/s",
+                                          "    Number of time modes",
+                                          "UNKNOWN"};
+  for (size_t i = 0; i < modes.size(); ++i) {
+    EXPECT_EQ(GlobalTimeModeHumanReadable(static_cast<int>(i)), modes[i]);
+  }
   EXPECT_STREQ(GlobalProtocolHumanReadable(0), "SMPTE EProtocol");
   EXPECT_STREQ(GlobalProtocolHumanReadable(-1), "UNKNOWN");
 }

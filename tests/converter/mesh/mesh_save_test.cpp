@@ -25,9 +25,8 @@ TEST_F(MeshSave, WarnsOfUnlikelySizes) {
   EXPECT_EQ(ExportSized(252000, 1, 1), Warning("4.2e+02", "large"));
   // Below zero a mesh reaches to the origin.
   EXPECT_EQ(ExportSized(1, 1, 1, -150), kWritten);
-}
-
-TEST_F(MeshSave, BoundsTakeInPointsWithoutPolygons) {
+  // Points without polygons count, too.
+  scene_ = SceneBuilder();
   scene_.Mesh("m", {0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 500}, kOne);
   EXPECT_EQ(Export(), kWritten);
 }

@@ -146,30 +146,6 @@ TEST_F(Corners, ACubeWithHardEdges) {
   EXPECT_EQ(FacesOf(*submesh)[1], (std::vector<int>{0, 9, 3}));
 }
 
-TEST_F(Corners, OnePointWithAThousandNormals) {
-  // A disc whose corners at the hub all differ, every one of them twice.
-  constexpr int kCount = 1000;
-  std::vector<double> points{0, 0, 0};
-  std::vector<std::vector<int32_t>> polygons;
-  std::vector<double> normals;
-  for (int i = 0; i < kCount; ++i) {
-    points.insert(points.end(), {200.0 + i, 10.0 * i, 0});
-    points.insert(points.end(), {210.0 + i, 10.0 * i, 0});
-    for (int twice = 0; twice < 2; ++twice) {
-      polygons.push_back({2 * i + 1, 2 * i + 2, 0});
-      normals.insert(normals.end(), {1.0, i * 0.01, 1.0});
-    }
-  }
-  scene_.Mesh("m", points, polygons, {Normals("ByPolygon", "Direct", normals)});
-  Export();
-  const auto submesh = Submesh();
-  ASSERT_EQ(submesh->vertices().size(), 3U * kCount);
-  for (size_t i = 0; i < kCount; ++i) {
-    EXPECT_EQ(FacesOf(*submesh)[2 * i], FacesOf(*submesh)[2 * i + 1]);
-    EXPECT_EQ(FacesOf(*submesh)[2 * i][2], static_cast<int>(i));
-  }
-}
-
 TEST_F(Corners, PolygonsGoByMaterial) {
   const std::vector<std::vector<int32_t>> polygons{
       {0, 1, 2}, {0, 2, 3}, {1, 2, 3}, {0, 1, 3}, {3, 2, 1}};

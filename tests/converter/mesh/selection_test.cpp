@@ -20,8 +20,6 @@ TEST_F(MeshSelection, ByTheNameOfVersion1) {
   EXPECT_FALSE(isMeshNameMatch(args, &holder));
   args.exportObjectName = "Body_1";
   EXPECT_TRUE(isMeshNameMatch(args, &holder));
-  args.commandVersion = 3;
-  EXPECT_FALSE(isMeshNameMatch(args, &holder));
 }
 
 TEST_F(MeshSelection, EachMeshItsFileInTheOrderOfNames) {

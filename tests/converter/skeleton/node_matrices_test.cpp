@@ -57,15 +57,6 @@ TEST_F(NodeMatrices, PlacesFromAPoseAndWithoutOne) {
   ExpectAt(GetGlobalPosition(hand, rest, pose_), 3, 3, 3);
 }
 
-TEST_F(NodeMatrices, LocalTransformLeavesScalingOut) {
-  const FbxAMatrix parent({0, 0, 0}, {0, 0, 90}, {2, 2, 2});
-  const FbxAMatrix child({0, 6, 0}, {0, 0, 90}, {5, 5, 5});
-  const FbxAMatrix local = getLocalTransform(parent, child);
-  ExpectAt(local, 6, 0, 0);
-  EXPECT_NEAR(local.GetS()[0], 1.0, 1e-9);
-  EXPECT_NEAR(local.GetR()[2], 0.0, 1e-9);
-}
-
 TEST_F(NodeMatrices, SkeletalMatrixIsTheProductFromTheRootDown) {
   std::vector<boost::shared_ptr<CalCoreBone>> bones;
   for (int i = 0; i < 3; ++i) {

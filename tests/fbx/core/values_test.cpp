@@ -58,17 +58,7 @@ TEST(FbxTime, TruncatesSecondsAndStopsAtItsRange) {
   }
 }
 
-TEST(FbxString, FindsReplacesAndCuts) {
-  FbxString text = "a::b::c";
-  EXPECT_EQ(text.Find("::", 2), 4);
-  EXPECT_EQ(text.Find("x"), -1);
-  EXPECT_EQ(text.ReverseFind(':'), 5);
-  EXPECT_EQ(text.Mid(3, 1), "b");
-  EXPECT_EQ(text.Mid(99, 1), "");
-  EXPECT_TRUE(text.FindAndReplace("::", ":::"));
-  EXPECT_EQ(text, "a:::b:::c");
-  EXPECT_FALSE(text.FindAndReplace("", "x"));
-  EXPECT_EQ(FbxString("Ab\xC3\x84").Lower(), "ab\xC3\x84");
+TEST(FbxString, CutsPrefixes) {
   EXPECT_EQ(StripPrefix("Model::ns::name"), "ns::name");
   EXPECT_EQ(NoPrefixName("Model::ns::name"), "name");
 }

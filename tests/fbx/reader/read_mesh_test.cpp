@@ -141,48 +141,28 @@ TEST(ReadMesh, PutsElementsIntoTheLayersThatNameThem) {
   EXPECT_EQ(mesh->GetElementUV("unnamed by layers"), nullptr);
 }
 
-// Of a triangle and a quad, as in WithMesh.
+// No export asks so.
 TEST(ReadMesh, FindsWhatACornerHas) {
-  struct Case {
-    const char* mapping;
-    const char* reference;
-    std::vector<double> normals;
-    std::vector<int32_t> index;
-    const char* expected;  // X of the normal of each corner, "-" for none
-  };
-  const std::vector<Case> cases = {
-      {"ByPolygon", "Direct", {1, 0, 0, 2, 0, 0}, {}, "1112222"},
-      {"ByVertice", "Direct", {1, 0, 0, 2, 0, 0, 3, 0, 0}, {}, "123132-"},
-      {"ByVertice", "IndexToDirect", {1, 0, 0, 2, 0, 0}, {1, 0, 1, 0}, "2122211"},
-      {kByCorner, "Index", {5, 0, 0}, {0, -1, 1, 0}, "5--5---"},
-      {"AllSame", "Direct", {1, 0, 0}, {}, "-------"},
-  };
-  for (const Case& c : cases) {
-    const LoadedScene file(
-        WithMesh({Normals(c.mapping, c.reference, c.normals, c.index),
-                  UVs("map1", kByCorner, "IndexToDirect", {1, 2, 3, 4}, {-1, 1}),
-                  Layer(0, {{"LayerElementNormal", 0}, {"LayerElementUV", 0}})}));
-    const auto* mesh = file.Find<FbxMesh>("mesh");
-    std::string found;
-    for (const auto& [p, k] : {std::pair(0, 0), {0, 1}, {0, 2}, {1, 0}, {1, 1}, {1, 2}, {1, 3}}) {
-      FbxVector4 normal;
-      found +=
-          mesh->GetPolygonVertexNormal(p, k, normal) ? std::to_string(std::lround(normal[0])) : "-";
-    }
-    EXPECT_EQ(found, c.expected) << c.mapping;
+  const LoadedScene file(
+      WithMesh({Normals("ByVertice", "IndexToDirect", {1, 0, 0, 2, 0, 0}, {1, 0, -1, 0}),
+                UVs("map1", kByCorner, "IndexToDirect", {1, 2, 3, 4}, {-1, 1}),
+                Layer(0, {{"LayerElementNormal", 0}, {"LayerElementUV", 0}})}));
+  const auto* mesh = file.Find<FbxMesh>("mesh");
+  std::string found;
+  for (const auto& [p, k] : {std::pair(0, 0), {0, 1}, {0, 2}, {1, 3}, {2, 0}, {0, 3}, {-1, 0}}) {
     FbxVector4 normal;
-    for (const auto& [p, k] : {std::pair(2, 0), {0, 3}, {-1, 0}, {0, -1}}) {
-      EXPECT_FALSE(mesh->GetPolygonVertexNormal(p, k, normal));
-    }
-    FbxVector2 uv(-1, -1);
-    bool unmapped = false;
-    EXPECT_TRUE(mesh->GetPolygonVertexUV(0, 0, "map1", uv, unmapped));
-    EXPECT_TRUE(unmapped && uv == FbxVector2(-1, -1)) << "kept where there is none";
-    EXPECT_TRUE(mesh->GetPolygonVertexUV(0, 1, "map1", uv, unmapped));
-    EXPECT_TRUE(!unmapped && uv == FbxVector2(3, 4));
-    EXPECT_FALSE(mesh->GetPolygonVertexUV(1, 0, "map1", uv, unmapped));
-    EXPECT_FALSE(mesh->GetPolygonVertexUV(0, 0, "map2", uv, unmapped));
+    const bool has = mesh->GetPolygonVertexNormal(p, k, normal);
+    found += has ? std::to_string(std::lround(normal[0])) : "-";
   }
+  EXPECT_EQ(found, "21-1---");
+  FbxVector2 uv(-1, -1);
+  bool unmapped = false;
+  EXPECT_TRUE(mesh->GetPolygonVertexUV(0, 0, "map1", uv, unmapped));
+  EXPECT_TRUE(unmapped && uv == FbxVector2(-1, -1)) << "kept where there is none";
+  EXPECT_TRUE(mesh->GetPolygonVertexUV(0, 1, "map1", uv, unmapped));
+  EXPECT_TRUE(!unmapped && uv == FbxVector2(3, 4));
+  EXPECT_FALSE(mesh->GetPolygonVertexUV(1, 0, "map1", uv, unmapped));
+  EXPECT_FALSE(mesh->GetPolygonVertexUV(0, 0, "map2", uv, unmapped));
 }
 
 }  // namespace

@@ -29,19 +29,6 @@ class SceneTest : public testing::Test {
   FbxScene* scene;
 };
 
-TEST_F(SceneTest, HasARootFromTheStart) {
-  FbxNode* root = scene->GetRootNode();
-  EXPECT_STREQ(root->GetName(), "RootNode");
-  EXPECT_EQ(root->GetParent(), nullptr);
-  EXPECT_EQ(root->GetScene(), scene);
-  FbxNode* child = Add(root);
-  EXPECT_EQ(Add(child)->GetParent(), child);
-  EXPECT_EQ(root->GetChildCount(), 1);
-  EXPECT_EQ(root->GetChildCount(true), 2);
-  EXPECT_EQ(child->GetChild(1), nullptr);
-  EXPECT_EQ(child->GetChild(-1), nullptr);
-}
-
 TEST_F(SceneTest, NodesFindTheirAttributes) {
   FbxNode* node = Add();
   EXPECT_EQ(node->GetNodeAttribute(), nullptr);
@@ -59,9 +46,7 @@ TEST_F(SceneTest, NodesFindTheirAttributes) {
     EXPECT_EQ(node->GetNodeAttribute(), nullptr);
     EXPECT_EQ(node->GetMesh(), first);
   }
-  EXPECT_EQ(node->GetLight(), nullptr);
   EXPECT_EQ(first->GetNode(), node);
-  EXPECT_EQ(first->GetNodeCount(), 1);
 }
 
 TEST_F(SceneTest, CorrectsInheritTypesOfMarkedBonesUnderOtherNodes) {
