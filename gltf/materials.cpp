@@ -6,8 +6,6 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "gltf/picture.h"
-
 // The maps of one material by their use; null where it has none.
 struct MaterialTable::Textures {
   explicit Textures(const CalCoreMaterial& material) {
@@ -125,30 +123,40 @@ void MaterialTable::SetBase(const ViewMaterial& material, const Textures& textur
     alpha = Load(material, opacity, missing);
   }
 
+  const Blend* blend = picture || !hasPicture ? BlendOf(material, picture, alpha) : nullptr;
   if (hasPicture && !picture) {
     base("baseColorTexture") = {{"index", CheckerTexture()}};
-  } else if (alpha) {
-    const auto key = std::pair(picture ? picture->path : std::string(), alpha->path);
-    auto found = withOpacity_.find(key);
-    if (found == withOpacity_.end()) {
-      Opacity spread = Opacity::kFull;
-      const Picture made =
-          PictureWithOpacity(picture ? &picture->bytes : nullptr, alpha->bytes, spread);
-      const char* mode = spread == Opacity::kFull     ? "OPAQUE"
-                         : spread == Opacity::kCutOut ? "MASK"
-                                                      : "BLEND";
-      found =
-          withOpacity_.emplace(key, std::pair(AddTexture(made.bytes, made.mimeType), mode)).first;
+  } else if (blend != nullptr) {
+    base("baseColorTexture") = {{"index", blend->texture}};
+    if (blend->opacity != Opacity::kFull) {
+      json["alphaMode"] = blend->opacity == Opacity::kCutOut ? "MASK" : "BLEND";
     }
-    base("baseColorTexture") = {{"index", found->second.first}};
-    if (std::string_view(found->second.second) != "OPAQUE")
-      json["alphaMode"] = found->second.second;
   } else if (picture) {
     if (const auto texture = TextureOf(material, diffuse, missing)) {
       base("baseColorTexture") = {{"index", *texture}};
     }
   }
   if (factor != std::array<double, 4>{1, 1, 1, 1}) base("baseColorFactor") = factor;
+}
+
+const MaterialTable::Blend* MaterialTable::BlendOf(const ViewMaterial& material,
+                                                   const std::optional<TextureFile>& color,
+                                                   const std::optional<TextureFile>& opacity) {
+  if (!opacity) return nullptr;
+  const auto key = std::pair(color ? color->path : std::string(), opacity->path);
+  const auto found = blends_.find(key);
+  if (found != blends_.end()) return &found->second;
+  try {
+    Blend blend{};
+    const Picture picture =
+        PictureWithOpacity(color ? &color->bytes : nullptr, opacity->bytes, blend.opacity);
+    blend.texture = AddTexture(picture.bytes, picture.mimeType);
+    return &blends_.emplace(key, blend).first->second;
+  } catch (const std::runtime_error& error) {
+    notes_.warnings.push_back("material " + FileStem(material.file) +
+                              ": its opacity isn't shown, since a texture " + error.what());
+    return nullptr;
+  }
 }
 
 std::optional<TextureFile> MaterialTable::Load(const ViewMaterial& material,

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "gltf/glb_builder.h"
+#include "gltf/picture.h"
 #include "gltf/view_model.h"
 
 class MaterialTable {
@@ -29,11 +30,19 @@ class MaterialTable {
 
  private:
   struct Textures;
+  // A texture whose alpha came from another one.
+  struct Blend {
+    size_t texture;
+    Opacity opacity;
+  };
 
   Json MaterialOf(const ViewMaterial& material);
   std::optional<size_t> TextureOf(const ViewMaterial& material, const std::string& name,
                                   Json& missing);
   void SetBase(const ViewMaterial& material, const Textures& textures, Json& json, Json& missing);
+  // Null without an opacity, or when one of the pictures is damaged.
+  const Blend* BlendOf(const ViewMaterial& material, const std::optional<TextureFile>& color,
+                       const std::optional<TextureFile>& opacity);
   std::optional<TextureFile> Load(const ViewMaterial& material, const std::string& name,
                                   Json& missing);
   size_t AddTexture(const std::string& bytes, const std::string& mimeType);
@@ -45,6 +54,6 @@ class MaterialTable {
   std::map<int32_t, Entry> entries_;
   // Textures by the paths that they are made of; a texture in many materials is embedded once.
   std::map<std::string, size_t> plain_;
-  std::map<std::pair<std::string, std::string>, std::pair<size_t, const char*>> withOpacity_;
+  std::map<std::pair<std::string, std::string>, Blend> blends_;
   std::optional<size_t> checker_;
 };

@@ -311,11 +311,14 @@ std::string Targa(uint8_t red, uint8_t green, uint8_t blue, uint8_t alpha) {
 }
 
 TEST(GlbExport, Materials) {
-  const TextureFinder find = [](const ViewMaterial&, const std::string& name) {
+  // A PNG of a good head and nothing behind it.
+  const std::string half("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\1\0\0\0\1\x08\2\0\0\0\x90wS\xDE", 33);
+  const TextureFinder find = [&half](const ViewMaterial&, const std::string& name) {
     if (name == "skin.tga") return std::optional(TextureFile{name, Targa(200, 100, 50, 255)});
     if (name == "hair.tga") return std::optional(TextureFile{name, Targa(9, 9, 9, 128)});
     if (name == "gray.tga") return std::optional(TextureFile{name, Targa(0, 0, 0, 255)});
     if (name == "text.png") return std::optional(TextureFile{name, "no picture"});
+    if (name == "half.png") return std::optional(TextureFile{name, half});
     return std::optional<TextureFile>();
   };
   ViewModel model = ModelOf({Submesh({{}, {}, {}})});
@@ -332,6 +335,7 @@ TEST(GlbExport, Materials) {
   add({{"skin.tga", "Diffuse Color"}, {"gray.tga", "Opacity"}});
   add({{"text.png", "Diffuse Color"}});
   add({{"unused", "Diffuse Color"}});
+  add({{"skin.tga", "Diffuse Color"}, {"half.png", "Opacity"}});
   model.materials.push_back(model.materials.back());
   const Made made = Make(model, find);
   const json& materials = made.file.json["materials"];
@@ -357,7 +361,11 @@ TEST(GlbExport, Materials) {
   EXPECT_EQ(made.file.json["meshes"][0]["primitives"][0]["extras"]["material"], "M0");
   EXPECT_THAT(made.notes.warnings[0],
               HasSubstr("material M5: the texture text.png is no picture that can be shown"));
-  EXPECT_THAT(made.notes.warnings[1], HasSubstr("both have the number 6"));
+  EXPECT_EQ(image(7), image(0));
+  EXPECT_THAT(
+      made.notes.warnings[1],
+      HasSubstr("material M7: its opacity isn't shown, since a texture is a damaged picture"));
+  EXPECT_THAT(made.notes.warnings.back(), HasSubstr("both have the number 7"));
   ASSERT_EQ(made.notes.missingTextures.size(), 2U);
   EXPECT_EQ(made.notes.missingTextures[1].material, "M2");
 }
