@@ -13,7 +13,10 @@ function parentsOf(nodes) {
 }
 
 function bonesOf(json, nodes, parents) {
-  const joints = json.skins?.[0]?.joints ?? [];
+  const skin = json.skins?.[0]?.joints ?? [];
+  // Vertices without bones hang on the node that turns Z up to Y up. It comes last and is no bone.
+  const turnsAxes = json.asset?.extras?.upAxis === 'z' && skin.at(-1) === 0;
+  const joints = turnsAxes ? skin.slice(0, -1) : skin;
   const boneOfNode = new Map(joints.map((node, bone) => [node, bone]));
   const bones = joints.map((node, index) => {
     let parent = parents[node];
@@ -61,7 +64,8 @@ function submeshOf(json, mesh, meshIndex, primitive, index) {
 /**
  * The parts of a model, in the order of the file. A bone's parent is an index into the bones, or
  * -1; `light` names the kind of light that it carries. Meshes are those that a node shows; a mesh
- * shown twice counts twice.
+ * shown twice counts twice. An animation's `start` is the time of its file, in seconds, that is
+ * shown as 0.
  */
 export function contentsOf(json) {
   const nodes = json.nodes ?? [];
@@ -86,6 +90,7 @@ export function contentsOf(json) {
       index,
       name: animation.name ?? `animation ${index}`,
       kind: animation.extras?.kind ?? (onlyMorphs ? 'morph' : 'skeletal'),
+      start: animation.extras?.start ?? 0,
     };
   });
   const morphs = [...new Set(submeshes.flatMap((submesh) => submesh.morphs))];

@@ -75,7 +75,9 @@ export class Motion {
       );
     };
     add(-1, none, '');
-    for (const { index, name, clip } of own) add(index, name, seconds(clip.duration));
+    for (const { index, name, clip, start } of own) {
+      add(index, name, seconds(clip.duration) + (start ? `, from ${seconds(start)}` : ''));
+    }
     return [group];
   }
 

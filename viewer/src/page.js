@@ -253,6 +253,12 @@ export class Page {
     if (at >= 0) byId(card).querySelectorAll('button')[at]?.focus();
   }
 
+  // In the weights of a skin; joints behind the bones are none.
+  #selectStrongest(bone) {
+    if (bone < this.model.contents.bones.length) this.select('bone', bone);
+    else say('No bone pulls there.');
+  }
+
   #pickAt(x, y) {
     if (!this.model) return;
     const weights = this.surface.way === 'weights';
@@ -261,7 +267,7 @@ export class Page {
     );
     const first = this.model.submeshes.length + 1;
     if (id === 0) this.clearSelection();
-    else if (weights && id < first) this.select('bone', this.#boneOfPick(id - 1));
+    else if (weights && id < first) this.#selectStrongest(id - 1);
     else if (id >= first) this.select('bone', id - first);
     else this.select('submesh', id - 1);
   }
@@ -437,12 +443,6 @@ export class Page {
       event.preventDefault();
       open(event.dataTransfer.files[0]);
     });
-  }
-
-  // Ids of strongest bones count the bones of a mesh's own skin, which is the model's unless it has
-  // several.
-  #boneOfPick(bone) {
-    return Math.min(bone, this.model.contents.bones.length - 1);
   }
 }
 

@@ -234,10 +234,11 @@ export class SkeletonView {
   constructor(model, firstId) {
     this.model = model;
     const { skeleton, contents } = model;
-    this.#places = skeleton.bones.map((bone) =>
+    const joints = skeleton.bones.slice(0, contents.bones.length);
+    this.#places = joints.map((bone) =>
       new THREE.Vector3().setFromMatrixPosition(bone.matrixWorld),
     );
-    this.#toSkin = skeleton.bones.map((bone, n) =>
+    this.#toSkin = joints.map((bone, n) =>
       bone.matrixWorld.clone().multiply(skeleton.boneInverses[n]).invert(),
     );
     // Of the meshes, where there are some: a bone of a lamp or camera may be far away.

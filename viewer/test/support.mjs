@@ -7,6 +7,9 @@ import { join } from 'node:path';
 import { pathToFileURL } from 'node:url';
 import { chromium } from 'playwright-core';
 
+// A large model takes its time without a graphics card.
+const LOAD_MS = 120_000;
+
 /** A page of a model as the program makes it. Throws when the template lacks one of its places. */
 export function pageOf(template, glb, manifest = {}) {
   const put = (page, place, filled) => {
@@ -86,6 +89,7 @@ export class Browser {
     await page.goto(pathToFileURL(file).href + hash);
     await page.waitForSelector(
       'body:is([data-state=ready], [data-state=empty], [data-state=trouble])',
+      { timeout: LOAD_MS },
     );
     return page;
   }

@@ -76,6 +76,20 @@ test('joints below nodes that are none hang on the nearest joint above', () => {
   );
 });
 
+test('the joint of vertices without bones is no bone', () => {
+  const { json } = openGlb(sampleGlb());
+  json.skins[0].joints.push(0);
+  const { bones } = contentsOf(json);
+  assert.deepEqual(
+    bones.map(({ name, parent }) => [name, parent]),
+    [
+      ['Hips', -1],
+      ['Spine 1', 0],
+      ['Spine 2', 1],
+    ],
+  );
+});
+
 test('numbers and sizes in words', () => {
   assert.equal(count(1, 'mesh', 'meshes'), '1 mesh');
   assert.equal(count(1204, 'bone'), '1,204 bones');
