@@ -113,11 +113,6 @@ export class Page {
     );
     showFacts(contents, manifest, size);
     document.querySelector('[data-toggle=lights]').hidden = model.lights.length === 0;
-    for (const light of model.lights) {
-      // The files' lights count neither lumen nor metres: they shine as far as the model reaches.
-      light.decay = 0;
-      light.visible = false;
-    }
     this.select('none', -1);
     this.#applyColors();
     for (const name of Object.keys(this.toggles)) this.toggle(name, this.toggles[name], false);
