@@ -126,6 +126,7 @@ bool FbxIO::ProjectReadHeader(bool openMainSection, FbxIOFileHeaderInfo* info) {
     return false;
   }
   if (!ProjectReadExtendedHeader(info) || !CheckFileVersion()) return false;
+  format_.hasPlainLists = IsBeforeVersion7();
   if (isEncrypted_) return Corrupted();
 
   sections_ = {{mainPosition_, static_cast<uint32_t>(fileVersion_)}};

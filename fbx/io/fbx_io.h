@@ -111,6 +111,8 @@ class FbxIO {
   // major * 1000 + minor * 100 + revision, as 7400.
   int32_t GetFileVersionNumber() const { return fileVersion_; }
   static void ProjectConvertVersionNumber(int version, int& major, int& minor, int& revision);
+  // Whether the file is older than the records and arrays of version 7.
+  bool IsBeforeVersion7() const { return fileVersion_ < 7000; }
   bool IsBinary() const { return format_.isBinary; }
   bool IsEncrypted() const { return isEncrypted_; }
   // False, with code 1 and the system's reason, once bytes of the open file couldn't be read. To
@@ -149,6 +151,8 @@ class FbxIO {
   // The next value of the current record. In ASCII files numbers are read from the longest prefix
   // of the text that is one. Numbers too small for the type's normal range read as 0.
   char FieldReadCH();
+  // What FieldReadCH would give; the cursor stays.
+  char FieldPeekCH();
   bool FieldReadB();
   int8_t FieldReadByte();
   uint8_t FieldReadUByte() { return static_cast<uint8_t>(FieldReadByte()); }
@@ -220,7 +224,8 @@ class FbxIO {
   // The next value as an array, decoded straight into `out`, whose storage is reused. The element
   // type decides what the value must be: double 'd', float 'f', int64 and uint64 'l', int32 and
   // uint32 'i', int16 and uint16 'h', int8 and uint8 'c', bool 'b'; in ASCII files any "*N" block
-  // of N values does, each converted as a scalar. False, with `out` empty, if there is no such
+  // of N values does, each converted as a scalar. Before version 7 all values of a record are an
+  // array, too, converted alike. False, with `out` empty, if there is no such
   // array or it has no elements. A stream that ends early gives the elements that it holds; one
   // that grows beyond all measure, see FbxInflater, none.
   template <class T>

@@ -66,6 +66,8 @@ struct FbxIOListFormat {
   bool swap = false;
   // Bytes of an offset word, 4 or 8.
   size_t offsetWidth = 4;
+  // All values of a record can be read as one array.
+  bool hasPlainLists = false;
 };
 
 // The head of a record in a binary scene file: three offset words, and the name.
@@ -126,6 +128,8 @@ class FbxIOFieldList {
   // Each takes the next value of the current record: a value past the last, or one of another type,
   // gives 0 or the empty text and is passed over.
   char ReadChar();
+  // What ReadChar would take; the cursor stays.
+  char PeekChar();
   bool ReadBool();
   int8_t ReadByte();
   int16_t ReadShort();
@@ -210,6 +214,11 @@ class FbxIOFieldList {
   bool InflateArray(uint32_t offset, uint32_t stored, size_t count, std::vector<T>& out);
   template <class T, class Element>
   bool ReadTextArray(std::vector<Element>& out);
+  // The rest of the record's values, each read alone.
+  template <class T>
+  void ReadPlainList(std::vector<T>& out);
+  // Whether the next value is an array, of whatever type.
+  bool IsAtArray();
   template <class T>
   bool ReadAnyArray(char letter, std::vector<T>& out);
 

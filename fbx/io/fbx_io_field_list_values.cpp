@@ -61,6 +61,15 @@ int16_t FbxIOFieldList::ReadShort() { return TakeWhole<int16_t>('Y'); }
 int32_t FbxIOFieldList::ReadInt() { return TakeWhole<int32_t>('I'); }
 int64_t FbxIOFieldList::ReadLongLong() { return TakeWhole<int64_t>('L'); }
 
+char FbxIOFieldList::PeekChar() {
+  FbxIOFieldInstance* instance = Current();
+  if (instance == nullptr) return '\0';
+  const FbxIOFieldInstance before = *instance;
+  const char character = ReadChar();
+  *instance = before;
+  return character;
+}
+
 char FbxIOFieldList::ReadChar() {
   if (format_.isBinary) return TakeWhole<char>('C');
   const std::string_view text = TakeText();
@@ -215,9 +224,33 @@ bool FbxIOFieldList::ReadTextArray(std::vector<Element>& out) {
   return true;
 }
 
+bool FbxIOFieldList::IsAtArray() {
+  constexpr std::string_view kArrays = "abchilfd";
+  return kArrays.find(ValueType()) != std::string_view::npos;
+}
+
+template <class T>
+void FbxIOFieldList::ReadPlainList(std::vector<T>& out) {
+  FbxIOFieldInstance* instance = Current();
+  if (instance == nullptr) return;
+  out.reserve(static_cast<size_t>(instance->valueCount - instance->valueIndex));
+  while (instance->valueIndex < instance->valueCount) {
+    if constexpr (std::is_floating_point_v<T>) {
+      out.push_back(TakeReal<T>());
+    } else {
+      constexpr std::string_view kLetters = "ZY_I___L";  // by bytes
+      out.push_back(TakeWhole<T>(kLetters[sizeof(T) - 1]));
+    }
+  }
+}
+
 template <class T>
 bool FbxIOFieldList::ReadAnyArray(char letter, std::vector<T>& out) {
   out.clear();
+  if (format_.hasPlainLists && !IsAtArray()) {
+    ReadPlainList(out);
+    return !out.empty();
+  }
   if (format_.isBinary ? ReadBinaryArray(letter, out) : ReadTextArray<T>(out)) return true;
   out.clear();
   return false;

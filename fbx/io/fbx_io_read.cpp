@@ -97,6 +97,7 @@ int32_t FbxIO::FieldReadGetRemain() {
 char FbxIO::FieldReadGetType() { return current_ == nullptr ? 'S' : current_->ValueType(); }
 
 char FbxIO::FieldReadCH() { return current_ == nullptr ? '\0' : current_->ReadChar(); }
+char FbxIO::FieldPeekCH() { return current_ == nullptr ? '\0' : current_->PeekChar(); }
 bool FbxIO::FieldReadB() { return current_ != nullptr && current_->ReadBool(); }
 int8_t FbxIO::FieldReadByte() { return current_ == nullptr ? int8_t{0} : current_->ReadByte(); }
 int16_t FbxIO::FieldReadShort() { return current_ == nullptr ? int16_t{0} : current_->ReadShort(); }

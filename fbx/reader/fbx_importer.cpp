@@ -7,6 +7,7 @@
 
 #include "fbx/reader/fbx_io_settings.h"
 #include "fbx/reader/fbx_reader_fbx7.h"
+#include "fbx/reader/version6/fbx_reader_fbx6.h"
 #include "fbx/scene/fbx_global_settings.h"
 
 FBX_OBJECT_DEFINE(FbxImporter, FbxObject, "", "", nullptr)
@@ -65,12 +66,18 @@ bool FbxImporter::Open(const Source& source, FbxMediaFolder media, FbxIOSettings
                     "FBX File version %d is not supported in this product", version_);
     return false;
   }
-  if (major < 7) {
+  if (major < 6) {
     status_.SetCode(FbxStatus::eFailure, "Unexpected file type");
     return false;
   }
-  reader_ = std::make_unique<FbxReaderFbx7>(*GetFbxManager(), status_, settings, std::move(io),
-                                            std::move(media));
+  FbxManager& manager = *GetFbxManager();
+  if (major == 6) {
+    reader_ = std::make_unique<FbxReaderFbx6>(manager, status_, settings, std::move(io),
+                                              std::move(media));
+  } else {
+    reader_ = std::make_unique<FbxReaderFbx7>(manager, status_, settings, std::move(io),
+                                              std::move(media));
+  }
   fileSettings_ = FbxGlobalSettings::Create(GetFbxManager(), "GlobalSettings");
   return reader_->ReadOutline(*fileSettings_);
 }

@@ -72,8 +72,16 @@ void ReadCurve(FbxIO& io, FbxAnimCurve& curve) {
   curve.curve.SetDefaultValue(static_cast<float>(io.FieldReadD("Default")));
   curve.curve.SetKeys(io.FieldReadSharedArray("KeyTime"), ReadValues(io));
   ReadAttributes(io, curve.curve);
-  curve.curve.SetPreExtrapolation(ReadExtrapolation(io, "Pre-Extrapolation"));
-  curve.curve.SetPostExtrapolation(ReadExtrapolation(io, "Post-Extrapolation"));
+  ReadExtrapolations(io, curve.curve);
+}
+
+void ReadExtrapolations(FbxIO& io, KFCurve& curve) {
+  curve.SetPreExtrapolation(ReadExtrapolation(io, "Pre-Extrapolation"));
+  curve.SetPostExtrapolation(ReadExtrapolation(io, "Post-Extrapolation"));
+}
+
+FbxTakeInfo ReadTakeInfo(FbxIO& io, std::string name) {
+  return {std::move(name), io.FieldReadTS("LocalTime"), io.FieldReadTS("ReferenceTime")};
 }
 
 void ReadTakes(FbxIO& io, FbxDocument& document) {
@@ -81,13 +89,10 @@ void ReadTakes(FbxIO& io, FbxDocument& document) {
   const int32_t count = io.FieldGetInstanceCount("Take");
   for (int32_t i = 0; i < count; ++i) {
     io.FieldReadBegin("Take", i);
-    FbxTakeInfo info;
-    info.name = io.FieldReadC();
+    std::string name(io.FieldReadC());
     if (!io.FieldReadBlockBegin()) continue;
-    info.localTime = io.FieldReadTS("LocalTime");
-    info.referenceTime = io.FieldReadTS("ReferenceTime");
+    document.SetTakeInfo(ReadTakeInfo(io, std::move(name)));
     io.FieldReadBlockEnd();
-    document.SetTakeInfo(info);
   }
   io.FieldReadBlockEnd();
 }

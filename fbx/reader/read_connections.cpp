@@ -18,7 +18,7 @@ class ConnectionReader {
   ConnectionReader(FbxIO& io, FbxDocument& document, FbxObjectReferences& references)
       : io_(io), document_(document), references_(references) {}
 
-  // The ends of the current `C` record; an end is invalid if it isn't there.
+  // The ends of the current record; an end is invalid if it isn't there.
   FbxConnection Read() {
     const std::string_view tag = io_.FieldReadC();
     FbxConnection connection;
@@ -88,11 +88,12 @@ std::vector<FbxConnection> ReadConnections(FbxIO& io, FbxDocument& document,
                                            FbxObjectReferences& references) {
   std::vector<FbxConnection> connections;
   if (!io.FieldReadBegin("Connections") || !io.FieldReadBlockBegin()) return connections;
-  const int32_t count = io.FieldGetInstanceCount("C");
+  const char* record = io.IsBeforeVersion7() ? "Connect" : "C";
+  const int32_t count = io.FieldGetInstanceCount(record);
   ConnectionReader reader(io, document, references);
   connections.reserve(static_cast<size_t>(count));
   for (int32_t i = 0; i < count; ++i) {
-    io.FieldReadBegin("C", i);
+    io.FieldReadBegin(record, i);
     const FbxConnection connection = reader.Read();
     if (connection.source.IsValid() && connection.destination.IsValid()) {
       connections.push_back(connection);

@@ -105,18 +105,25 @@ class LayerElementReader {
   std::array<Elements<FbxLayerElementUV>, FbxLayer::kUVChannels> uvs_;
 };
 
-// What a layer says: the fields of its elements and their numbers.
-using LayerEntries = std::vector<std::pair<std::string, int32_t>>;
+// Layers stand in the order of their numbers; gaps aren't filled, as a number may be anything.
+void ReadLayerElements(FbxIO& io, FbxMesh& mesh) {
+  LayerElementReader reader(io);
+  for (const auto& [number, entries] : ReadLayerEntries(io)) {
+    FbxLayer& layer = *mesh.GetLayer(mesh.CreateLayer());
+    for (const auto& [field, index] : entries) reader.Set(layer, field, index);
+  }
+}
 
-// The layers of the mesh by their numbers.
-std::map<int32_t, LayerEntries> ReadLayerEntries(FbxIO& io) {
-  std::map<int32_t, LayerEntries> layers;
+}  // namespace
+
+std::map<int32_t, FbxLayerEntries> ReadLayerEntries(FbxIO& io) {
+  std::map<int32_t, FbxLayerEntries> layers;
   const int32_t count = io.FieldGetInstanceCount("Layer");
   for (int32_t i = 0; i < count; ++i) {
     io.FieldReadBegin("Layer", i);
     const int32_t number = io.FieldReadI();
     if (number < 0 || !io.FieldReadBlockBegin()) continue;
-    LayerEntries& entries = layers[number];
+    FbxLayerEntries& entries = layers[number];
     const int32_t elements = io.FieldGetInstanceCount("LayerElement");
     for (int32_t k = 0; k < elements; ++k) {
       io.FieldReadBegin("LayerElement", k);
@@ -129,17 +136,6 @@ std::map<int32_t, LayerEntries> ReadLayerEntries(FbxIO& io) {
   }
   return layers;
 }
-
-// Layers stand in the order of their numbers; gaps aren't filled, as a number may be anything.
-void ReadLayerElements(FbxIO& io, FbxMesh& mesh) {
-  LayerElementReader reader(io);
-  for (const auto& [number, entries] : ReadLayerEntries(io)) {
-    FbxLayer& layer = *mesh.GetLayer(mesh.CreateLayer());
-    for (const auto& [field, index] : entries) reader.Set(layer, field, index);
-  }
-}
-
-}  // namespace
 
 void ReadMesh(FbxIO& io, FbxMesh& mesh) {
   ReadProperties(io, mesh);

@@ -151,7 +151,7 @@ void ReadProperty(FbxIO& io, FbxObject& object) {
   // Copies: a view of a long text is good only until the record's next one.
   const std::string name(io.FieldReadC());
   const std::string typeName(io.FieldReadC());
-  const std::string subTypeName(io.FieldReadC());
+  const std::string subTypeName(io.IsBeforeVersion7() ? std::string_view() : io.FieldReadC());
   const std::string letters(io.FieldReadC());
 
   const FbxDataType type = ResolveType(typeName, subTypeName);
@@ -172,11 +172,13 @@ void ReadProperty(FbxIO& io, FbxObject& object) {
 }  // namespace
 
 void ReadProperties(FbxIO& io, FbxObject& object) {
-  if (!io.FieldReadBegin("Properties70")) return;
+  const bool isOld = io.IsBeforeVersion7();
+  if (!io.FieldReadBegin(isOld ? "Properties60" : "Properties70")) return;
   if (io.FieldReadBlockBegin()) {
-    const int32_t count = io.FieldGetInstanceCount("P");
+    const char* record = isOld ? "Property" : "P";
+    const int32_t count = io.FieldGetInstanceCount(record);
     for (int32_t i = 0; i < count; ++i) {
-      if (io.FieldReadBegin("P", i)) ReadProperty(io, object);
+      if (io.FieldReadBegin(record, i)) ReadProperty(io, object);
     }
     io.FieldReadBlockEnd();
   }

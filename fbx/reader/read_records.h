@@ -1,11 +1,15 @@
-// Reads the records of a document, one family a file: read_mesh.cpp and so on. Unless it is said
-// otherwise, the current list is the object's record when a function is called, and again after it.
+// Reads the records of a document of either version, one family a file: read_mesh.cpp and so on.
+// Unless it is said otherwise, the current list is the object's record when a function is called,
+// and again after it.
 //
 // A bad part never fails a load: what can't be understood is passed over, and the rest is read.
 #pragma once
 
+#include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "fbx/core/fbx_class_id.h"
@@ -30,7 +34,9 @@ class FbxShape;
 class FbxSkin;
 class FbxSurfaceMaterial;
 class FbxVideo;
+class KFCurve;
 struct FbxConnection;
+struct FbxTakeInfo;
 
 // How the records of a document name its objects.
 class FbxObjectReferences {
@@ -42,8 +48,9 @@ class FbxObjectReferences {
   virtual FbxObject* ReadEnd(bool isDestination) = 0;
 };
 
-// Properties. One that the object doesn't have is created, if its parent is there, and flagged as
-// imported; a record of an unknown type is passed over.
+// Properties, the way of writing them that goes with the file's version. One that the object
+// doesn't have is created, if its parent is there, and flagged as imported; a record of an unknown
+// type is passed over.
 void ReadProperties(FbxIO& io, FbxObject& object);
 
 // Nodes, and their attributes that are no geometry.
@@ -53,6 +60,10 @@ void ReadSkeleton(FbxIO& io, FbxSkeleton& skeleton, FbxSkeleton::ESkeletonType t
 void ReadPose(FbxIO& io, FbxPose& pose, FbxObjectReferences& references);
 
 void ReadMesh(FbxIO& io, FbxMesh& mesh);
+// What a layer says: the fields of its elements, and their numbers among the records of the field.
+using FbxLayerEntries = std::vector<std::pair<std::string, int32_t>>;
+// The layers of the mesh by their numbers.
+std::map<int32_t, FbxLayerEntries> ReadLayerEntries(FbxIO& io);
 // The doubles of the field by threes, a rest dropped; `w` goes into every fourth component. Empty
 // if there is no such field.
 std::vector<FbxVector4> ReadVectors(FbxIO& io, std::string_view field, double w);
@@ -84,6 +95,9 @@ void ReadVideo(FbxIO& io, FbxVideo& video, FbxMediaFolder& media);
 void FindEmbeddedTextures(const FbxDocument& document, const FbxMediaFolder& media);
 
 void ReadCurve(FbxIO& io, FbxAnimCurve& curve);
+void ReadExtrapolations(FbxIO& io, KFCurve& curve);
+// The current list is the take's record.
+FbxTakeInfo ReadTakeInfo(FbxIO& io, std::string name);
 // The current list is the document's; the takes are in its `Takes`.
 void ReadTakes(FbxIO& io, FbxDocument& document);
 
