@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/fbx6_writer.h"
 #include "tests/support/scene_builder.h"
 
 namespace {
@@ -117,12 +118,18 @@ int main(int argc, char** argv) {
   const SceneBuilder scene = MakeScene();
   const std::vector<FbxFormat> formats = {{},
                                           {.ascii = true},
+                                          {.version = 6100},
+                                          {.ascii = true, .version = 6100},
+                                          {.version = 6000, .bigEndian = true},
                                           {.version = 7500, .compress = true},
                                           {.bigEndian = true},
                                           {.version = 7000, .footer = false}};
   for (size_t i = 0; i < formats.size(); ++i) {
     const std::string path = std::string(argv[1]).append("/").append(std::to_string(i));
-    if (!(std::ofstream(path, std::ios::binary) << scene.Write(formats[i]))) return 1;
+    const FbxRecords document = scene.Document(formats[i].version);
+    const std::string bytes =
+        WriteFbx(formats[i].version < 7000 ? AsVersion6(document) : document, formats[i]);
+    if (!(std::ofstream(path, std::ios::binary) << bytes)) return 1;
   }
   return 0;
 }

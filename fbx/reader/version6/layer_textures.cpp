@@ -67,19 +67,21 @@ void FbxLayerTextures::Read(FbxIO& io, const FbxMesh& mesh) {
     if (isNew) found->second = ReadNumbers(io, field, number, array);
     return found->second.has_value() ? &*found->second : nullptr;
   };
-  const auto materialsOf = [&](const FbxLayerEntries& entries) {
-    const PolygonNumbers* last = nullptr;
+  // What each layer says of the materials, the last element of a layer counting.
+  const PolygonNumbers onlyMaterial = {FbxLayerElement::eAllSame, {0}};
+  const PolygonNumbers* firstMaterials = nullptr;
+  std::map<int32_t, const PolygonNumbers*> layerMaterials;
+  for (const auto& [layer, entries] : layers) {
     for (const auto& [field, number] : entries) {
       if (field != "LayerElementMaterial") continue;
       const PolygonNumbers* materials = element(field, number, "Materials");
-      if (materials != nullptr) last = materials;
+      if (materials == nullptr) continue;
+      if (materials->IsAllSame() && materials->numbers.empty()) materials = &onlyMaterial;
+      layerMaterials[layer] = materials;
     }
-    return last;
-  };
-  const PolygonNumbers onlyMaterial = {FbxLayerElement::eAllSame, {0}};
-  const PolygonNumbers* firstMaterials = nullptr;
-  for (const auto& [number, entries] : layers) {
-    if (firstMaterials == nullptr) firstMaterials = materialsOf(entries);
+    if (firstMaterials == nullptr && layerMaterials.contains(layer)) {
+      firstMaterials = layerMaterials[layer];
+    }
   }
   if (firstMaterials == nullptr) firstMaterials = &onlyMaterial;
 
@@ -91,9 +93,8 @@ void FbxLayerTextures::Read(FbxIO& io, const FbxMesh& mesh) {
       if (!channel.has_value() || ++looked > kMostElements) continue;
       const PolygonNumbers* textures = element(field, number, "TextureId");
       if (textures == nullptr) continue;
-      const PolygonNumbers* materials = materialsOf(entries);
-      if (materials == nullptr) materials = firstMaterials;
-      if (materials->IsAllSame() && materials->numbers.empty()) materials = &onlyMaterial;
+      const auto own = layerMaterials.find(layer);
+      const PolygonNumbers* materials = own == layerMaterials.end() ? firstMaterials : own->second;
       // All polygons are alike where nothing goes by polygon.
       const bool areAlike = textures->IsAllSame() && materials->IsAllSame();
       const int polygons = std::min(mesh.GetPolygonCount(), areAlike ? 1 : INT_MAX);
