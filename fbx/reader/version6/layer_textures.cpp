@@ -60,6 +60,8 @@ std::optional<PolygonNumbers> ReadNumbers(FbxIO& io, std::string_view field, int
 void FbxLayerTextures::Read(FbxIO& io, const FbxMesh& mesh) {
   // Elements that are looked at for each mesh; each may cost a look at all of its polygons.
   constexpr size_t kMostElements = 1000;
+  // Pairs of a material and a texture that are kept for each mesh; real ones have a handful.
+  constexpr size_t kMostUses = 10000;
   const std::map<int32_t, FbxLayerEntries> layers = ReadLayerEntries(io);
   std::map<std::pair<std::string, int32_t>, std::optional<PolygonNumbers>> elements;
   const auto element = [&](const std::string& field, int32_t number, const char* array) {
@@ -99,10 +101,10 @@ void FbxLayerTextures::Read(FbxIO& io, const FbxMesh& mesh) {
       const bool areAlike = textures->IsAllSame() && materials->IsAllSame();
       const int polygons = std::min(mesh.GetPolygonCount(), areAlike ? 1 : INT_MAX);
       std::set<std::pair<int32_t, int32_t>> seen;
-      for (int p = 0; p < polygons; ++p) {
+      for (int p = 0; p < polygons && uses.size() < kMostUses; ++p) {
         const int32_t material = materials->Of(p);
         const int32_t texture = textures->Of(p);
-        if (material < 0 || texture < 0 || !seen.emplace(material, texture).second) continue;
+        if (material < 0 || texture < 0 || !seen.insert({material, texture}).second) continue;
         uses.push_back({*channel, material, texture});
       }
     }
