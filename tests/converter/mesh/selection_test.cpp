@@ -67,16 +67,4 @@ TEST_F(MeshSelection, ManyMeshesAreGroupedByDepth) {
   }
 }
 
-TEST_F(MeshSelection, ListsAllMeshesOrThoseOfTheSkeleton) {
-  const int64_t on = AddMesh("on skin", scene_.Bone("Hips")).node;
-  scene_.Material(on, "a");
-  scene_.Material(on, "b[7]");
-  AddMesh("off");
-  EXPECT_EQ(Run({"s.fbx", "list", "mesh"}),
-            "MESH: off MATERIALS: 8 \nMESH: on skin MATERIALS: 9 7 \n");
-  EXPECT_EQ(Run({"-ne", "-rRootNode/Hips", "s.fbx", "list", "mesh"}), "on%20skin\n");
-  EXPECT_EQ(Run({"-rRootNode/Hips", "s.fbx", "list", "mesh"}), "MESH: on skin MATERIALS: 8 7 \n");
-  EXPECT_EQ(Run({"-rRootNode", "s.fbx", "list", "mesh"}), "MESH: off MATERIALS: 0 \n");
-}
-
 }  // namespace
