@@ -1,5 +1,6 @@
-// Writes seeds for fbx_importer_fuzzer into the folder named on the command line: one scene with
-// objects of every family, in each form of the file.
+// Writes seeds for the fuzz targets that take scene files into the folder named on the command
+// line: a scene with objects of every family, and a room with all that gets exported, in each form
+// of the file.
 #include <cstdint>
 #include <fstream>
 #include <iostream>
@@ -108,6 +109,23 @@ SceneBuilder MakeScene() {
   return scene;
 }
 
+SceneBuilder MakeRoom() {
+  SceneBuilder scene;
+  const int64_t root = scene.Bone("skeleton.room");
+  for (const char* name : {"seat01.Sit", "catcher01", "handle01", "furniture_floor",
+                           "camera_target", "lightPoint_rgbff8000_bright0.5", "light"}) {
+    scene.Node(name, root);
+  }
+  const int64_t bone = scene.Bone("arm", root, {P("Lcl Translation", {0, 0, 10})});
+  const SceneBuilder::MeshIds mesh = scene.Mesh("body", {"smile"}, root);
+  scene.Cluster(scene.Skin(mesh.mesh), bone);
+  scene.Texture(scene.Material(mesh.node, "skin"), "DiffuseColor", "skin.png");
+  const SceneBuilder::Clip clip = scene.AddClip("wave", 0, 20);
+  scene.Key(clip.layer, bone, "RX", {0, 10, 20}, {0, 90, 0});
+  scene.KeyMorph(clip.layer, mesh.channels[0], {0, 10, 20}, {0, 100, 0});
+  return scene;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -115,7 +133,7 @@ int main(int argc, char** argv) {
     std::cerr << "make_fbx_seeds FOLDER\n";
     return 1;
   }
-  const SceneBuilder scene = MakeScene();
+  const std::vector<SceneBuilder> scenes = {MakeScene(), MakeRoom()};
   const std::vector<FbxFormat> formats = {{},
                                           {.ascii = true},
                                           {.version = 6100},
@@ -124,12 +142,15 @@ int main(int argc, char** argv) {
                                           {.version = 7500, .compress = true},
                                           {.bigEndian = true},
                                           {.version = 7000, .footer = false}};
-  for (size_t i = 0; i < formats.size(); ++i) {
-    const std::string path = std::string(argv[1]).append("/").append(std::to_string(i));
-    const FbxRecords document = scene.Document(formats[i].version);
-    const std::string bytes =
-        WriteFbx(formats[i].version < 7000 ? AsVersion6(document) : document, formats[i]);
-    if (!(std::ofstream(path, std::ios::binary) << bytes)) return 1;
+  int count = 0;
+  for (const SceneBuilder& scene : scenes) {
+    for (const FbxFormat& format : formats) {
+      const std::string path = std::string(argv[1]).append("/").append(std::to_string(count++));
+      const FbxRecords document = scene.Document(format.version);
+      const std::string bytes =
+          WriteFbx(format.version < 7000 ? AsVersion6(document) : document, format);
+      if (!(std::ofstream(path, std::ios::binary) << bytes)) return 1;
+    }
   }
   return 0;
 }
