@@ -68,15 +68,23 @@ class TargetIndex {
   std::unordered_map<std::string, std::vector<const std::string*>> skeletons_;  // by target
 };
 
-// The first animation of a name keeps it, further ones get "_1", "_2" ... within each list.
+// The first animation of a name keeps it, further ones get "_1", "_2" ... within each list. A stack
+// may really be called "walk_1" beside two called "walk"; counting on until the name is free gives
+// each a file of its own.
 void NameAnimations(AnimationMap& animations, bool encodeNames) {
   for (auto& [key, holders] : animations) {
     std::unordered_map<std::string, int> counts;
+    std::unordered_set<std::string> taken;  // as files have them
     for (AnimationInfoHolder& holder : holders) {
       if (holder.nodes.empty()) continue;
-      std::string name = holder.buildFileName();
-      const int count = counts[name]++;
+      const std::string plain = holder.buildFileName();
+      int& count = counts[plain];
+      std::string name = plain;
       if (count > 0) name.append("_").append(std::to_string(count));
+      ++count;
+      while (!taken.insert(urlencode(name)).second) {
+        name = plain + "_" + std::to_string(count++);
+      }
       holder.fileName = encodeName(encodeNames, name);
     }
   }

@@ -1,6 +1,8 @@
 // The listing of animations, and their files.
 #include "converter/animation/export_animation.h"
 
+#include <set>
+#include <string_view>
 #include <unordered_set>
 
 #include "cal3d/io/file_kinds.h"
@@ -8,6 +10,7 @@
 #include "converter/animation/animation_trace.h"
 #include "converter/animation/curve_visitors.h"
 #include "converter/animation/key_framers.h"
+#include "converter/base/complaint.h"
 #include "converter/base/names.h"
 #include "converter/base/records.h"
 #include "converter/scene/fbx_wrapper.h"
@@ -35,14 +38,20 @@ void ListAnimations(const ConversionArguments& args, SceneChannels& channels,
   }
 }
 
-// These write nothing and return false for an animation without tracks.
+// These write nothing and return false for an animation without tracks; why, is on standard error.
 bool SaveSkeletal(const ConversionArguments& args, SceneChannels& channels,
                   const AnimationInfoHolder& holder, const BoneNameMap& bones,
                   const std::string& path) {
   AnimationCurveVisitorAnimKeyFramer visitor(bones, holder.animStack);
   DisplayAnimation(channels, holder.animStack, holder.rootNode, visitor);
   const CalCoreAnimation animation = visitor.GetAnimation(args);
-  return !animation.tracks.empty() && CalSaver::saveCoreAnimation(path, &animation);
+  if (animation.tracks.empty()) {
+    Complain("'" + path + "' isn't written: no bone of the skeleton moves in it");
+    return false;
+  }
+  if (CalSaver::saveCoreAnimation(path, &animation)) return true;
+  ComplainOfOutput(path);
+  return false;
 }
 
 bool SaveMorph(SceneChannels& channels, const AnimationInfoHolder& holder,
@@ -50,7 +59,13 @@ bool SaveMorph(SceneChannels& channels, const AnimationInfoHolder& holder,
   AnimationCurveVisitorMorphKeyFramer visitor;
   DisplayAnimation(channels, holder.animStack, holder.rootNode, visitor);
   const CalCoreMorphAnimation& animation = visitor.coreMorphAnimation;
-  return !animation.tracks.empty() && CalSaver::saveCoreMorphAnimation(path, &animation);
+  if (animation.tracks.empty()) {
+    Complain("'" + path + "' isn't written: no morph target moves in it");
+    return false;
+  }
+  if (CalSaver::saveCoreMorphAnimation(path, &animation)) return true;
+  ComplainOfOutput(path);
+  return false;
 }
 
 }  // namespace
@@ -73,21 +88,31 @@ void ExportAnimation::ExportAnimationsFromList(const AnimationMap& animations,
   const CommandSkeleton skeleton = GetCommandSkeleton(&scene_, args_);
   const BoneNameMap bones = BuildBoneNameMap(skeleton.nodes);
   TraceBones(args_, scene_.BuildSkeletonList(args_.treatAsRoom), skeleton.rootPath, bones);
-  const auto list = animations.find(skeleton.rootPath);
-  if (list == animations.end()) return;
-  const std::unordered_set<std::string> selected(names.begin(), names.end());
-  for (const AnimationInfoHolder& holder : list->second) {
-    if (!selected.contains(holder.fileName)) continue;
-    const CalFileKind& kind = holder.isMorph ? kMorphAnimationFile : kAnimationFile;
-    const std::string path = prependPathToFileName(
-        args_.directoryForOutputFiles, urlencode(holder.fileName).append(kind.extension));
-    const bool saved = holder.isMorph ? SaveMorph(Channels(), holder, path)
-                                      : SaveSkeletal(args_, Channels(), holder, bones, path);
-    if (saved) {
-      AddOutput(holder.isMorph ? "MORPHANIMS" : "ANIMATION", holder.fileName, false);
-      AddOutput("FILENAME", path, true);
-    } else {
-      AddError("Failed to create file " + path + " for ANIMATION " + holder.fileName);
+  const std::unordered_set<std::string_view> selected(names.begin(), names.end());
+  std::set<std::string_view> missing(names.begin(), names.end());
+  if (const auto list = animations.find(skeleton.rootPath); list != animations.end()) {
+    for (const AnimationInfoHolder& holder : list->second) {
+      if (!selected.contains(holder.fileName)) continue;
+      missing.erase(holder.fileName);
+      ExportOne(holder, bones);
     }
+  }
+  for (const std::string_view name : missing) {
+    Complain("no animation of the root '" + skeleton.rootPath + "' is called '" +
+             std::string(name) + "'");
+  }
+}
+
+void ExportAnimation::ExportOne(const AnimationInfoHolder& holder, const BoneNameMap& bones) {
+  const CalFileKind& kind = holder.isMorph ? kMorphAnimationFile : kAnimationFile;
+  const std::string path = prependPathToFileName(args_.directoryForOutputFiles,
+                                                 urlencode(holder.fileName).append(kind.extension));
+  const bool saved = holder.isMorph ? SaveMorph(Channels(), holder, path)
+                                    : SaveSkeletal(args_, Channels(), holder, bones, path);
+  if (saved) {
+    AddOutput(holder.isMorph ? "MORPHANIMS" : "ANIMATION", holder.fileName, false);
+    AddOutput("FILENAME", path, true);
+  } else {
+    AddError("Failed to create file " + path + " for ANIMATION " + holder.fileName);
   }
 }

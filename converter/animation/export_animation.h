@@ -89,6 +89,8 @@ class ExportAnimation {
   using HoldersByRoot = std::map<std::string, std::vector<AnimationInfoHolder>>;
 
   SceneChannels& Channels();
+  // Writes the animation's file and its record.
+  void ExportOne(const AnimationInfoHolder& holder, const BoneNameMap& bones);
   HoldersByRoot FindByRoot(const std::vector<FbxAnimStack*>& stacks);
   // Drops duplicates and sorts what is left into the maps.
   void Analyze(HoldersByRoot& byRoot, AnimationMap& skeletal, AnimationMap& morph);

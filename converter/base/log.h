@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstdio>
-#include <sstream>
 #include <string>
 #include <string_view>
 
@@ -16,26 +15,26 @@ class FileLogOutput {
   static std::string getFileName() { return setFileName({}); }
   // The open file, null if it could not be opened. Opened once, at the first call.
   static std::FILE* Stream();
-  static void Output(const std::string& text);
+  static void Output(std::string_view text) noexcept;
 };
 
 constexpr int kLogInfo = 3;
 
-// Gathers one text and hands it to the output policy when it goes out of scope.
+// Gathers one text and hands it to the output policy when it goes out of scope. Only gathering
+// needs memory, so that the end of a scope never throws.
 template <typename OutputPolicy>
 class Log {
  public:
   explicit Log(bool newlineAtEnd) : newlineAtEnd_(newlineAtEnd) {}
   virtual ~Log() {
-    if (newlineAtEnd_) text_ << '\n';
-    OutputPolicy::Output(text_.str());
+    OutputPolicy::Output(text_);
+    if (newlineAtEnd_) OutputPolicy::Output("\n");
   }
   Log(const Log&) = delete;
   Log& operator=(const Log&) = delete;
 
-  template <typename Value>
-  Log& operator<<(const Value& value) {
-    text_ << value;
+  Log& operator<<(std::string_view text) {
+    text_ += text;
     return *this;
   }
 
@@ -45,7 +44,7 @@ class Log {
   }
 
  private:
-  std::ostringstream text_;
+  std::string text_;
   bool newlineAtEnd_;
 };
 

@@ -6,24 +6,31 @@
 #include "cal3d/io/input_file.h"
 #include "cal3d/io/loader.h"
 #include "cal3d/io/saver.h"
+#include "converter/base/complaint.h"
 
 namespace {
+
+// Passes `saved` on; a failure is told.
+bool Told(bool saved, const ConversionArguments& args) {
+  if (!saved) ComplainOfOutput(args.outputFilename);
+  return saved;
+}
 
 bool Convert(const CalBufferSource& source, const ConversionArguments& args) {
   if ((args.type & NODE_OBJECT) != 0) {
     const auto loaded = CalLoader::loadCoreSkeleton(source);
     CalCoreSkeleton skeleton(loaded->coreBones);
     skeleton.sceneAmbientColor = loaded->sceneAmbientColor;
-    return CalSaver::saveCoreSkeleton(args.outputFilename, &skeleton);
+    return Told(CalSaver::saveCoreSkeleton(args.outputFilename, &skeleton), args);
   }
   if ((args.type & MESH_OBJECT) != 0) {
     const CalCoreMesh mesh{CalLoader::loadCoreMesh(source)->submeshes};
-    return CalSaver::saveCoreMesh(args.outputFilename, &mesh);
+    return Told(CalSaver::saveCoreMesh(args.outputFilename, &mesh), args);
   }
   if ((args.type & ANIM_OBJECT) != 0) {
     const auto loaded = CalLoader::loadCoreAnimation(source);
     const CalCoreAnimation animation{loaded->duration, loaded->tracks};
-    return CalSaver::saveCoreAnimation(args.outputFilename, &animation);
+    return Told(CalSaver::saveCoreAnimation(args.outputFilename, &animation), args);
   }
   return false;
 }

@@ -1,10 +1,16 @@
 #include "converter/driver/command_file.h"
 
 #include <algorithm>
-#include <fstream>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
 
 #include <boost/filesystem.hpp>
 
+#include "converter/base/complaint.h"
 #include "converter/base/names.h"
 #include "converter/base/output.h"
 #include "converter/base/records.h"
@@ -22,21 +28,40 @@ bool IsOpen(const std::string& path, const OpenCommandFile* openFiles) {
   return false;
 }
 
+std::string ReadWholeFile(std::FILE* file, const std::string& path) {
+  std::string bytes;
+  std::array<char, 4096> block;
+  while (const size_t length = std::fread(block.data(), 1, block.size(), file)) {
+    bytes.append(block.data(), length);
+  }
+  if (std::ferror(file) != 0) {
+    throw std::runtime_error("command file '" + path + "' can't be read: " + std::strerror(errno));
+  }
+  return bytes;
+}
+
 std::vector<std::string> WordsOfFile(const std::string& path, std::string_view value) {
   std::vector<std::string> words;
-  std::ifstream file(path, std::ios::binary);
+  const auto close = [](std::FILE* stream) { std::fclose(stream); };
   // Opening a directory succeeds, reading it doesn't.
-  if (!file || isDirectory(path)) {
+  const std::unique_ptr<std::FILE, decltype(close)> file(
+      isDirectory(path) ? nullptr : std::fopen(path.c_str(), "rb"), close);
+  if (file == nullptr) {
+    const std::string reason = std::strerror(isDirectory(path) ? EISDIR : errno);
     PrintFormatted("Unable to open command file: %s", std::string(value).c_str());
+    Complain("command file '" + path + "' can't be opened: " + reason);
     return words;
   }
+  const std::string bytes = ReadWholeFile(file.get(), path);
+  std::string_view text(bytes);
   // What editors on Windows add is no part of the words: a byte order mark, returns at line ends.
-  bool firstLine = true;
-  for (std::string line; std::getline(file, line); firstLine = false) {
-    std::string_view text(line);
-    if (firstLine && text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
-    if (text.ends_with('\r')) text.remove_suffix(1);
-    SplitCommandFileLine(text, words);
+  if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+  while (!text.empty()) {
+    const size_t length = std::min(text.find('\n'), text.size());
+    std::string_view line = text.substr(0, length);
+    if (line.ends_with('\r')) line.remove_suffix(1);
+    SplitCommandFileLine(line, words);
+    text.remove_prefix(std::min(length + 1, text.size()));
   }
   return words;
 }

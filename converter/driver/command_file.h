@@ -21,6 +21,7 @@ struct OpenCommandFile {
 void SplitCommandFileLine(std::string_view line, std::vector<std::string>& words);
 
 // The commands of the file named by a command file option with the value `value`. A file that can't
-// be read gives a help record.
+// be opened gives a help record. Throws std::runtime_error for one that fails while being read, so
+// that no command runs: half of its words could mean anything.
 std::vector<ConversionArguments> ReadCommandFile(std::string_view value,
                                                  const OpenCommandFile* openFiles);

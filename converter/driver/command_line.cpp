@@ -6,10 +6,12 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "converter/base/complaint.h"
 #include "converter/base/log.h"
 #include "converter/base/names.h"
 #include "converter/base/output.h"
 #include "converter/base/records.h"
+#include "converter/driver/command_checks.h"
 #include "converter/driver/command_set.h"
 #include "converter/driver/usage.h"
 
@@ -125,6 +127,11 @@ void SegmentReader::ReadOption(const ParsedOption& option) {
     case kRenameOption:
       record_.renameRoomNodes = true;
       break;
+    case kUnknownOption:
+      Complain((option.word.starts_with('-') ? "'" : "'-") + std::string(option.word) +
+               "' is no option");
+      needHelp_ = true;
+      break;
     default:
       needHelp_ = true;
       break;
@@ -173,6 +180,7 @@ void SegmentReader::ReadScale(const ParsedOption& option) {
     std::fputs("--scale option required a value\n", stderr);
     needHelp_ = true;
   } else {
+    CheckScale(value, record_.scaleFactor);
     expectMode_ = true;
   }
 }
@@ -315,6 +323,8 @@ std::vector<ConversionArguments> processCommandLineSegment(const OptionParser& p
     reader.ReadOption(option);
   }
   reader.ReadWords();
+  CheckAxes(record);
+  CheckNames(record);
   if (record.verbosity != 0) Print(record.toString());
   if (numArgs == 0 || reader.NeedsHelp()) record.option = ConversionArguments::HELP;
   return {record};

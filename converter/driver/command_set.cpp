@@ -1,12 +1,16 @@
 #include "converter/driver/command_set.h"
 
 #include <exception>
+#include <new>
+#include <string>
 
 #include "converter/animation/export_animation.h"
+#include "converter/base/complaint.h"
 #include "converter/base/log.h"
 #include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/driver/cal3d_to_text.h"
+#include "converter/driver/command_checks.h"
 #include "converter/driver/export_commands.h"
 #include "converter/driver/list_commands.h"
 #include "converter/driver/material_export.h"
@@ -45,6 +49,7 @@ int Export(Session& session, const ConversionArguments& args) {
 // A command that needs a scene; it is loaded whatever the mode is.
 int RunOnScene(Session& session, ConversionArguments& args) {
   FbxWrapper& scene = session.SceneOf(args);
+  CheckCommand(scene, args);
   if (args.mode == EXPORT_MODE) return Export(session, args);
   if (args.mode == LIST_MODE) List(scene, args);
   return 0;
@@ -64,9 +69,14 @@ int processCommandSet(ConversionArguments args, Session& session) {
   try {
     return RunOnScene(session, args);
   } catch (const std::exception& exception) {
+    // What the command left unfinished goes with its scene, and makes room for the report.
+    session.DropScene();
     AddError(std::string("exception occurred: [") + exception.what() + "]\n");
     LOG_INFO("processCommandSet: " + args.toString());
     AddError(args.toString());
+    const bool outOfMemory = dynamic_cast<const std::bad_alloc*>(&exception) != nullptr;
+    Complain(outOfMemory ? "there is not enough memory for '" + args.inputFilename + "'"
+                         : exception.what());
     return 0;
   }
 }

@@ -1,11 +1,14 @@
 #include "converter/driver/export_commands.h"
 
 #include <string>
+#include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include "cal3d/io/file_kinds.h"
 #include "converter/animation/export_animation.h"
+#include "converter/base/complaint.h"
 #include "converter/base/log.h"
 #include "converter/base/names.h"
 #include "converter/base/output.h"
@@ -60,6 +63,18 @@ void ReportMeshFailure(const ConversionArguments& args) {
   AddOutput("", true);
 }
 
+// After an export, which has made the scene's list of meshes.
+void ComplainOfUnknownMeshes(FbxWrapper& scene, const ConversionArguments& args) {
+  if (args.commandVersion == 1) return;
+  std::unordered_set<std::string_view> known;
+  for (const MeshHolder_* holder : scene.makeMeshList()) known.insert(holder->name);
+  for (const std::string& name : args.exportObjectNames) {
+    if (!known.contains(name)) {
+      Complain("no mesh of '" + args.inputFilename + "' is called '" + name + "'");
+    }
+  }
+}
+
 void ExportAnimationsFrom(AnimationMap AnimationCache::*animations, Session& session,
                           const ConversionArguments& args) {
   ExportAnimation exporter(session.SceneOf(args), args);
@@ -86,6 +101,10 @@ void ExportSkeletons(FbxWrapper& scene, const ConversionArguments& args) {
   if (args.commandVersion == 1) {
     ExportSkeletonNamed(scene, args.skeletonRootPath, args);
   } else {
+    if (!args.outputFilename.empty() && args.exportObjectNames.size() > 1) {
+      Complain("several skeletons are written to the one file '" + args.outputFilename +
+               "', which keeps the last");
+    }
     for (const std::string& name : args.exportObjectNames) ExportSkeletonNamed(scene, name, args);
   }
 }
@@ -95,12 +114,15 @@ bool ExportSkeleton(FbxWrapper& scene, const ConversionArguments& args) {
   if (root.node == nullptr) return false;
   ConversionArguments resolved = args;
   resolved.skeletonRootPath = std::move(root.path);
-  return ExportCal3DSkeleton(root.node, args.outputFilename, resolved);
+  if (ExportCal3DSkeleton(root.node, args.outputFilename, resolved)) return true;
+  ComplainOfOutput(args.outputFilename);
+  return false;
 }
 
 bool ExportMeshes(FbxWrapper& scene, const ConversionArguments& args) {
   ExportMesh exporter(scene, args);
   const bool exported = exporter.Export(false);
+  ComplainOfUnknownMeshes(scene, args);
   if (!exported) ReportMeshFailure(args);
   for (const std::string& texture : gatherTextureListFromDirectory(args.inputFilename)) {
     MoveFileFromSDKTextureDirectoryToZEVOTextureDirectory(args.inputFilename, texture, args);

@@ -5,6 +5,7 @@
 
 #include "cal3d/io/file_kinds.h"
 #include "cal3d/io/saver.h"
+#include "converter/base/complaint.h"
 #include "converter/base/log.h"
 #include "converter/base/names.h"
 #include "converter/base/output.h"
@@ -45,7 +46,10 @@ void ExportMaterials(FbxWrapper& scene, const ConversionArguments& args) {
     const std::string& name = MaterialName(map);
     const std::string file = prependPathToFileName(args.directoryForOutputFiles,
                                                    urlencode(name).append(kMaterialFile.extension));
-    if (!CalSaver::saveCoreMaterial(file, &material)) continue;
+    if (!CalSaver::saveCoreMaterial(file, &material)) {
+      ComplainOfOutput(file);
+      continue;
+    }
     AddOutput(_MATERIAL, std::to_string(id) + ' ' + name, false);
     AddOutput("FILENAME", file, false);
     AddOutput(MaterialMapToString(map, false), true);

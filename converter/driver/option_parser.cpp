@@ -45,7 +45,7 @@ void OptionParser::Keep(const OptionDescriptor& row, std::optional<std::string_v
     error_ = "Option '" + std::string(name) + "' requires an argument\n";
     return;
   }
-  options_.push_back({&row, arg});
+  options_.push_back({&row, arg, name.substr(0, name.find('='))});
 }
 
 size_t OptionParser::ParseLong(std::span<const std::string> rest) {

@@ -23,8 +23,10 @@ struct OptionDescriptor {
 
 struct ParsedOption {
   const OptionDescriptor* row;
-  // Set for an option with a required value only. Points into the parsed words.
+  // These point into the parsed words. The argument is set for an option with a required value
+  // only.
   std::optional<std::string_view> arg;
+  std::string_view word;  // "--name", or from the option's letter to the end of its word
 };
 
 class OptionParser {

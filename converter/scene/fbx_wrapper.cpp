@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "converter/base/complaint.h"
 #include "converter/base/names.h"
 #include "converter/base/output.h"
 #include "converter/scene/node_paths.h"
@@ -23,9 +24,25 @@ template <typename T>
 T* RequireObject(T* object, const char* message) {
   if (object == nullptr) {
     Print(message);
+    Complain(message);
     throw FbxInitException();
   }
   return object;
+}
+
+// `what` couldn't be done with the file.
+void ComplainOfFile(const FbxImporter& importer, const std::string& fileName, const char* what) {
+  std::string text = "'" + fileName + "' can't be " + what + ": ";
+  text += importer.GetStatus().GetErrorString();
+  int major = 0;
+  int minor = 0;
+  int revision = 0;
+  importer.GetFileVersion(major, minor, revision);
+  if (major != 0 && major != 7) {
+    text += ", it is of FBX version " + std::to_string(major) + "." + std::to_string(minor) +
+            " and version 7 is read";
+  }
+  Complain(text);
 }
 
 // True if the cluster moves at least one control point.
@@ -69,12 +86,14 @@ void FbxWrapper::Load(const std::string& fileName) {
   if (!importer->Initialize(fileName.c_str(), -1, settings)) {
     PrintFormatted("Error calling FbxImporter.Initialize on file %s: %s\n", fileName.c_str(),
                    importer->GetStatus().GetErrorString());
+    ComplainOfFile(*importer, fileName, "opened");
     throw FbxInitException();
   }
   scene_ = RequireObject(FbxScene::Create(manager_.get(), ""), "Error creating FbxScene.");
   if (!importer->Import(scene_, false)) {
     PrintFormatted("Error calling FbxImporter.Import: %s\n",
                    importer->GetStatus().GetErrorString());
+    ComplainOfFile(*importer, fileName, "read");
     throw FbxImportException();
   }
   importer->Destroy();
@@ -125,17 +144,23 @@ const std::vector<NodeSpan>& FbxWrapper::BuildSkeletonList(bool room) {
   walkTree(finder);
   RootNodeSkeletonBuilderVisitor rest(room ? std::vector<NodeSpan>() : finder.skeletons);
   walkTree(rest);
-  skeletons_ = std::move(finder.skeletons);
+  // Built aside and put in place whole, as all that is kept here: a command that runs out of memory
+  // on the way leaves no half list to the next.
+  std::vector<NodeSpan> skeletons = std::move(finder.skeletons);
   if (rest.sawMesh && rest.nodes.size() >= 2) {
+    skeletons.emplace_back(rest.nodes);
     rootSkeleton_ = std::move(rest.nodes);
-    skeletons_.emplace_back(rootSkeleton_);
   }
+  skeletons_ = std::move(skeletons);
   return skeletons_;
 }
 
 std::vector<MeshHolder_*> FbxWrapper::GetMeshList() {
   if (meshes_.empty()) {
-    for (FbxNode* node : Order().All()) GetMeshListFromNode(node);
+    MeshesByName meshes;
+    std::map<std::string, int> nameCounts;
+    for (FbxNode* node : Order().All()) GetMeshListFromNode(node, nameCounts, meshes);
+    meshes_ = std::move(meshes);
   }
   return makeMeshList();
 }
@@ -147,21 +172,22 @@ std::vector<MeshHolder_*> FbxWrapper::makeMeshList() {
   return list;
 }
 
-void FbxWrapper::GetMeshListFromNode(FbxNode* node) {
+void FbxWrapper::GetMeshListFromNode(FbxNode* node, std::map<std::string, int>& nameCounts,
+                                     MeshesByName& meshes) {
   FbxMesh* mesh = node->GetMesh();
   if (mesh == nullptr) return;
-  int& count = meshNameCounts_[node->Name()];
+  int& count = nameCounts[node->Name()];
   std::string name = count == 0 ? node->Name() : node->Name() + "_" + std::to_string(count);
   // A scene may hold a mesh that is really called "Body_1" beside two called "Body"; counting on
   // until the name is free keeps all three.
-  while (meshes_.contains(name)) name = node->Name() + "_" + std::to_string(++count);
+  while (meshes.contains(name)) name = node->Name() + "_" + std::to_string(++count);
   ++count;
   MeshHolder_ holder;
   holder.mesh = mesh;
   holder.node = node;
   holder.path = BuildNodeName({}, node, nullptr);
   holder.name = name;
-  meshes_.emplace(std::move(name), std::move(holder));
+  meshes.emplace(std::move(name), std::move(holder));
 }
 
 std::vector<FbxAnimStack*> FbxWrapper::GetAnimList() const {

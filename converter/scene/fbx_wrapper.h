@@ -47,7 +47,7 @@ using MeshesBySkeleton = std::map<std::string, std::vector<MeshHolder_*>>;
 class FbxWrapper {
  public:
   // Loads the scene. Throws std::runtime_error for a file that doesn't exist, FbxInitException or
-  // FbxImportException for one that can't be read.
+  // FbxImportException for one that can't be read, after telling why on standard error.
   explicit FbxWrapper(const std::string& fileName);
   ~FbxWrapper();
   FbxWrapper(const FbxWrapper&) = delete;
@@ -89,7 +89,10 @@ class FbxWrapper {
  private:
   void Load(const std::string& fileName);
   const NodeOrder& Order();
-  void GetMeshListFromNode(FbxNode* node);
+  using MeshesByName = std::map<std::string, MeshHolder_>;
+  // Adds the node's mesh, if it has one. `nameCounts` holds the number of each name's next mesh.
+  static void GetMeshListFromNode(FbxNode* node, std::map<std::string, int>& nameCounts,
+                                  MeshesByName& meshes);
 
   struct ManagerDeleter {
     void operator()(FbxManager* manager) const;
@@ -101,9 +104,8 @@ class FbxWrapper {
   std::unique_ptr<SceneChannels> channels_;
   std::vector<FbxNode*> rootSkeleton_;  // behind the span of the scene root's skeleton
   std::vector<NodeSpan> skeletons_;
-  std::map<std::string, int> meshNameCounts_;  // by name, the number of its next mesh
   // The holders live here, by unique mesh name, and everything else points at them.
-  std::map<std::string, MeshHolder_> meshes_;
+  MeshesByName meshes_;
 };
 
 // The scene library's version.

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "converter/base/complaint.h"
 #include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/scene/node_paths.h"
@@ -30,10 +31,14 @@ SkeletonRoot GetSkeletonRoot(FbxWrapper* wrapper, const ConversionArguments& arg
   const std::vector<FbxNode*> roots = BuildRootList(wrapper, args);
   if (roots.size() > 1) {
     AddError("You must choose a skeleton root:\n");
+    std::vector<std::string> paths;
+    for (const FbxNode* root : roots) paths.push_back(BuildRootNodeName(root, nullptr));
+    Complain("--root=find finds several skeletons: " + QuotedList(paths));
     return {nullptr, wanted};
   }
   if (roots.empty()) {
     AddWarning("No skeleton roots found in FBX, using RootNode");
+    Complain("--root=find finds no skeleton and takes the scene's root");
     return {wrapper->GetNodeByPath(kRootNodeName), std::string(kRootNodeName)};
   }
   const std::string path = BuildRootNodeName(roots.front(), nullptr);

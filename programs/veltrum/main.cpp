@@ -1,7 +1,6 @@
-#include <algorithm>
 #include <csignal>
-#include <cstdio>
 #include <exception>
+#include <new>
 #include <span>
 #include <string>
 #include <vector>
@@ -12,8 +11,8 @@
 #endif
 
 #include "cal3d/io/unfinished_files.h"
+#include "converter/base/complaint.h"
 #include "converter/base/log.h"
-#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/driver/command_line.h"
 #include "converter/driver/usage.h"
@@ -52,14 +51,6 @@ int Run(int argc, const char* const* argv) {
   return parseArguments(arguments.subspan(arguments.empty() ? 0 : 1));
 }
 
-int EndAbnormally(std::string what) {
-  // One line, whatever the names in it hold.
-  std::replace(what.begin(), what.end(), '\n', ' ');
-  FlushOutput();
-  std::fprintf(stderr, "veltrum: %s\n", what.c_str());
-  return kAbnormalEnd;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -69,10 +60,13 @@ int main(int argc, char** argv) {
   try {
     return Run(argc, argv);
   } catch (const FbxInitException&) {
-    return EndAbnormally("a scene can't be opened; the last line of the output says why");
+    return kAbnormalEnd;  // told where it was thrown, like the next
   } catch (const FbxImportException&) {
-    return EndAbnormally("a scene can't be read; the last line of the output says why");
+    return kAbnormalEnd;
+  } catch (const std::bad_alloc&) {
+    ComplainAtEnd("there is not enough memory");
   } catch (const std::exception& exception) {
-    return EndAbnormally(exception.what());
+    ComplainAtEnd(exception.what());
   }
+  return kAbnormalEnd;
 }

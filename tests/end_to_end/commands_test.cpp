@@ -78,7 +78,6 @@ TEST_F(Commands, ASceneThatCannotBeLoadedEndsTheRun) {
     EXPECT_THAT(out,
                 StartsWith(good + "Error calling FbxImporter.Initialize on file " + bad + ": "));
     EXPECT_EQ(out.find('\n', good.size()), out.size() - 1);
-    EXPECT_EQ(run_.err, "veltrum: a scene can't be opened; the last line of the output says why\n");
   }
   // A file that isn't there does not: the scenes around it are read.
   const std::string out =

@@ -1,0 +1,22 @@
+// What a command's words can hardly mean, told on standard error. Nothing here changes what the
+// command does.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "converter/base/conversion_arguments.h"
+
+class FbxWrapper;
+
+// A value of --scale that isn't wholly a finite number; `scale` is what it counts as.
+void CheckScale(const std::string& value, float scale);
+// Axes that leave the coordinates as they are, and a word of --coord that has no meaning.
+void CheckAxes(const ConversionArguments& args);
+// Names of objects that are options.
+void CheckNames(const ConversionArguments& args);
+
+// Names where none are taken or some are needed, and a root that isn't there or is missing. The
+// scene is the loaded one.
+void CheckCommand(FbxWrapper& scene, const ConversionArguments& args);
