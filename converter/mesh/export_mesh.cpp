@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "converter/base/complaint.h"
 #include "converter/base/log.h"
 #include "converter/base/records.h"
 #include "converter/scene/fbx_wrapper.h"
@@ -20,6 +21,10 @@ bool ExportMesh::Export(bool /*unused*/) {
   const std::vector<MeshHolder_*> selected = BuildSelectedMeshList();
   GroupMap groups;
   BuildGroupedMeshLists(groups, selected);
+  if (!args_.outputFilename.empty() && groups.size() > 1) {
+    Complain("several meshes are written to the one file '" + args_.outputFilename +
+             "', which keeps the last");
+  }
   // Over all groups, so that a material has one id in all files of the run.
   MaterialMasterMap master = BuildMaterialMasterMap(selected);
   const PathIndex paths(scene_.GetRootNode());

@@ -7,6 +7,7 @@
 
 #include "cal3d/io/file_kinds.h"
 #include "cal3d/io/saver.h"
+#include "converter/base/complaint.h"
 #include "converter/base/names.h"
 #include "converter/base/records.h"
 #include "converter/mesh/mesh_stages.h"
@@ -60,7 +61,10 @@ bool SaveMesh(const ConversionArguments& args, MeshGroup& group, const MeshTrace
     fileName = prependPathToFileName(args.directoryForOutputFiles,
                                      urlencode(group.name).append(kMeshFile.extension));
   }
-  if (!CalSaver::saveCoreMesh(fileName, &mesh)) return false;
+  if (!CalSaver::saveCoreMesh(fileName, &mesh)) {
+    ComplainOfOutput(fileName);
+    return false;
+  }
   AddOutput("MESH", encodeName(args.encodeNames, group.name), false);
   AddOutput("MATERIAL", JoinIds(group) + " ", false);
   AddOutput("FILENAME", fileName, true);

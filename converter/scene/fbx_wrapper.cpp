@@ -96,6 +96,7 @@ void FbxWrapper::Load(const std::string& fileName) {
     ComplainOfFile(*importer, fileName, "read");
     throw FbxImportException();
   }
+  for (const std::string& message : importer->GetMessages()) Complain(message);
   importer->Destroy();
   FbxAxisSystem(FbxAxisSystem::eMax).ConvertScene(scene_);
 }

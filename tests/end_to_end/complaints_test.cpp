@@ -87,9 +87,10 @@ TEST_F(Complaints, OutputsThatCannotBeWritten) {
   const std::string reason = "' can't be written: No such file or directory\n";
   const std::pair<Words, std::string> cases[] = {
       {{root, "-dno", "s.fbx", "export", "anim", "Walk"}, "no/Walk.xaf"},
-      {{root, "-dno", "s.fbx", "export", "skel", "Hips"}, "no/Hips.xsf"}};
+      {{root, "-dno", "s.fbx", "export", "skel", "Hips"}, "no/Hips.xsf"},
+      {{root, "-dno", "s.fbx", "export", "mesh"}, "no/Body.xmf"}};
   for (const auto& [words, file] : cases) {
-    EXPECT_EQ(Told(words), "veltrum: '" + file + reason);
+    EXPECT_EQ(Told(words, words.back() == "mesh" ? 1 : 0), "veltrum: '" + file + reason);
   }
   Run({root, "s.fbx", "export", "skel", "Hips"});
   EXPECT_EQ(Told({"--cal3d2text=no/a.xsf", "Hips.xsf", "skel"}), "veltrum: 'no/a.xsf" + reason);
