@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-#include "tests/end_to_end/program_test.h"
+#include "tests/support/program_test.h"
 
 namespace {
 
@@ -16,7 +16,7 @@ class Complaints : public SceneTest {
   Complaints() {
     const int64_t hips = scene_.Bone("Hips");
     scene_.Key(scene_.AddClip("Walk", 0, 30).layer, hips, "TX", {0, 10, 20}, {1, 2, 3});
-    scene_.Skin(scene_.Mesh("Body").mesh, hips);
+    scene_.Cluster(scene_.Skin(scene_.Mesh("Body").mesh), hips);
   }
   std::string Told(const Words& arguments, int expectedStatus = 0) {
     Run(arguments, expectedStatus);
