@@ -2,13 +2,29 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdio>
 #include <set>
+#include <utility>
 
 #include "cal3d/io/saver.h"
 #include "converter/base/output.h"
 
+namespace {
+
+std::function<void(std::string_view)>& ComplaintSink() {
+  static std::function<void(std::string_view)> sink;
+  return sink;
+}
+
+}  // namespace
+
+void RedirectComplaints(std::function<void(std::string_view)> sink) {
+  ComplaintSink() = std::move(sink);
+}
+
 void Complain(std::string_view text) {
+  if (ComplaintSink()) return ComplaintSink()(text);
   // A run with more causes than this may tell one twice.
   constexpr size_t kMostRemembered = 10000;
   static std::set<std::string, std::less<>> told;
@@ -25,8 +41,8 @@ void ComplainAtEnd(std::string_view text) noexcept {
   std::array<char, 1024> piece;
   while (!text.empty()) {
     const size_t length = std::min(text.size(), piece.size());
-    std::replace_copy(text.begin(), text.begin() + static_cast<ptrdiff_t>(length), piece.begin(),
-                      '\n', ' ');
+    std::replace_copy(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(length),
+                      piece.begin(), '\n', ' ');
     std::fwrite(piece.data(), 1, length, stderr);
     text.remove_prefix(length);
   }

@@ -3,6 +3,7 @@
 // output and exit statuses know nothing of it.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,7 +12,11 @@
 // told again; a line end in a name is written as a blank.
 void Complain(std::string_view text);
 
-// The same for the end of a program: takes no memory, and tells each time.
+// From now on Complain gives its texts there, each time; empty for standard error again. For
+// programs that tell them in their own way.
+void RedirectComplaints(std::function<void(std::string_view)> sink);
+
+// What Complain writes, for the end of a program: takes no memory, and tells each time.
 void ComplainAtEnd(std::string_view text) noexcept;
 
 // That the last save did not write `path`, and why.

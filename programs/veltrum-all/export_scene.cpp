@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "cal3d/io/saver.h"
+#include "converter/base/complaint.h"
 #include "converter/base/names.h"
 #include "converter/base/output.h"
 #include "converter/base/records.h"
@@ -62,10 +63,12 @@ class Messages {
  public:
   explicit Messages(SceneReport& report) : report_(report) {
     RedirectOutput([this](std::string_view text) { Take(text); });
+    RedirectComplaints([this](std::string_view text) { TakeComplaint(std::string(text)); });
   }
   ~Messages() {
     Belong("");
     RedirectOutput({});
+    RedirectComplaints({});
   }
   Messages(const Messages&) = delete;
   Messages& operator=(const Messages&) = delete;
@@ -80,8 +83,12 @@ class Messages {
     waiting_.clear();
     counts_.clear();
   }
-  // The last line that was no record.
-  const std::string& LastWords() const { return lastWords_; }
+  // The last complaint, which is no message then.
+  std::string TakeLastComplaint() {
+    waiting_.clear();
+    counts_.clear();
+    return std::exchange(lastComplaint_, {});
+  }
 
  private:
   void Take(std::string_view text) {
@@ -107,9 +114,14 @@ class Messages {
       const std::string text = line.substr(kError.size());
       const std::string kind = KindOf(text);
       Add(kind == kOther ? kExportError : kind, text);
-    } else if (!line.empty()) {
-      lastWords_ = line;
     }
+  }
+
+  void TakeComplaint(const std::string& text) {
+    lastComplaint_ = text;
+    // The gate of the files has told it already.
+    if (text.ends_with(" can't be written: " + CalSaver::lastError())) return;
+    Add(KindOf(text), text);
   }
 
   // A message for each vertex, say, is one message.
@@ -126,7 +138,7 @@ class Messages {
   std::vector<Message> waiting_;
   std::unordered_map<std::string, size_t> counts_;  // from text to place in waiting_
   std::string line_;
-  std::string lastWords_;
+  std::string lastComplaint_;
 };
 
 class SceneExport {
@@ -147,8 +159,8 @@ class SceneExport {
 
   void Load() { session_.SceneOf(SceneArguments()); }
   void Run();
-  // The last line that the exporters said outside of their records.
-  const std::string& LastWords() const { return messages_.LastWords(); }
+  // Why the scene can't be loaded.
+  std::string LoadFault() { return messages_.TakeLastComplaint(); }
 
  private:
   ConversionArguments SceneArguments() const {
@@ -199,6 +211,15 @@ class SceneExport {
   std::map<std::string, std::string> copies_;  // of textures, by where they came from
 };
 
+// A scene may come from anywhere and may name any file of the machine as a texture.
+bool HasPictureName(const std::string& name) {
+  constexpr std::array<std::string_view, 13> kExtensions = {
+      ".png", ".jpg",  ".jpeg", ".tga", ".bmp", ".dds", ".tif",
+      ".gif", ".tiff", ".psd",  ".hdr", ".exr", ".webp"};
+  const std::string extension = ToLower(fs::path(name).extension().string());
+  return std::find(kExtensions.begin(), kExtensions.end(), extension) != kExtensions.end();
+}
+
 // The scene's root has a name for people only.
 std::string NameOf(const ListedSkeleton& skeleton) {
   return skeleton.path == kRootNodeName ? skeleton.path : skeleton.friendlyName;
@@ -230,12 +251,12 @@ void SceneExport::Run() {
   for (size_t i = 0; i < skeletons.size(); ++i) {
     ExportContent(skeletons[i].meshNames, Enter(skeletons[i], i));
   }
-  // At the end, since renaming the nodes of a room changes the scene for all exports behind it.
+  // At the end, since a room's names and ambient light change the scene for all exports behind it.
   if (!Wants(NODE_OBJECT)) return;
   for (size_t i = 0; i < skeletons.size(); ++i) {
     ConversionArguments bones = Enter(skeletons[i], i);
     bones.exportObjectNames = {NameOf(skeletons[i])};
-    if (bones.renameRoomNodes && i != 0) session_.DropScene();
+    if (bones.treatAsRoom && i != 0) session_.DropScene();
     ExportSkeletons(session_.SceneOf(bones), bones);
   }
 }
@@ -323,6 +344,11 @@ void SceneExport::FindTexture(MaterialReport::Map& map, const std::string& folde
   }
   map.found = place->string();
   if (!options_.copyTextures) return;
+  if (!HasPictureName(name)) {
+    report_.warnings.push_back({"texture-kind", map.file,
+                                "texture " + map.file + " isn't copied: its name is no picture's"});
+    return;
+  }
   const std::string copy = folder + name;
   map.copy = Relative(copy);
   if (const auto [known, isNew] = copies_.try_emplace(copy, map.found); !isNew) {
@@ -405,9 +431,9 @@ void ExportInto(SceneReport& report, const Options& options, const std::string& 
   try {
     job.Load();
   } catch (const FbxInitException&) {
-    reason = job.LastWords();
+    reason = job.LoadFault();
   } catch (const FbxImportException&) {
-    reason = job.LastWords();
+    reason = job.LoadFault();
   } catch (const std::exception& exception) {
     reason = exception.what();
   }

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kUnreadableStatus = 2;
 
-void Complain(const std::string& text) { std::fprintf(stderr, "veltrum-all: %s\n", text.c_str()); }
+void Tell(const std::string& text) { std::fprintf(stderr, "veltrum-all: %s\n", text.c_str()); }
 
 // The file's name without its extension, as names of files are written.
 std::string StemOf(const std::string& scene) {
@@ -52,7 +52,7 @@ bool WriteManifest(const SceneReport& report, const Options& options) {
   OutputFile file(path);
   file.Append(ManifestText(report, options));
   if (file.Commit()) return true;
-  Complain(path + " could not be written");
+  Tell(path + " could not be written");
   return false;
 }
 
@@ -68,7 +68,7 @@ int Run(int argc, char** argv) {
     const std::string folder = options.scenes.size() > 1 ? name + "/" : "";
     const SceneReport report = ExportScene(options, scene, name, folder);
     for (const Message& error : report.errors) {
-      Complain(scene + ": " + error.text);
+      Tell(scene + ": " + error.text);
     }
     if (report.state != SceneReport::kUnreadable) Summarise(report, options);
     status = std::max(status, static_cast<int>(report.state));
@@ -83,7 +83,7 @@ int main(int argc, char** argv) {
   try {
     return Run(argc, argv);
   } catch (const std::exception& exception) {
-    Complain(exception.what());
+    Tell(exception.what());
     return kUnreadableStatus;
   }
 }

@@ -96,6 +96,45 @@ TEST_F(VeltrumAll, RenamesRooms) {
   EXPECT_THAT(Manifest("all/room.json")["warnings"].dump(), HasSubstr("renamed"));
 }
 
+// Skeletons inside each other, with a room's names in both and a light that changes the scene's
+// ambient colour on the way.
+TEST_F(VeltrumAll, SkeletonsDoNotDisturbEachOther) {
+  SceneBuilder scene;
+  const int64_t outer = scene.Bone("outer root");
+  const int64_t inner = scene.Bone("inner root", outer);
+  scene.Bone("seat01", inner);
+  scene.Bone("seat02", inner);
+  scene.Bone("lightAmbient_rgb102030", outer);
+  scene.Mesh("Loose");
+  dir_.Write("s.fbx", scene.Write());
+  for (const Words& options : {Words{"--room"}, Words{"--room", "--rename"}}) {
+    Words words = options;
+    words.insert(words.end(), {"s.fbx", "-oall"});
+    All(words);
+    const Json skeletons = Manifest("all/s.json")["skeletons"];
+    ASSERT_EQ(skeletons.size(), 3U);
+    for (const Json& skeleton : skeletons) {
+      const std::string root = skeleton["root"];
+      Words single = options;
+      single.insert(single.end(), {"--root=" + root, "--cal3d2text=one.xsf", "s.fbx", "export",
+                                   "skel", std::string(skeleton["name"])});
+      Run(single);
+      EXPECT_EQ(File("one.xsf"), File("all/" + std::string(skeleton["file"]))) << root;
+    }
+  }
+}
+
+// A scene may name any file.
+TEST_F(VeltrumAll, OnlyPicturesAreCopied) {
+  SceneBuilder scene;
+  const auto body = scene.Mesh("Body");
+  scene.Texture(scene.Material(body.node, "Skin"), "DiffuseColor", dir_.Write("secret", "x"));
+  dir_.Write("s.fbx", scene.Write());
+  All({"s.fbx", "-oall", "--textures"});
+  EXPECT_FALSE(Exists("all/secret"));
+  EXPECT_EQ(Manifest("all/s.json")["warnings"].at(0)["kind"], "texture-kind");
+}
+
 TEST_F(VeltrumAll, ManyScenesAndBadOnes) {
   fs::create_directory(dir_.File("other"));
   dir_.Write("other/avatar.fbx", ReadFile(dir_.File("avatar.fbx")));
