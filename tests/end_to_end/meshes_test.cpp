@@ -23,7 +23,9 @@ TEST_F(Meshes, Lists) {
   const std::string bodies = "MESH: Body MATERIALS: 0 \nMESH: Body_1 MATERIALS: 0 \n";
   EXPECT_EQ(Run({"s.fbx", "list", "mesh"}), "MESH: A b MATERIALS: 1 \n" + bodies);
   EXPECT_EQ(Run({"-rRootNode", "s.fbx", "list", "mesh"}), "MESH: A b MATERIALS: 1 \n" + bodies);
-  EXPECT_EQ(Run({"-rRootNode/None", "s.fbx", "list", "mesh"}), "");
+  // A root that isn't there stands for the scene's.
+  EXPECT_EQ(Run({"-rRootNode/None", "s.fbx", "list", "mesh"}),
+            "MESH: A b MATERIALS: 1 \n" + bodies);
   EXPECT_EQ(Run({"-n", "s.fbx", "list", "mesh"}), "A b\nBody\nBody_1\n");
   // A labelled name is encoded twice.
   EXPECT_EQ(Run({"-e", "s.fbx", "list", "mesh"}), "MESH: A%2520b MATERIALS: 1 \n" + bodies);

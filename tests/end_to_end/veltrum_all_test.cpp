@@ -132,7 +132,7 @@ TEST_F(VeltrumAll, OnlyPicturesAreCopied) {
   dir_.Write("s.fbx", scene.Write());
   All({"s.fbx", "-oall", "--textures"});
   EXPECT_FALSE(Exists("all/secret"));
-  EXPECT_EQ(Manifest("all/s.json")["warnings"].at(0)["kind"], "texture-kind");
+  EXPECT_THAT(Manifest("all/s.json")["warnings"].dump(), HasSubstr("texture-kind"));
 }
 
 TEST_F(VeltrumAll, ManyScenesAndBadOnes) {
