@@ -12,7 +12,6 @@
 #include "converter/base/records.h"
 #include "converter/driver/media_folder.h"
 #include "converter/material/material_text.h"
-#include "converter/material/texture_type.h"
 #include "converter/mesh/export_mesh.h"
 
 namespace {

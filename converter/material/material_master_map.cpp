@@ -161,8 +161,9 @@ int GetMaterialSlot(const std::string& name) {
 
 std::string GetMaterialListFromMesh(MeshHolder_& holder, MaterialMasterMap& master) {
   const MaterialMaps& maps = GetMeshMaterialMap(holder);
+  const int last = maps.rbegin()->first;
   std::string list;
-  for (int i = 0; i < static_cast<int>(maps.size()); ++i) {
+  for (int i = 0; i <= last; ++i) {
     const auto found = maps.find(i);
     const int id = master[found == maps.end() ? MaterialMap() : found->second];
     list += std::to_string(id) + ' ';

@@ -80,5 +80,6 @@ MaterialMasterMap BuildMaterialMasterMap(const std::vector<MeshHolder_*>& meshes
 // none.
 int GetMaterialSlot(const std::string& name);
 
-// The master ids of the mesh's materials by index, each followed by a blank.
+// The master ids of the mesh's materials by index, each followed by a blank. An index without a
+// material, but with others behind it, counts as an empty map.
 std::string GetMaterialListFromMesh(MeshHolder_& holder, MaterialMasterMap& master);

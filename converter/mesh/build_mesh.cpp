@@ -4,6 +4,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include "converter/base/output.h"
 #include "converter/mesh/mesh_stages.h"
 #include "converter/mesh/vertex_splitting.h"
 #include "converter/space/cal3d_values.h"
@@ -87,7 +88,7 @@ void AddToSubmeshes(GroupMesh& mesh, MeshGroup& group, const ConversionArguments
 CalCoreMesh BuildMesh(MeshGroup& group) {
   CalCoreMesh mesh;
   for (auto& [id, draft] : group.submeshes) {
-    MeshTrace::PrintHeld(draft.triangulationTrace + draft.morphTrace);
+    Print(draft.triangulationTrace + draft.morphTrace);
     if (draft.submesh == nullptr) continue;
     AddMorphs(draft.morphs, *draft.submesh);
     mesh.submeshes.push_back(std::move(draft.submesh));

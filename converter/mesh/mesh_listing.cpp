@@ -1,7 +1,7 @@
-#include <cstdio>
 #include <utility>
 
 #include "converter/base/log.h"
+#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/mesh/export_mesh.h"
 #include "converter/scene/fbx_wrapper.h"
@@ -35,10 +35,7 @@ std::string ExportMesh::WalkListReturnListPrint(bool print, std::vector<sMesh>* 
   for (MeshHolder_* holder : listed.meshes) {
     trace_.Listed(*holder);
     const std::string name = encodeName(args_.encodeNames, holder->name);
-    if (print) {
-      std::fwrite(name.data(), 1, name.size(), stdout);
-      std::fputc('\n', stdout);
-    }
+    if (print) Print(name + "\n");
     if (rows != nullptr) {
       rows->push_back(
           {name, listed.skeletonName, GetMaterialListFromMesh(*holder, master), holder->mesh});

@@ -1,8 +1,10 @@
 #include "converter/mesh/mesh_trace.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 
+#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/mesh/corner_geometry.h"
 #include "converter/mesh/mesh_group.h"
@@ -20,7 +22,7 @@ FbxAMatrix WithoutScaling(FbxAMatrix matrix) {
 }
 
 void PrintMatrix(const char* title, const FbxAMatrix& matrix) {
-  std::printf("\n%s", title);
+  PrintFormatted("\n%s", title);
   dumpMatrixInfo(matrix);
 }
 
@@ -47,24 +49,21 @@ void PrintMeshMatrices(const GroupMesh& mesh, const FbxNode* node) {
 }  // namespace
 
 void MeshTrace::Print(const char* format, ...) const {
-  va_list arguments;
-  va_start(arguments, format);
+  va_list values;
+  va_start(values, format);
+  va_list again;
+  va_copy(again, values);
+  const int length = std::vsnprintf(nullptr, 0, format, values);
+  std::string text(static_cast<size_t>(std::max(length, 0)) + 1, '\0');
+  std::vsnprintf(text.data(), text.size(), format, again);
+  va_end(again);
+  va_end(values);
+  text.pop_back();
   if (held_ == nullptr) {
-    std::vprintf(format, arguments);
+    ::Print(text);
   } else {
-    va_list again;
-    va_copy(again, arguments);
-    const int length = std::vsnprintf(nullptr, 0, format, again);
-    va_end(again);
-    std::string text(static_cast<size_t>(length) + 1, '\0');
-    std::vsnprintf(text.data(), text.size(), format, arguments);
-    held_->append(text, 0, text.size() - 1);
+    held_->append(text);
   }
-  va_end(arguments);
-}
-
-void MeshTrace::PrintHeld(const std::string& text) {
-  std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
 void MeshTrace::PrintPoint(const char* before, const FbxVector4& point, const char* after) const {
@@ -191,7 +190,7 @@ void MeshTrace::Measured(const Bounds& bounds) const {
 }
 
 void PrintIgnoredTargets(const MorphSource& source) {
-  std::printf(
+  PrintFormatted(
       "Blend shape channel %s has more than 1 target shape, which isn't supported. Using final "
       "target shape only.",
       source.name.c_str());

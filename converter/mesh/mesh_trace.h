@@ -17,11 +17,9 @@ struct MeshHolder_;
 
 class MeshTrace {
  public:
-  // Prints to standard output; or, if `held` isn't null, to its end, for PrintHeld.
+  // Prints to standard output; or, if `held` isn't null, to its end, for whoever prints that.
   explicit MeshTrace(int verbosity, std::string* held = nullptr)
       : verbosity_(verbosity), held_(held) {}
-
-  static void PrintHeld(const std::string& text);
 
   // For what is worth doing only to be shown.
   bool IsOn() const { return verbosity_ != 0; }

@@ -1,6 +1,7 @@
 #include "converter/mesh/vertex_splitting.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <span>
@@ -39,29 +40,45 @@ class Hash {
   uint64_t value_ = 0;
 };
 
-bool HasNaN(const PolygonVertexAttributes& attributes, const FbxColor& color) {
-  return std::isnan(attributes.normal[0]) || std::isnan(attributes.normal[1]) ||
-         std::isnan(attributes.normal[2]) || std::isnan(color.mRed) || std::isnan(color.mGreen) ||
-         std::isnan(color.mBlue) || std::isnan(color.mAlpha);
+// The components that are compared before all others, in that order.
+using FirstComponents = std::array<double, 7>;
+
+FirstComponents FirstComponentsOf(const GroupMesh& mesh, uint32_t corner) {
+  const FbxDouble3& normal = mesh.corners[corner].normal;
+  const FbxColor& color = getColor(mesh, mesh.CornerOf(corner));
+  return {normal[0], normal[1], normal[2], color.mRed, color.mBlue, color.mGreen, color.mAlpha};
 }
 
-// Of everything that is compared exactly.
-uint64_t HashOf(const GroupMesh& mesh, uint32_t corner) {
-  const MeshCorner place = mesh.CornerOf(corner);
-  const PolygonVertexAttributes& attributes = mesh.corners[corner];
+// The place of the first NaN; the number of components if there is none.
+size_t FindNaN(const FirstComponents& components) {
+  return static_cast<size_t>(std::find_if(components.begin(), components.end(),
+                                          [](double value) { return std::isnan(value); }) -
+                             components.begin());
+}
+
+// What a hash stands for: all of a vertex; its first components, and that a NaN follows; or its
+// first components, whatever follows.
+enum HashKind : uint64_t { kIsSo, kEndsThere, kBeginsSo };
+
+Hash HashOf(const FirstComponents& components, size_t count, HashKind kind) {
   Hash hash;
-  for (const double component : attributes.normal) hash.Add(component);
-  const FbxColor& color = getColor(mesh, place);
-  for (const double component : {color.mRed, color.mBlue, color.mGreen, color.mAlpha}) {
-    hash.Add(component);
-  }
+  hash.Add(uint64_t{kind});
+  hash.Add(uint64_t{count});
+  for (size_t i = 0; i < count; ++i) hash.Add(components[i]);
+  return hash;
+}
+
+// Of everything that is compared exactly, for a corner without a NaN in the first components.
+Hash HashOfAll(const GroupMesh& mesh, uint32_t corner, const FirstComponents& components) {
+  Hash hash = HashOf(components, components.size(), kIsSo);
+  const MeshCorner place = mesh.CornerOf(corner);
   for (const FbxLayerElementUV* element : mesh.uvs) {
     const FbxVector2& uv = getUV(*element, place);
     hash.Add(uv[0]);
     hash.Add(uv[1]);
   }
-  hash.Add(static_cast<uint64_t>(attributes.materialIndex));
-  return hash.Value();
+  hash.Add(static_cast<uint64_t>(mesh.corners[corner].materialIndex));
+  return hash;
 }
 
 }  // namespace
@@ -217,30 +234,65 @@ uint32_t VertexSplitter::FindOrAdd(uint32_t corner) {
 }
 
 uint32_t VertexSplitter::FindOrAddInLongList(uint32_t corner, uint32_t last) {
-  const PolygonVertexAttributes& attributes = mesh_.corners[corner];
-  const auto [entry, isNew] = longLists_.try_emplace(attributes.controlPoint);
+  const auto [entry, isNew] = longLists_.try_emplace(mesh_.corners[corner].controlPoint);
   LongList& list = entry->second;
   if (isNew) {
     list.first = kNone;
     list.last = last;
   }
-  const bool hasNaN = HasNaN(attributes, getColor(mesh_, mesh_.CornerOf(corner)));
-  std::vector<uint32_t>* sameHash = nullptr;
-  if (hasNaN || list.hasNaN) {
-    for (uint32_t at = list.first; at != kNone; at = vertices_[at].next) {
-      if (compare_.IsSame(corner, vertices_[at].corner)) return at;
-    }
-  } else {
-    sameHash = &list.byHash[HashOf(mesh_, corner)];
-    for (const uint32_t at : *sameHash) {
-      if (compare_.IsSame(corner, vertices_[at].corner)) return at;
-    }
-  }
-  list.hasNaN = list.hasNaN || hasNaN;
+  const uint32_t found = FindInLongList(list, corner);
+  if (found != kNone) return found;
   list.last = Append(corner, list.last);
   if (list.first == kNone) list.first = list.last;
-  if (sameHash != nullptr) sameHash->push_back(list.last);
+  EnterInLongList(list, list.last);
   return list.last;
+}
+
+uint32_t VertexSplitter::FindInLongList(LongList& list, uint32_t corner) {
+  uint32_t found = kNone;
+  const auto search = [&](const Hash& hash) {
+    const auto bucket = list.byHash.find(hash.Value());
+    if (bucket == list.byHash.end()) return;
+    for (const uint32_t at : bucket->second) {
+      if (at >= found) return;
+      if (compare_.IsSame(corner, vertices_[at].corner)) found = at;
+    }
+  };
+  const FirstComponents components = FirstComponentsOf(mesh_, corner);
+  const size_t nan = FindNaN(components);
+  for (size_t i = 0; i < nan; ++i) {
+    if (list.nanPlaces[i]) search(HashOf(components, i, kEndsThere));
+  }
+  if (nan == components.size()) {
+    search(HashOfAll(mesh_, corner, components));
+    return found;
+  }
+  if (!list.prefixes[nan]) {
+    list.prefixes[nan] = true;
+    for (uint32_t at = list.first; at != kNone; at = vertices_[at].next) {
+      const FirstComponents others = FirstComponentsOf(mesh_, vertices_[at].corner);
+      if (FindNaN(others) < nan) continue;
+      list.byHash[HashOf(others, nan, kBeginsSo).Value()].push_back(at);
+    }
+  }
+  search(HashOf(components, nan, kBeginsSo));
+  return found;
+}
+
+void VertexSplitter::EnterInLongList(LongList& list, uint32_t vertex) {
+  const uint32_t corner = vertices_[vertex].corner;
+  const FirstComponents components = FirstComponentsOf(mesh_, corner);
+  const size_t nan = FindNaN(components);
+  const auto enter = [&](const Hash& hash) { list.byHash[hash.Value()].push_back(vertex); };
+  if (nan == components.size()) {
+    enter(HashOfAll(mesh_, corner, components));
+  } else {
+    list.nanPlaces[nan] = true;
+    enter(HashOf(components, nan, kEndsThere));
+  }
+  for (size_t i = 0; i <= nan && i < components.size(); ++i) {
+    if (list.prefixes[i]) enter(HashOf(components, i, kBeginsSo));
+  }
 }
 
 uint32_t VertexSplitter::Append(uint32_t corner, uint32_t previous) {

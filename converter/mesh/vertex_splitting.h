@@ -3,6 +3,7 @@
 // corners have distinct attributes, material slots and morph normals among them.
 #pragma once
 
+#include <bitset>
 #include <cstdint>
 #include <optional>
 #include <unordered_map>
@@ -68,15 +69,23 @@ class VertexSplitter {
   };
   // The vertices of a control point that has so many that a search from the front would take too
   // long, from the place on where searching gives up.
+  //
+  // A NaN in a normal or a colour ends a comparison, so such a corner is the same vertex as every
+  // one that agrees with it before the NaN; and the first of all that are the same counts. Hashes
+  // of what stands before a NaN find it.
   struct LongList {
     uint32_t first = 0;
     uint32_t last = 0;
-    bool hasNaN = false;  // which is the same as many, and so can't be found by hash
-    std::unordered_map<uint64_t, std::vector<uint32_t>> byHash;
+    std::bitset<7> nanPlaces;  // first NaNs of vertices
+    std::bitset<7> prefixes;   // lengths of beginnings by which vertices can be found
+    std::unordered_map<uint64_t, std::vector<uint32_t>> byHash;  // in the order of the list
   };
 
   uint32_t FindOrAdd(uint32_t corner);
   uint32_t FindOrAddInLongList(uint32_t corner, uint32_t last);
+  // kNone if none is the same as the corner.
+  uint32_t FindInLongList(LongList& list, uint32_t corner);
+  void EnterInLongList(LongList& list, uint32_t vertex);
   uint32_t Append(uint32_t corner, uint32_t previous);
   std::vector<uint32_t> NumberVertices();
   void CheckCorners(const std::vector<Triangle>& triangles,

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "converter/driver/media_folder.h"
-#include "converter/material/texture_type.h"
+#include "converter/material/material_text.h"
 #include "tests/support/printed.h"
 #include "tests/support/temp_dir.h"
 

@@ -1,5 +1,7 @@
 // The attributes of polygon corners under every mapping, and how control points split by them.
+#include <algorithm>
 #include <cmath>
+#include <random>
 
 #include "tests/converter/mesh/mesh_test.h"
 
@@ -144,6 +146,45 @@ TEST_F(Corners, ACubeWithHardEdges) {
   EXPECT_THAT(PositionOf(*submesh, 3), ElementsAre(200, 0, 0));
   EXPECT_EQ(FacesOf(*submesh)[0], (std::vector<int>{0, 6, 9}));
   EXPECT_EQ(FacesOf(*submesh)[1], (std::vector<int>{0, 9, 3}));
+}
+
+TEST_F(Corners, ANaNEndsAComparison) {
+  // A disc with colours of few values; each corner at the hub is the first vertex before it that
+  // agrees with it as far as neither has a NaN.
+  std::mt19937 random(5);
+  constexpr size_t kCount = 1500;
+  std::vector<double> points{0, 0, 0};
+  std::vector<std::vector<int32_t>> polygons;
+  std::vector<double> colors;
+  std::vector<const double*> list;
+  std::vector<int> expected;
+  for (size_t i = 0; i < kCount; ++i) {
+    const auto x = static_cast<double>(i);
+    points.insert(points.end(), {200 + x, 10 * x, 0, 210 + x, 10 * x, 0});
+    const auto corner = static_cast<int32_t>(2 * i);
+    polygons.push_back({corner + 1, corner + 2, 0});
+    for (int c = 0; c < 4; ++c) {
+      const auto value = static_cast<double>(random() % (c == 0 ? 100 : 5));
+      colors.push_back(i > 60 && random() % 30 == 0 ? NAN : value);
+    }
+  }
+  for (size_t i = 0; i < kCount; ++i) {
+    const double* color = &colors[4 * i];
+    const auto isSame = [color](const double* other) {
+      for (const int c : {0, 2, 1, 3}) {
+        if (color[c] != other[c]) return std::isnan(color[c]) || std::isnan(other[c]);
+      }
+      return true;
+    };
+    const auto found = std::find_if(list.begin(), list.end(), isSame);
+    expected.push_back(static_cast<int>(found - list.begin()));
+    if (found == list.end()) list.push_back(color);
+  }
+  scene_.Mesh("m", points, polygons, {Colors("ByPolygon", "Direct", colors)});
+  Export();
+  const auto faces = FacesOf(*Submesh("m"));
+  ASSERT_EQ(faces.size(), kCount);
+  for (size_t i = 0; i < kCount; ++i) ASSERT_EQ(faces[i][2], expected[i]) << i;
 }
 
 TEST_F(Corners, PolygonsGoByMaterial) {
