@@ -1,5 +1,6 @@
 // Writes a scene of skinned meshes, as large as asked for: each mesh a wavy sheet with four weights
-// a point, a normal for each corner, indexed texture coordinates with a seam, and three materials.
+// a point, a normal for each corner, indexed texture coordinates with a seam, three materials and,
+// if asked for, morphs that each move a quarter of the points and turn their normals.
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -95,13 +96,35 @@ void AddSkin(SceneBuilder& scene, const Sheet& sheet, int64_t geometry,
   }
 }
 
+void AddMorphs(SceneBuilder& scene, const Sheet& sheet, int64_t geometry, int count) {
+  if (count == 0) return;
+  const int64_t blendShape = scene.BlendShape(geometry);
+  const int moved = sheet.PointCount() / 4;
+  for (int morph = 0; morph < count; ++morph) {
+    std::vector<int32_t> points;
+    std::vector<double> offsets;
+    std::vector<double> normals;
+    const int first = static_cast<int>(3LL * moved * morph / count);
+    for (int point = first; point < first + moved; ++point) {
+      const double phase = point * 0.013 + morph;
+      points.push_back(point);
+      offsets.insert(offsets.end(),
+                     {std::sin(phase), 2.0 * std::cos(phase), std::sin(phase * 0.3)});
+      normals.insert(normals.end(), {0.2 * std::cos(phase), 0.2 * std::sin(phase), 0.0});
+    }
+    scene.Target(scene.Channel(blendShape, "morph" + std::to_string(morph)), std::move(points),
+                 std::move(offsets), std::move(normals));
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 4) {
-    std::fprintf(stderr, "usage: make_mesh_scene FILE TRIANGLES MESHES\n");
+  if (argc != 4 && argc != 5) {
+    std::fprintf(stderr, "usage: make_mesh_scene FILE TRIANGLES MESHES [MORPHS]\n");
     return 2;
   }
+  const int morphs = argc == 5 ? std::atoi(argv[4]) : 0;
   const int meshes = std::max(std::atoi(argv[3]), 1);
   const int rows = std::max(std::atoi(argv[2]) / meshes / (2 * kColumns), 1);
   SceneBuilder scene;
@@ -119,6 +142,7 @@ int main(int argc, char** argv) {
     const SceneBuilder::MeshIds ids = AddSheet(scene, sheet);
     for (const int64_t material : materials) scene.Connect(material, ids.node);
     AddSkin(scene, sheet, ids.mesh, bones);
+    AddMorphs(scene, sheet, ids.mesh, morphs);
   }
   std::ofstream file(argv[1], std::ios::binary);
   file << scene.Write({.compress = true});

@@ -37,6 +37,16 @@ void AddSubmesh(Formatter& formatter, const CalCoreSubmesh& submesh) {
   for (const CalCoreSubmesh::Face& face : submesh.faces()) {
     for (const uint16_t vertex : face.vertexId) formatter.Add(vertex, ' ');
   }
+  for (const auto& target : submesh.morphTargets()) {
+    for (const VertexOffset& offset : target->vertexOffsets()) {
+      formatter.Add(offset.vertexId, '\n');
+      for (const CalVector4& v : {offset.position, offset.normal}) {
+        formatter.Add(v.x, ' ');
+        formatter.Add(v.y, ' ');
+        formatter.Add(v.z, '\n');
+      }
+    }
+  }
 }
 
 }  // namespace

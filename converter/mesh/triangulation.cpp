@@ -45,6 +45,8 @@ class Triangulator {
   bool isNGonConvex();
   void UpdateConvexity(int32_t corner, int32_t place);
   void AddPoly(int32_t a, int32_t b, int32_t c);
+  // The same for corners of the mesh.
+  void AddTriangle(uint32_t a, uint32_t b, uint32_t c);
   void TriangulateConvexFace();
   void TriangulateConcaveFace();
   int32_t findEar();
@@ -91,6 +93,11 @@ std::vector<Triangle> Triangulator::Run(const PolygonList& polygons) {
   triangles_.reserve(polygons.size());
   for (const Polygon& polygon : polygons) {
     if (polygon.cornerCount < 3) continue;
+    if (polygon.cornerCount == 3) {
+      // Most polygons, and convex without a test.
+      AddTriangle(polygon.firstCorner, polygon.firstCorner + 1, polygon.firstCorner + 2);
+      continue;
+    }
     LoadPolygon(polygon);
     if (isNGonConvex()) {
       TriangulateConvexFace();
@@ -121,7 +128,6 @@ void Triangulator::LoadPolygon(const Polygon& polygon) {
 }
 
 bool Triangulator::isNGonConvex() {
-  if (size_ < 4) return true;
   // All corners are tested, so that later tests find them known.
   int32_t corner = head_;
   for (int32_t place = 0; place < size_; ++place, corner = next_[static_cast<size_t>(corner)]) {
@@ -144,14 +150,19 @@ void Triangulator::UpdateConvexity(int32_t corner, int32_t place) {
 }
 
 void Triangulator::AddPoly(int32_t a, int32_t b, int32_t c) {
-  if (!hasEnoughPoints_ || VecNearZero(Position(a) - Position(b), kSamePlace) ||
-      VecNearZero(Position(b) - Position(c), kSamePlace) ||
-      VecNearZero(Position(a) - Position(c), kSamePlace)) {
+  AddTriangle(firstCorner_ + static_cast<uint32_t>(a), firstCorner_ + static_cast<uint32_t>(b),
+              firstCorner_ + static_cast<uint32_t>(c));
+}
+
+void Triangulator::AddTriangle(uint32_t a, uint32_t b, uint32_t c) {
+  const FbxVector4& atA = mesh_.PointOf(a).position;
+  const FbxVector4& atB = mesh_.PointOf(b).position;
+  const FbxVector4& atC = mesh_.PointOf(c).position;
+  if (!hasEnoughPoints_ || VecNearZero(atA - atB, kSamePlace) ||
+      VecNearZero(atB - atC, kSamePlace) || VecNearZero(atA - atC, kSamePlace)) {
     return;
   }
-  triangles_.push_back({firstCorner_ + static_cast<uint32_t>(a),
-                        firstCorner_ + static_cast<uint32_t>(b),
-                        firstCorner_ + static_cast<uint32_t>(c)});
+  triangles_.push_back({a, b, c});
 }
 
 void Triangulator::TriangulateConvexFace() {

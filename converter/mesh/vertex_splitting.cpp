@@ -340,7 +340,8 @@ void VertexSplitter::CheckCorners(const std::vector<Triangle>& triangles,
         continue;
       }
       const Vertex& vertex = vertices_[static_cast<size_t>(index)];
-      if (vertex.corner != corner && !compare_.IsSame(corner, vertex.corner)) {
+      // Comparing once more would cost as much as the search did.
+      if (trace_.IsOn() && !compare_.IsSame(corner, vertex.corner)) {
         AddWarning("Polygon Vertex Pair mismatch");
       }
       if (vertices[vertex.number] != vertex.corner) {
