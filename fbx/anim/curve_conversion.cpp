@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "fbx/core/fbx_property_page.h"
 #include "fbx/scene/fbx_scene.h"
 
 namespace {

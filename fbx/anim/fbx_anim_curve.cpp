@@ -1,6 +1,7 @@
 #include "fbx/anim/fbx_anim_curve.h"
 
 #include "fbx/anim/fbx_anim_stack.h"
+#include "fbx/core/fbx_property_page.h"
 
 namespace {
 
@@ -12,9 +13,9 @@ void DeclareCurveNode(FbxPropertyPage& page) {
 
 }  // namespace
 
-FBX_OBJECT_DEFINE(FbxAnimCurveBase, FbxObject, "", "", nullptr)
-FBX_OBJECT_DEFINE(FbxAnimCurve, FbxAnimCurveBase, "AnimationCurve", "", nullptr)
-FBX_OBJECT_DEFINE(FbxAnimCurveNode, FbxObject, "AnimationCurveNode", "", DeclareCurveNode)
+FBX_OBJECT_DEFINE(FbxAnimCurveBase, FbxObject, "", nullptr)
+FBX_OBJECT_DEFINE(FbxAnimCurve, FbxAnimCurveBase, "AnimationCurve", nullptr)
+FBX_OBJECT_DEFINE(FbxAnimCurveNode, FbxObject, "AnimationCurveNode", DeclareCurveNode)
 
 const std::vector<FbxProperty>& FbxAnimCurveNode::Channels() const {
   const FbxProperty parent = FindProperty(kChannelParent);

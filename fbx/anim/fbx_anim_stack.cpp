@@ -1,5 +1,7 @@
 #include "fbx/anim/fbx_anim_stack.h"
 
+#include "fbx/core/fbx_property_page.h"
+
 namespace {
 
 void DeclareLayer(FbxPropertyPage& page) {
@@ -22,8 +24,8 @@ void DeclareStack(FbxPropertyPage& page) {
 
 }  // namespace
 
-FBX_OBJECT_DEFINE(FbxAnimLayer, FbxCollection, "AnimationLayer", "", DeclareLayer)
-FBX_OBJECT_DEFINE(FbxAnimStack, FbxCollection, "AnimationStack", "", DeclareStack)
+FBX_OBJECT_DEFINE(FbxAnimLayer, FbxCollection, "AnimationLayer", DeclareLayer)
+FBX_OBJECT_DEFINE(FbxAnimStack, FbxCollection, "AnimationStack", DeclareStack)
 
 void FbxScene::SetCurrentAnimationStack(FbxAnimStack* stack) {
   currentStack_ = stack;

@@ -139,6 +139,11 @@ KFCurveKeyAttr KFCurve::KeyGetAttr(int index) const {
                                 : attrs_[static_cast<size_t>(end - attrEnds_.begin())];
 }
 
+bool KFCurve::HasTimesOf(const KFCurve& other) const {
+  return sharedTimes_ == other.sharedTimes_ ||
+         std::equal(times_.begin(), times_.end(), other.times_.begin(), other.times_.end());
+}
+
 uint64_t KFCurve::Span() const {
   return times_.empty() || times_.back() <= times_.front() ? 0
                                                            : Ticks(times_.front(), times_.back());

@@ -4,7 +4,6 @@
 // repetition folds a time by division, never period by period.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -84,9 +83,7 @@ class KFCurve {
   FbxTime KeyGetTime(int index) const { return KeyGet(index).time; }
   float KeyGetValue(int index) const { return KeyGet(index).value; }
   // Whether both curves have keys at the same times, in the same order.
-  bool HasTimesOf(const KFCurve& other) const {
-    return sharedTimes_ == other.sharedTimes_ || std::ranges::equal(times_, other.times_);
-  }
+  bool HasTimesOf(const KFCurve& other) const;
   // No flags and words of 0 for a key without an attribute.
   KFCurveKeyAttr KeyGetAttr(int index) const;
 

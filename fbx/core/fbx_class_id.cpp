@@ -13,13 +13,11 @@ constinit const FbxClassRecord* firstRecord = nullptr;
 }  // namespace
 
 FbxClassRecord::FbxClassRecord(const char* name, const FbxClassRecord* parent, Factory factory,
-                               const char* fileType, const char* fileSubtype,
-                               DeclareProperties declare)
+                               const char* fileType, DeclareProperties declare)
     : name_(name),
       parent_(parent),
       factory_(factory),
       fileType_(fileType),
-      fileSubtype_(fileSubtype),
       declare_(declare),
       next_(firstRecord) {
   firstRecord = this;

@@ -18,7 +18,7 @@ class FbxClassRecord {
   // The texts must live as long as the program. A class without objects of its own has no factory,
   // and one that adds no properties to its parent's has no `declare`.
   FbxClassRecord(const char* name, const FbxClassRecord* parent, Factory factory,
-                 const char* fileType, const char* fileSubtype, DeclareProperties declare);
+                 const char* fileType, DeclareProperties declare);
   ~FbxClassRecord();
   FbxClassRecord(const FbxClassRecord&) = delete;
   FbxClassRecord& operator=(const FbxClassRecord&) = delete;
@@ -26,7 +26,6 @@ class FbxClassRecord {
   const char* Name() const { return name_; }
   const FbxClassRecord* Parent() const { return parent_; }
   const char* FileType() const { return fileType_; }
-  const char* FileSubtype() const { return fileSubtype_; }
   Factory MakeObject() const { return factory_; }
   // The class's properties with their default values, those of its parents first. Made on first
   // use.
@@ -40,7 +39,6 @@ class FbxClassRecord {
   const FbxClassRecord* parent_;
   Factory factory_;
   const char* fileType_;
-  const char* fileSubtype_;
   DeclareProperties declare_;
   const FbxClassRecord* next_;
   mutable std::unique_ptr<FbxPropertyPage> page_;
@@ -61,7 +59,6 @@ class FbxClassId {
   // The type name of the class's records in files; with `askParent` the nearest one along the
   // parents that isn't empty.
   const char* GetFbxFileTypeName(bool askParent = false) const;
-  const char* GetFbxFileSubTypeName() const { return IsValid() ? record_->FileSubtype() : ""; }
 
   friend constexpr bool operator==(FbxClassId a, FbxClassId b) = default;
 

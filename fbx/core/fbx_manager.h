@@ -8,7 +8,6 @@
 
 #include "fbx/core/fbx_class_id.h"
 
-class FbxIOSettings;
 class FbxObject;
 
 class FbxManager {
@@ -30,9 +29,6 @@ class FbxManager {
   FbxObject* CreateNewObjectFromClassId(FbxClassId classId, const char* name,
                                         FbxObject* container = nullptr);
 
-  FbxIOSettings* GetIOSettings() const { return ioSettings_; }
-  void SetIOSettings(FbxIOSettings* settings) { ioSettings_ = settings; }
-
  private:
   friend class FbxObject;
   FbxManager() = default;
@@ -42,5 +38,4 @@ class FbxManager {
 
   std::vector<FbxObject*> objects_;
   uint64_t lastUniqueId_ = 0;
-  FbxIOSettings* ioSettings_ = nullptr;
 };

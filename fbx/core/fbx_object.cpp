@@ -1,12 +1,18 @@
 #include "fbx/core/fbx_object.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "fbx/core/fbx_manager.h"
+#include "fbx/core/fbx_property_page.h"
 
-const FbxClassRecord FbxObject::kClassRecord("FbxObject", nullptr, &FbxObject::MakeObject, "", "",
+const FbxClassRecord FbxObject::kClassRecord("FbxObject", nullptr, &FbxObject::MakeObject, "",
                                              nullptr);
 
+struct FbxObject::ClassLists : std::unordered_map<const FbxClassRecord*, std::vector<FbxObject*>> {
+};
+
+FbxObject::FbxObject() = default;
 FbxObject::~FbxObject() = default;
 
 FbxObject* FbxObject::CreateOfClass(FbxManager* manager, FbxClassId classId, const char* name) {
@@ -52,7 +58,7 @@ void FbxObject::Disconnect() {
       FbxObject& object = *destination.GetFbxObject();
       if (end.IsRoot() && destination.IsRoot()) object.ConnectNotify(*end.GetFbxObject(), false);
       if (FbxConnectionLists* other = destination.Connections()) std::erase(other->sources, end);
-      object.sourcesByClass_.reset();
+      object.ForgetClassLists();
     }
     lists = {};
   };
@@ -62,7 +68,7 @@ void FbxObject::Disconnect() {
     });
   }
   detach(RootProperty(), connections_);
-  sourcesByClass_.reset();
+  ForgetClassLists();
 }
 
 FbxPropertyStore& FbxObject::Store() const {
@@ -84,6 +90,8 @@ FbxProperty FbxObject::GetNextProperty(const FbxProperty& property) const {
 bool FbxObject::SetPropertyTemplate(const FbxObject& source) {
   return source.GetClassId() == GetClassId() && Store().SetTemplate(&source.Store());
 }
+
+void FbxObject::ForgetClassLists() { sourcesByClass_.reset(); }
 
 const std::vector<FbxObject*>& FbxObject::SourcesOfClass(FbxClassId classId) const {
   if (sourcesByClass_ == nullptr) sourcesByClass_ = std::make_unique<ClassLists>();

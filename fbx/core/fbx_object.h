@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <unordered_map>
+#include <string_view>
 #include <vector>
 
 #include "fbx/core/fbx_class_id.h"
@@ -32,11 +32,11 @@ class FbxScene;
                                                                            \
  public:
 
-// Stands in the source file of the class, with its parent, the type names of its records in files,
+// Stands in the source file of the class, with its parent, the type name of its records in files,
 // and the function that declares its properties, or null.
-#define FBX_OBJECT_DEFINE(ClassName, Parent, fileType, fileSubtype, declare) \
-  const FbxClassRecord ClassName::kClassRecord(                              \
-      #ClassName, &Parent::kClassRecord, &ClassName::MakeObject, fileType, fileSubtype, declare);
+#define FBX_OBJECT_DEFINE(ClassName, Parent, fileType, declare)                   \
+  const FbxClassRecord ClassName::kClassRecord(#ClassName, &Parent::kClassRecord, \
+                                               &ClassName::MakeObject, fileType, declare);
 
 class FbxObject {
  public:
@@ -120,7 +120,7 @@ class FbxObject {
   }
 
  protected:
-  FbxObject() = default;
+  FbxObject();
   virtual ~FbxObject();
   static FbxObject* MakeObject() { return new FbxObject; }
   static FbxObject* CreateOfClass(FbxManager* manager, FbxClassId classId, const char* name);
@@ -136,6 +136,8 @@ class FbxObject {
 
   FbxPropertyStore& Store() const;
   const std::vector<FbxObject*>& SourcesOfClass(FbxClassId classId) const;
+  // The sources have changed.
+  void ForgetClassLists();
   // Takes every connection of this object and its properties out of the neighbours' lists.
   void Disconnect();
 
@@ -146,6 +148,6 @@ class FbxObject {
   size_t managerIndex_ = 0;
   FbxConnectionLists connections_;
   mutable std::unique_ptr<FbxPropertyStore> store_;
-  using ClassLists = std::unordered_map<const FbxClassRecord*, std::vector<FbxObject*>>;
+  struct ClassLists;
   mutable std::unique_ptr<ClassLists> sourcesByClass_;
 };

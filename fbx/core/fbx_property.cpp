@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "fbx/core/fbx_object.h"
+#include "fbx/core/fbx_property_page.h"
 
 namespace {
 
@@ -163,6 +164,13 @@ bool FbxProperty::Get(void* out, EFbxType type) const {
   return HasData() && ConvertPropertyValue(GetValue(), out, type);
 }
 
+bool FbxProperty::Set(const void* in, EFbxType type) {
+  if (!HasData()) return false;
+  FbxPropertyValue held =
+      CoercePropertyValue(ReadPropertyValue(in, type), GetPropertyDataType().GetType());
+  return !std::holds_alternative<std::monostate>(held) && SetValue(std::move(held));
+}
+
 bool FbxProperty::SetValue(FbxPropertyValue value) {
   if (!HasData() || value.index() != Declaration().value.index()) return false;
   MakeLocal().value = std::move(value);
@@ -213,21 +221,6 @@ FbxProperty FbxProperty::FindHierarchical(std::string_view path, bool caseSensit
   return property;
 }
 
-std::vector<FbxProperty> FbxProperty::GetDescendents() const {
-  // Depth first with a stack of our own: a file decides how deep the tree is.
-  std::vector<FbxProperty> result;
-  std::vector<FbxProperty> next{GetChild()};
-  while (!next.empty()) {
-    const FbxProperty property = next.back();
-    next.pop_back();
-    if (!property.IsValid()) continue;
-    result.push_back(property);
-    next.push_back(property.GetSibling());
-    next.push_back(property.GetChild());
-  }
-  return result;
-}
-
 FbxConnectionLists* FbxProperty::Connections() const {
   if (!IsValid()) return nullptr;
   if (index_ == kRoot) return &object_->connections_;
@@ -265,7 +258,7 @@ bool FbxProperty::Connect(const FbxProperty& source, bool repeat) {
   MakeConnections().sources.push_back(source);
   source.MakeConnections().destinations.push_back(*this);
   if (IsRoot()) {
-    object_->sourcesByClass_.reset();
+    object_->ForgetClassLists();
     if (source.IsRoot()) object_->ConnectNotify(*source.object_, true);
   }
   return true;
@@ -285,7 +278,7 @@ bool FbxProperty::DisconnectSrcObject(FbxObject* source) {
   if (IsRoot()) object_->ConnectNotify(*source, false);
   std::erase(Connections()->sources, end);
   std::erase(end.Connections()->destinations, *this);
-  object_->sourcesByClass_.reset();
+  object_->ForgetClassLists();
   return true;
 }
 

@@ -4,21 +4,44 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <string_view>
 #include <type_traits>
 #include <vector>
 
 #include "fbx/core/fbx_class_id.h"
 #include "fbx/core/fbx_data_type.h"
-#include "fbx/core/fbx_property_page.h"
 #include "fbx/core/fbx_string.h"
+#include "fbx/core/fbx_time.h"
+#include "fbx/math/fbx_vector.h"
 
 class FbxAnimCurve;
 class FbxAnimCurveNode;
 class FbxAnimLayer;
 class FbxObject;
+class FbxPropertyStore;
 struct FbxConnectionLists;
+struct FbxPropertyDeclaration;
+struct FbxPropertyLocal;
+struct FbxPropertyValue;
+
+// Flag bits.
+struct FbxPropertyFlags {
+  enum EFlags : uint32_t {
+    eNone = 0,
+    eStatic = 1U << 0,
+    eAnimatable = 1U << 1,
+    eAnimated = 1U << 2,
+    eImported = 1U << 3,
+    eUserDefined = 1U << 4,
+    eHidden = 1U << 5,
+    eNotSavable = 1U << 6,
+    eLockedMember0 = 1U << 7,
+    eMutedMember0 = 1U << 11,
+    eLockedAll = 0x780,
+    eMutedAll = 0x7800,
+  };
+};
+constexpr uint32_t kAnimatable = FbxPropertyFlags::eAnimatable;
 
 // A test on objects: of a class, or of one derived from it.
 class FbxCriteria {
@@ -98,7 +121,8 @@ class FbxProperty {
   const FbxPropertyValue& GetValue() const;
 
   // Stores a value, converted to the property's type by the rules of Get; it becomes the object's
-  // own. False when there is no rule.
+  // own. False when there is no rule. Enums count as int, texts as FbxString.
+  bool Set(const void* in, EFbxType type);
   template <typename T>
   bool Set(const T& value);
   // Stores a value that is already in the form in which this property's type is held.
@@ -112,8 +136,6 @@ class FbxProperty {
   bool IsChildOf(const FbxProperty& parent) const;
   FbxProperty Find(std::string_view name, bool caseSensitive = true) const;
   FbxProperty FindHierarchical(std::string_view path, bool caseSensitive = true) const;
-  // All properties below this one, depth first.
-  std::vector<FbxProperty> GetDescendents() const;
 
   // Connections. Each is made once, unless `repeat` is set; the lists keep their order. False for
   // an invalid end, or a connection that is there already.
@@ -175,17 +197,6 @@ struct FbxConnectionLists {
   std::vector<FbxProperty> destinations;
 };
 
-// Parts that few properties have.
-struct FbxPropertyLocal::Rare {
-  FbxConnectionLists connections;
-  std::string label;
-  double minLimit = 0.0;
-  double maxLimit = 0.0;
-  bool hasMin = false;
-  bool hasMax = false;
-  std::vector<std::string> enumItems;
-};
-
 // The name under which a property is found on a handle to an object's root.
 using FbxPropertyHandle = FbxProperty;
 
@@ -212,9 +223,6 @@ constexpr EFbxType FbxTypeOf() {
   return eFbxUndefined;
 }
 
-// Converts a held value into `*out` by the rules of FbxProperty::Get.
-bool ConvertPropertyValue(const FbxPropertyValue& value, void* out, EFbxType type);
-
 template <typename T>
 T FbxProperty::Get() const {
   static_assert(FbxTypeOf<T>() != eFbxUndefined);
@@ -223,37 +231,13 @@ T FbxProperty::Get() const {
   return result;
 }
 
-// A C++ value in the form in which properties hold it.
-template <typename T>
-FbxPropertyValue ToPropertyValue(const T& value) {
-  if constexpr (std::is_same_v<T, FbxString>) {
-    return value.Text();
-  } else if constexpr (std::is_convertible_v<T, std::string_view>) {
-    return std::string(std::string_view(value));
-  } else if constexpr (std::is_floating_point_v<T>) {
-    return static_cast<double>(value);
-  } else if constexpr (std::is_enum_v<T>) {
-    return static_cast<int64_t>(value);
-  } else if constexpr (std::is_integral_v<T> && std::is_signed_v<T>) {
-    return static_cast<int64_t>(value);
-  } else if constexpr (std::is_same_v<T, bool>) {
-    return static_cast<int64_t>(value ? 1 : 0);
-  } else if constexpr (std::is_integral_v<T>) {
-    return static_cast<uint64_t>(value);
-  } else if constexpr (std::is_same_v<T, FbxDouble4x4>) {
-    return std::make_shared<const FbxDouble4x4>(value);
-  } else {
-    return value;
-  }
-}
-
-// `value` in the form that `type` is held in, narrowed to its width; monostate without a rule.
-FbxPropertyValue CoercePropertyValue(const FbxPropertyValue& value, EFbxType type);
-
 template <typename T>
 bool FbxProperty::Set(const T& value) {
-  if (!HasData()) return false;
-  FbxPropertyValue held =
-      CoercePropertyValue(ToPropertyValue(value), GetPropertyDataType().GetType());
-  return !std::holds_alternative<std::monostate>(held) && SetValue(std::move(held));
+  if constexpr (std::is_enum_v<T>) {
+    return Set(static_cast<int>(value));
+  } else if constexpr (FbxTypeOf<T>() != eFbxUndefined) {
+    return Set(&value, FbxTypeOf<T>());
+  } else {
+    return Set(FbxString(value));
+  }
 }

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "fbx/core/fbx_property.h"
-
 namespace {
 
 bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
@@ -79,11 +77,6 @@ int FbxPropertyPage::Find(std::string_view name, int parent) const {
   }
   return -1;
 }
-
-FbxPropertyLocal::FbxPropertyLocal() = default;
-FbxPropertyLocal::~FbxPropertyLocal() = default;
-FbxPropertyLocal::FbxPropertyLocal(FbxPropertyLocal&&) noexcept = default;
-FbxPropertyLocal& FbxPropertyLocal::operator=(FbxPropertyLocal&&) noexcept = default;
 
 FbxPropertyLocal::Rare& FbxPropertyLocal::MakeRare() {
   if (rare == nullptr) rare = std::make_unique<Rare>();

@@ -16,9 +16,7 @@
 #include <variant>
 #include <vector>
 
-#include "fbx/core/fbx_data_type.h"
-#include "fbx/core/fbx_time.h"
-#include "fbx/math/fbx_vector.h"
+#include "fbx/core/fbx_property.h"
 
 // A length with its unit's name.
 struct FbxDistance {
@@ -29,31 +27,21 @@ struct FbxDistance {
 // Signed integers of every width, bools and enums are held as int64, unsigned ones as uint64,
 // floats as doubles that a float can hold; strings, blobs and dates as bytes. `monostate` is "no
 // value".
-using FbxPropertyValue = std::variant<std::monostate, int64_t, uint64_t, double, FbxDouble2,
-                                      FbxDouble3, FbxDouble4, std::shared_ptr<const FbxDouble4x4>,
-                                      std::string, FbxTime, std::shared_ptr<const FbxDistance>>;
+struct FbxPropertyValue : std::variant<std::monostate, int64_t, uint64_t, double, FbxDouble2,
+                                       FbxDouble3, FbxDouble4, std::shared_ptr<const FbxDouble4x4>,
+                                       std::string, FbxTime, std::shared_ptr<const FbxDistance>> {
+  using variant::variant;
+};
 
 // What a property of that base type holds before anything is written to it.
 FbxPropertyValue DefaultPropertyValue(EFbxType type);
-
-// Flag bits.
-struct FbxPropertyFlags {
-  enum EFlags : uint32_t {
-    eNone = 0,
-    eStatic = 1U << 0,
-    eAnimatable = 1U << 1,
-    eAnimated = 1U << 2,
-    eImported = 1U << 3,
-    eUserDefined = 1U << 4,
-    eHidden = 1U << 5,
-    eNotSavable = 1U << 6,
-    eLockedMember0 = 1U << 7,
-    eMutedMember0 = 1U << 11,
-    eLockedAll = 0x780,
-    eMutedAll = 0x7800,
-  };
-};
-constexpr uint32_t kAnimatable = FbxPropertyFlags::eAnimatable;
+// The held form of the C++ value at `in`, whose type `type` names; monostate for a type that is
+// given otherwise.
+FbxPropertyValue ReadPropertyValue(const void* in, EFbxType type);
+// Converts a held value into `*out` by the rules of FbxProperty::Get.
+bool ConvertPropertyValue(const FbxPropertyValue& value, void* out, EFbxType type);
+// `value` in the form that `type` is held in, narrowed to its width; monostate without a rule.
+FbxPropertyValue CoercePropertyValue(const FbxPropertyValue& value, EFbxType type);
 
 struct FbxPropertyDeclaration {
   std::string name;  // without the parent's
@@ -87,12 +75,16 @@ class FbxPropertyPage {
 
 // What one object holds of one of its properties.
 struct FbxPropertyLocal {
-  struct Rare;  // parts that few properties have
-
-  FbxPropertyLocal();
-  ~FbxPropertyLocal();
-  FbxPropertyLocal(FbxPropertyLocal&&) noexcept;
-  FbxPropertyLocal& operator=(FbxPropertyLocal&&) noexcept;
+  // Parts that few properties have.
+  struct Rare {
+    FbxConnectionLists connections;
+    std::string label;
+    double minLimit = 0.0;
+    double maxLimit = 0.0;
+    bool hasMin = false;
+    bool hasMax = false;
+    std::vector<std::string> enumItems;
+  };
 
   FbxPropertyValue value;  // none: reads through to the template or the class
   uint32_t flags = 0;

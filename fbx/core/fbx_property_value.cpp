@@ -7,7 +7,7 @@
 #include <optional>
 #include <span>
 
-#include "fbx/core/fbx_property.h"
+#include "fbx/core/fbx_property_page.h"
 
 namespace {
 
@@ -94,10 +94,16 @@ bool GetVector(const FbxPropertyValue& value, void* out) {
   return true;
 }
 
-template <typename Target, typename Held>
+// The number of type Number at `in`, in the form that properties hold it in.
+template <typename Number, typename Form>
+FbxPropertyValue Held(const void* in) {
+  return static_cast<Form>(*static_cast<const Number*>(in));
+}
+
+template <typename Target, typename Form>
 FbxPropertyValue CoerceScalar(const FbxPropertyValue& value) {
   const std::optional<Target> scalar = ToScalar<Target>(value);
-  return scalar ? FbxPropertyValue(static_cast<Held>(*scalar)) : FbxPropertyValue();
+  return scalar ? FbxPropertyValue(static_cast<Form>(*scalar)) : FbxPropertyValue();
 }
 
 template <typename Vector>
@@ -165,6 +171,54 @@ bool ConvertPropertyValue(const FbxPropertyValue& value, void* out, EFbxType typ
       break;
   }
   return false;
+}
+
+FbxPropertyValue ReadPropertyValue(const void* in, EFbxType type) {
+  switch (type) {
+    case eFbxChar:
+      return Held<int8_t, int64_t>(in);
+    case eFbxUChar:
+      return Held<uint8_t, uint64_t>(in);
+    case eFbxShort:
+      return Held<int16_t, int64_t>(in);
+    case eFbxUShort:
+      return Held<uint16_t, uint64_t>(in);
+    case eFbxUInt:
+      return Held<uint32_t, uint64_t>(in);
+    case eFbxLongLong:
+      return Held<int64_t, int64_t>(in);
+    case eFbxULongLong:
+      return Held<uint64_t, uint64_t>(in);
+    case eFbxBool:
+      return Held<bool, int64_t>(in);
+    case eFbxInt:
+    case eFbxEnum:
+      return Held<int32_t, int64_t>(in);
+    case eFbxFloat:
+      return Held<float, double>(in);
+    case eFbxDouble:
+      return Held<double, double>(in);
+    case eFbxDouble2:
+      return *static_cast<const FbxDouble2*>(in);
+    case eFbxDouble3:
+      return *static_cast<const FbxDouble3*>(in);
+    case eFbxDouble4:
+      return *static_cast<const FbxDouble4*>(in);
+    case eFbxDouble4x4:
+      return std::make_shared<const FbxDouble4x4>(*static_cast<const FbxDouble4x4*>(in));
+    case eFbxString:
+      return static_cast<const FbxString*>(in)->Text();
+    case eFbxTime:
+      return *static_cast<const FbxTime*>(in);
+    case eFbxUndefined:
+    case eFbxHalfFloat:
+    case eFbxReference:
+    case eFbxBlob:
+    case eFbxDistance:
+    case eFbxDateTime:
+      break;
+  }
+  return {};
 }
 
 FbxPropertyValue CoercePropertyValue(const FbxPropertyValue& value, EFbxType type) {

@@ -19,7 +19,6 @@ class FbxString {
   operator const char*() const { return text_.c_str(); }
   const std::string& Text() const { return text_; }
 
-  size_t GetLen() const { return text_.size(); }
   bool IsEmpty() const { return text_.empty(); }
 
   FbxString& operator+=(const char* text);

@@ -98,7 +98,6 @@ class FbxRotationOrder {
   // A number outside the enumeration, as files may hold, counts as XYZ.
   explicit FbxRotationOrder(EFbxRotationOrder order);
 
-  EFbxRotationOrder GetOrder() const { return order_; }
   // Writes the upper 3x3 of `out`. degrees[0] is the angle about X whatever the order.
   void V2M(FbxAMatrix& out, const FbxVector4& degrees) const;
   // The angles of the matrix without its scale. At the pole the last axis' angle is 0.

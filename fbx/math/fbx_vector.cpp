@@ -3,6 +3,14 @@
 #include <cmath>
 #include <numbers>
 
+double FbxVector4::Length() const { return std::sqrt(DotProduct(*this)); }
+
+void FbxVector4::Normalize() {
+  const double length = Length();
+  if (length == 0.0) return;
+  for (size_t i = 0; i < 3; ++i) data[i] /= length;
+}
+
 FbxQuaternion FbxQuaternion::FromEulerXYZ(const FbxVector4& degrees) {
   constexpr double kHalfRadians = std::numbers::pi / 360.0;
   FbxDouble3 sines, cosines;

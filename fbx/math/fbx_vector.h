@@ -4,7 +4,6 @@
 #pragma once
 
 #include <array>
-#include <cmath>
 #include <cstddef>
 
 using FbxDouble2 = std::array<double, 2>;
@@ -68,13 +67,9 @@ struct FbxVector4 {
     return {data[1] * o.data[2] - data[2] * o.data[1], data[2] * o.data[0] - data[0] * o.data[2],
             data[0] * o.data[1] - data[1] * o.data[0], 0.0};
   }
-  double Length() const { return std::sqrt(DotProduct(*this)); }
+  double Length() const;
   // Scales the first three components to length 1; a vector of length 0 stays as it is.
-  void Normalize() {
-    const double length = Length();
-    if (length == 0.0) return;
-    for (size_t i = 0; i < 3; ++i) data[i] /= length;
-  }
+  void Normalize();
   // Whether the first `size` components are all 0.
   constexpr bool IsZero(int size = 4) const {
     for (size_t i = 0; i < 4 && static_cast<int>(i) < size; ++i) {

@@ -10,7 +10,7 @@
 #include "fbx/reader/version6/fbx_reader_fbx6.h"
 #include "fbx/scene/fbx_global_settings.h"
 
-FBX_OBJECT_DEFINE(FbxImporter, FbxObject, "", "", nullptr)
+FBX_OBJECT_DEFINE(FbxImporter, FbxObject, "", nullptr)
 
 FbxImporter::FbxImporter() = default;
 FbxImporter::~FbxImporter() = default;

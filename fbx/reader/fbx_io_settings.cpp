@@ -1,6 +1,6 @@
 #include "fbx/reader/fbx_io_settings.h"
 
-FBX_OBJECT_DEFINE(FbxIOSettings, FbxObject, "", "", nullptr)
+FBX_OBJECT_DEFINE(FbxIOSettings, FbxObject, "", nullptr)
 
 namespace {
 

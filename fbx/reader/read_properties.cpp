@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "fbx/core/fbx_object.h"
+#include "fbx/core/fbx_property_page.h"
 #include "fbx/io/fbx_io.h"
 #include "fbx/reader/read_records.h"
 

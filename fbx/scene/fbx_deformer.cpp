@@ -1,5 +1,6 @@
 #include "fbx/scene/fbx_deformer.h"
 
+#include "fbx/core/fbx_property_page.h"
 #include "fbx/scene/fbx_geometry.h"
 #include "fbx/scene/fbx_node.h"
 
@@ -11,13 +12,12 @@ void DeclareChannel(FbxPropertyPage& page) {
 
 }  // namespace
 
-FBX_OBJECT_DEFINE(FbxDeformer, FbxObject, "Deformer", "", nullptr)
-FBX_OBJECT_DEFINE(FbxSkin, FbxDeformer, "Deformer", "Skin", nullptr)
-FBX_OBJECT_DEFINE(FbxBlendShape, FbxDeformer, "Deformer", "BlendShape", nullptr)
-FBX_OBJECT_DEFINE(FbxSubDeformer, FbxObject, "SubDeformer", "", nullptr)
-FBX_OBJECT_DEFINE(FbxCluster, FbxSubDeformer, "Deformer", "Cluster", nullptr)
-FBX_OBJECT_DEFINE(FbxBlendShapeChannel, FbxSubDeformer, "Deformer", "BlendShapeChannel",
-                  DeclareChannel)
+FBX_OBJECT_DEFINE(FbxDeformer, FbxObject, "Deformer", nullptr)
+FBX_OBJECT_DEFINE(FbxSkin, FbxDeformer, "Deformer", nullptr)
+FBX_OBJECT_DEFINE(FbxBlendShape, FbxDeformer, "Deformer", nullptr)
+FBX_OBJECT_DEFINE(FbxSubDeformer, FbxObject, "SubDeformer", nullptr)
+FBX_OBJECT_DEFINE(FbxCluster, FbxSubDeformer, "Deformer", nullptr)
+FBX_OBJECT_DEFINE(FbxBlendShapeChannel, FbxSubDeformer, "Deformer", DeclareChannel)
 
 FbxGeometry* FbxDeformer::GetGeometry() const { return GetDstObject<FbxGeometry>(); }
 

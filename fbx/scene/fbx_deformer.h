@@ -38,14 +38,12 @@ class FbxCluster : public FbxSubDeformer {
   }
   // The geometry's global matrix at bind.
   void GetTransformMatrix(FbxAMatrix& out) const { out = transform; }
-  // The bone's global matrix at bind.
-  void GetTransformLinkMatrix(FbxAMatrix& out) const { out = transformLink; }
 
   ELinkMode linkMode = eNormalize;
   std::vector<int> indices;     // of control points, from the file and unchecked
   std::vector<double> weights;  // as many as indices
   FbxAMatrix transform;
-  FbxAMatrix transformLink;
+  FbxAMatrix transformLink;  // the bone's global matrix at bind
 };
 
 class FbxSkin : public FbxDeformer {

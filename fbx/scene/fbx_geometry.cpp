@@ -1,22 +1,15 @@
 #include "fbx/scene/fbx_geometry.h"
 
-FBX_OBJECT_DEFINE(FbxLayerContainer, FbxNodeAttribute, "", "", nullptr)
-FBX_OBJECT_DEFINE(FbxGeometryBase, FbxLayerContainer, "Geometry", "", nullptr)
-FBX_OBJECT_DEFINE(FbxGeometry, FbxGeometryBase, "", "", nullptr)
+#include <algorithm>
+
+FBX_OBJECT_DEFINE(FbxLayerContainer, FbxNodeAttribute, "", nullptr)
+FBX_OBJECT_DEFINE(FbxGeometryBase, FbxLayerContainer, "Geometry", nullptr)
+FBX_OBJECT_DEFINE(FbxGeometry, FbxGeometryBase, "", nullptr)
 
 namespace {
 
 template <typename Element>
 using Member = std::shared_ptr<Element> FbxLayer::*;
-
-template <typename Element>
-int CountElements(const std::vector<FbxLayer>& layers, Member<Element> member) {
-  int count = 0;
-  for (const FbxLayer& layer : layers) {
-    if (layer.*member != nullptr) ++count;
-  }
-  return count;
-}
 
 template <typename Element>
 Element* NthElement(const std::vector<FbxLayer>& layers, Member<Element> member, int index) {
@@ -59,23 +52,18 @@ int FbxLayerContainer::CreateLayer() {
 }
 
 int FbxLayerContainer::GetElementNormalCount() const {
-  return CountElements(Layers(), &FbxLayer::normals);
+  const std::vector<FbxLayer>& layers = Layers();
+  return static_cast<int>(std::count_if(layers.begin(), layers.end(), [](const FbxLayer& layer) {
+    return layer.normals != nullptr;
+  }));
 }
 
 FbxLayerElementNormal* FbxLayerContainer::GetElementNormal(int index) const {
   return NthElement(Layers(), &FbxLayer::normals, index);
 }
 
-int FbxLayerContainer::GetElementVertexColorCount() const {
-  return CountElements(Layers(), &FbxLayer::vertexColors);
-}
-
 FbxLayerElementVertexColor* FbxLayerContainer::GetElementVertexColor(int index) const {
   return NthElement(Layers(), &FbxLayer::vertexColors, index);
-}
-
-int FbxLayerContainer::GetElementMaterialCount() const {
-  return CountElements(Layers(), &FbxLayer::materials);
 }
 
 FbxLayerElementMaterial* FbxLayerContainer::GetElementMaterial(int index) const {

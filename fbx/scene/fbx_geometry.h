@@ -26,9 +26,7 @@ class FbxLayerContainer : public FbxNodeAttribute {
   // The elements of a kind over the layers in order; null past the end.
   int GetElementNormalCount() const;
   FbxLayerElementNormal* GetElementNormal(int index = 0) const;
-  int GetElementVertexColorCount() const;
   FbxLayerElementVertexColor* GetElementVertexColor(int index = 0) const;
-  int GetElementMaterialCount() const;
   FbxLayerElementMaterial* GetElementMaterial(int index = 0) const;
   // UV elements of a channel (FbxLayerElement::eUVFirst and up), layer by layer; type 0 takes all
   // channels, within a layer by their numbers.

@@ -1,5 +1,7 @@
 #include "fbx/scene/fbx_global_settings.h"
 
+#include "fbx/core/fbx_property_page.h"
+
 namespace {
 
 void DeclareSettings(FbxPropertyPage& page) {
@@ -22,7 +24,7 @@ void DeclareSettings(FbxPropertyPage& page) {
 
 }  // namespace
 
-FBX_OBJECT_DEFINE(FbxGlobalSettings, FbxObject, "GlobalSettings", "", DeclareSettings)
+FBX_OBJECT_DEFINE(FbxGlobalSettings, FbxObject, "GlobalSettings", DeclareSettings)
 
 FbxAxisSystem FbxGlobalSettings::GetAxisSystem() const {
   const auto axis = [this](const std::string& name) {

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "fbx/core/fbx_property_page.h"
+
 namespace {
 
 void DeclareMaterial(FbxPropertyPage& page) {
@@ -73,17 +75,13 @@ void DeclareFileTexture(FbxPropertyPage& page) {
 
 }  // namespace
 
-FBX_OBJECT_DEFINE(FbxSurfaceMaterial, FbxObject, "Material", "", DeclareMaterial)
-FBX_OBJECT_DEFINE(FbxSurfaceLambert, FbxSurfaceMaterial, "Material", "", DeclareLambert)
-FBX_OBJECT_DEFINE(FbxSurfacePhong, FbxSurfaceLambert, "Material", "", DeclarePhong)
-FBX_OBJECT_DEFINE(FbxTexture, FbxObject, "", "", DeclareTexture)
-FBX_OBJECT_DEFINE(FbxFileTexture, FbxTexture, "Texture", "", DeclareFileTexture)
-FBX_OBJECT_DEFINE(FbxLayeredTexture, FbxTexture, "LayeredTexture", "", nullptr)
-FBX_OBJECT_DEFINE(FbxVideo, FbxObject, "Video", "", nullptr)
-
-FbxString FbxSurfaceMaterial::GetShadingModel() const {
-  return FindProperty("ShadingModel").Get<FbxString>();
-}
+FBX_OBJECT_DEFINE(FbxSurfaceMaterial, FbxObject, "Material", DeclareMaterial)
+FBX_OBJECT_DEFINE(FbxSurfaceLambert, FbxSurfaceMaterial, "Material", DeclareLambert)
+FBX_OBJECT_DEFINE(FbxSurfacePhong, FbxSurfaceLambert, "Material", DeclarePhong)
+FBX_OBJECT_DEFINE(FbxTexture, FbxObject, "", DeclareTexture)
+FBX_OBJECT_DEFINE(FbxFileTexture, FbxTexture, "Texture", DeclareFileTexture)
+FBX_OBJECT_DEFINE(FbxLayeredTexture, FbxTexture, "LayeredTexture", nullptr)
+FBX_OBJECT_DEFINE(FbxVideo, FbxObject, "Video", nullptr)
 
 void FbxLayeredTexture::ConnectNotify(FbxObject& source, bool connected) {
   if (!source.Is<FbxTexture>()) return;

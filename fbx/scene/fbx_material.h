@@ -10,7 +10,6 @@
 
 class FbxSurfaceMaterial : public FbxObject {
   FBX_OBJECT(FbxSurfaceMaterial)
-  FbxString GetShadingModel() const;
 };
 
 class FbxSurfaceLambert : public FbxSurfaceMaterial {

@@ -3,7 +3,7 @@
 #include <limits>
 #include <utility>
 
-FBX_OBJECT_DEFINE(FbxMesh, FbxGeometry, "Geometry", "Mesh", nullptr)
+FBX_OBJECT_DEFINE(FbxMesh, FbxGeometry, "Geometry", nullptr)
 
 int FbxMesh::GetPolygonSize(int polygon) const {
   return polygon < 0 || polygon >= GetPolygonCount() ? 0

@@ -4,6 +4,7 @@
 #include <array>
 #include <string>
 
+#include "fbx/core/fbx_property_page.h"
 #include "fbx/scene/fbx_geometry.h"
 #include "fbx/scene/fbx_material.h"
 #include "fbx/scene/fbx_mesh.h"
@@ -71,7 +72,7 @@ void DeclareNode(FbxPropertyPage& page) { Declare(page); }
 
 }  // namespace
 
-FBX_OBJECT_DEFINE(FbxNode, FbxObject, "Model", "", DeclareNode)
+FBX_OBJECT_DEFINE(FbxNode, FbxObject, "Model", DeclareNode)
 
 const FbxNode::PropertyIndex& FbxNode::Properties() {
   // The page of the class is declared by the same function, so the indices are the same.

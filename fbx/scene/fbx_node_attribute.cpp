@@ -1,5 +1,6 @@
 #include "fbx/scene/fbx_node_attribute.h"
 
+#include "fbx/core/fbx_property_page.h"
 #include "fbx/scene/fbx_node.h"
 
 namespace {
@@ -25,19 +26,11 @@ void DeclareLight(FbxPropertyPage& page) {
 
 }  // namespace
 
-FBX_OBJECT_DEFINE(FbxNodeAttribute, FbxObject, "NodeAttribute", "", nullptr)
-FBX_OBJECT_DEFINE(FbxNull, FbxNodeAttribute, "NodeAttribute", "Null", DeclareNull)
-FBX_OBJECT_DEFINE(FbxSkeleton, FbxNodeAttribute, "NodeAttribute", "LimbNode", DeclareSkeleton)
-FBX_OBJECT_DEFINE(FbxCamera, FbxNodeAttribute, "NodeAttribute", "Camera", nullptr)
-FBX_OBJECT_DEFINE(FbxLight, FbxNodeAttribute, "NodeAttribute", "Light", DeclareLight)
-
-int FbxNodeAttribute::GetNodeCount() const {
-  int count = 0;
-  for (const FbxProperty& destination : RootProperty().Destinations()) {
-    if (destination.IsRoot() && destination.GetFbxObject()->Is<FbxNode>()) ++count;
-  }
-  return count;
-}
+FBX_OBJECT_DEFINE(FbxNodeAttribute, FbxObject, "NodeAttribute", nullptr)
+FBX_OBJECT_DEFINE(FbxNull, FbxNodeAttribute, "NodeAttribute", DeclareNull)
+FBX_OBJECT_DEFINE(FbxSkeleton, FbxNodeAttribute, "NodeAttribute", DeclareSkeleton)
+FBX_OBJECT_DEFINE(FbxCamera, FbxNodeAttribute, "NodeAttribute", nullptr)
+FBX_OBJECT_DEFINE(FbxLight, FbxNodeAttribute, "NodeAttribute", DeclareLight)
 
 FbxNode* FbxNodeAttribute::GetNode(int index) const { return GetDstObject<FbxNode>(index); }
 

@@ -35,7 +35,6 @@ class FbxNodeAttribute : public FbxObject {
   virtual EType GetAttributeType() const { return eUnknown; }
 
   // The nodes that carry this attribute, in connection order.
-  int GetNodeCount() const;
   FbxNode* GetNode(int index = 0) const;
 };
 

@@ -3,7 +3,7 @@
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_scene.h"
 
-FBX_OBJECT_DEFINE(FbxPose, FbxObject, "Pose", "", nullptr)
+FBX_OBJECT_DEFINE(FbxPose, FbxObject, "Pose", nullptr)
 
 void FbxPose::Add(FbxNode* node, const FbxMatrix& matrix, bool local) {
   firstByNode_.emplace(node, GetCount());

@@ -5,10 +5,10 @@
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_node_attribute.h"
 
-FBX_OBJECT_DEFINE(FbxCollection, FbxObject, "Collection", "", nullptr)
-FBX_OBJECT_DEFINE(FbxDocument, FbxCollection, "Document", "", nullptr)
-FBX_OBJECT_DEFINE(FbxScene, FbxDocument, "Scene", "", nullptr)
-FBX_OBJECT_DEFINE(FbxDocumentInfo, FbxObject, "SceneInfo", "", nullptr)
+FBX_OBJECT_DEFINE(FbxCollection, FbxObject, "Collection", nullptr)
+FBX_OBJECT_DEFINE(FbxDocument, FbxCollection, "Document", nullptr)
+FBX_OBJECT_DEFINE(FbxScene, FbxDocument, "Scene", nullptr)
+FBX_OBJECT_DEFINE(FbxDocumentInfo, FbxObject, "SceneInfo", nullptr)
 
 FbxScene* FbxObject::GetScene() const {
   // Nearly everything is connected to the scene itself; only what isn't is worth a search.

@@ -2,7 +2,7 @@
 
 #include "fbx/scene/fbx_mesh.h"
 
-FBX_OBJECT_DEFINE(FbxShape, FbxGeometryBase, "Geometry", "Shape", nullptr)
+FBX_OBJECT_DEFINE(FbxShape, FbxGeometryBase, "Geometry", nullptr)
 
 namespace {
 

@@ -1,4 +1,5 @@
 // Properties: defaults of the class, values of the object, conversions.
+#include <cmath>
 #include <limits>
 
 #include <gtest/gtest.h>
