@@ -285,7 +285,8 @@ double KFCurve::RightDerivative(int index) const {
   if (attr.Interpolation() == KFCurveKeyAttr::kLinear) return Slope(key, key + 1);
   if (attr.Interpolation() != KFCurveKeyAttr::kCubic) return 0.0;
   if (attr.IsTCB()) return TCBDerivative(key, attr, true);
-  return static_cast<double>(AsFloat(attr.words[0]));
+  const double word = static_cast<double>(AsFloat(attr.words[0]));
+  return attr.IsAuto() ? AutoDerivative(key, attr.flags, word) : slopeSign_ * word;
 }
 
 double KFCurve::LeftDerivative(int index) const {
@@ -300,7 +301,27 @@ double KFCurve::LeftDerivative(int index) const {
   if (own.IsTCB()) return TCBDerivative(key, own, false);
   // After a TCB key word 1 is a continuity, so no slope is stored: the neutral tangent serves.
   if (previous.IsTCB()) return TCBDerivative(key, KFCurveKeyAttr(), false);
-  return static_cast<double>(AsFloat(previous.words[1]));
+  const double word = static_cast<double>(AsFloat(previous.words[1]));
+  // The tangent is this key's, wherever its word is kept; a key that isn't cubic has none to tell.
+  const KFCurveKeyAttr& tangent = own.Interpolation() == KFCurveKeyAttr::kCubic ? own : previous;
+  return tangent.IsAuto() ? AutoDerivative(key, tangent.flags, word) : slopeSign_ * word;
+}
+
+double KFCurve::AutoDerivative(size_t key, uint32_t flags, double percent) const {
+  constexpr double kEnd = 1e-5;  // how near to 100 a percent means one side alone
+  if (key == 0) return Slope(0, 1);
+  if (key + 1 == times_.size()) return Slope(key - 1, key);
+  const uint32_t clamp = flags & KFCurveKeyAttr::kClampMask;
+  const bool clamped =
+      clamp == KFCurveKeyAttr::kClamped || clamp == KFCurveKeyAttr::kProgressiveClamp;
+  if (clamped && (Value(key) - Value(key - 1)) * (Value(key + 1) - Value(key)) <= 0.0) return 0.0;
+  const double toLeft = Slope(key - 1, key), toRight = Slope(key, key + 1);
+  double slope = ((100.0 - percent) / 100.0 * toRight + (100.0 + percent) / 100.0 * toLeft) / 2.0;
+  if (std::abs(percent - 100.0) <= kEnd) slope = toLeft;
+  if (std::abs(percent + 100.0) <= kEnd) slope = toRight;
+  if (clamp != KFCurveKeyAttr::kProgressiveClamp) return slope;
+  const double limit = 3.0 * std::min(std::abs(toLeft), std::abs(toRight));
+  return std::clamp(slope, -limit, limit);
 }
 
 // Tension, continuity and bias (Kochanek-Bartels): a mix of the slopes to both neighbours.
@@ -328,14 +349,10 @@ double KFCurve::Slope(size_t from, size_t to) const {
 }
 
 void KFCurve::Negate() {
-  constexpr uint32_t kSign = 0x80000000;
   // Subtracting from 0 makes no negative zeros.
   for (float& value : values_) value = 0.0F - value;
   defaultValue_ = 0.0F - defaultValue_;
-  for (KFCurveKeyAttr& attr : attrs_) {
-    // Tension, continuity and bias shape the slopes to the neighbours, which turn by themselves.
-    if (attr.Interpolation() != KFCurveKeyAttr::kCubic || attr.IsTCB()) continue;
-    attr.words[0] ^= kSign;
-    attr.words[1] ^= kSign;
-  }
+  // Only stored slopes: percents, tension, continuity and bias shape the slopes to the neighbours,
+  // which turn by themselves.
+  slopeSign_ = -slopeSign_;
 }

@@ -13,10 +13,12 @@
 #include "fbx/core/fbx_time.h"
 #include "fbx/io/fbx_shared_array.h"
 
-// How a run of keys leads on to the next one: the flags tell interpolation and tangents, the words
-// hold, by tangent mode, right slope or tension; next left slope or continuity; right and next left
-// weight as two int16 (low bits, high bits) or bias; velocities likewise. The words are kept as bit
-// patterns, since files write weights into arrays of floats.
+// How a run of keys leads on to the next one: the flags tell interpolation and tangents. The words
+// hold, by tangent mode, right slope, percent or tension; next left slope, percent or continuity;
+// right and next left weight as two int16 (low bits, high bits) or bias; velocities likewise. A
+// percent mixes the slope of an auto tangent from those to both neighbours: 100 the left one's,
+// -100 the right one's, 0 their mean. The words are kept as bit patterns, since files write weights
+// into arrays of floats.
 struct KFCurveKeyAttr {
   enum Flags : uint32_t {
     kInterpolationMask = 0xE,
@@ -29,6 +31,9 @@ struct KFCurveKeyAttr {
     kTangentTCB = 0x200,
     kTangentUser = 0x400,
     kTangentAutoBreak = 0x900,
+    kClampMask = 0x6000,
+    kClamped = 0x2000,  // an auto tangent is flat unless the key lies between its neighbours
+    kProgressiveClamp = 0x6000,  // and never more than 3 times as steep as the way to either
     kWeightedRight = 0x1000000,
     kWeightedNextLeft = 0x2000000,
   };
@@ -38,6 +43,10 @@ struct KFCurveKeyAttr {
 
   uint32_t Interpolation() const { return flags & kInterpolationMask; }
   bool IsTCB() const { return Interpolation() == kCubic && (flags & kTangentMask) == kTangentTCB; }
+  bool IsAuto() const {
+    const uint32_t mode = flags & kTangentMask;
+    return Interpolation() == kCubic && (mode == kTangentAuto || mode == kTangentAutoBreak);
+  }
 };
 
 class KFCurve {
@@ -115,6 +124,8 @@ class KFCurve {
   double Seconds(size_t from, size_t to) const;
   double Slope(size_t from, size_t to) const;
   double TCBDerivative(size_t key, const KFCurveKeyAttr& attr, bool right) const;
+  // The slope at a key with an auto tangent; `flags` are the tangent's.
+  double AutoDerivative(size_t key, uint32_t flags, double percent) const;
   float EvaluateCubic(size_t a, const KFCurveKeyAttr& attr, double f) const;
   // The distance in ticks from the last key back to the first; 0 for keys out of order.
   uint64_t Span() const;
@@ -127,5 +138,6 @@ class KFCurve {
   float defaultValue_ = 0.0F;
   Extrapolation pre_;
   Extrapolation post_;
-  bool sorted_ = true;  // a hint may be trusted
+  double slopeSign_ = 1.0;  // of the slopes that attributes store
+  bool sorted_ = true;      // a hint may be trusted
 };

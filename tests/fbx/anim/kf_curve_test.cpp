@@ -58,10 +58,57 @@ TEST(KFCurve, CubicFollowsItsSlopes) {
   // The last key leaves as it is reached, the first is reached as it is left.
   EXPECT_EQ(arch.RightDerivative(1), -3.0);
   EXPECT_EQ(arch.LeftDerivative(0), 3.0);
-  // Auto tangents hold their slopes in the same words.
-  const KFCurve automatic =
-      Curve({0, 0}, {Attr::kCubic | Attr::kTangentAuto, {Bits(3), Bits(-3), 0, 0}});
-  EXPECT_EQ(automatic.Evaluate(Seconds(0.5)), arch.Evaluate(Seconds(0.5)));
+}
+
+TEST(KFCurve, AutoTangentsMixTheSlopesToTheNeighbours) {
+  struct Case {
+    uint32_t flags;
+    float percent;
+    std::vector<float> values;  // of keys a second apart
+    double slope;               // at key 1
+  };
+  constexpr uint32_t kClamped = Attr::kTangentAuto | Attr::kClamped;
+  constexpr uint32_t kProgressive = Attr::kTangentAuto | Attr::kProgressiveClamp;
+  const Case cases[] = {
+      {Attr::kTangentAuto, 0, {0, 2, 8}, 4},
+      {Attr::kTangentAutoBreak, 0, {0, 2, 8}, 4},
+      {Attr::kTangentAuto, 50, {0, 2, 8}, 3},
+      {Attr::kTangentAuto, -50, {0, 2, 8}, 5},
+      {Attr::kTangentAuto, 100, {0, 2, 8}, 2},
+      {Attr::kTangentAuto, -100, {0, 2, 8}, 6},
+      {Attr::kTangentAuto, 600, {0, 2, 8}, -8},  // beyond 500 by the same line
+      {Attr::kTangentAuto, 0, {0, 2, 0}, 0},
+      {Attr::kTangentAuto, 50, {0, 2, 1}, 1.25},
+      {kClamped, 50, {0, 2, 1}, 0},
+      {kClamped, 50, {0, 2, 2}, 0},
+      {kClamped, 0, {0, 1, 11}, 5.5},
+      {Attr::kTangentAuto | 0x4000, 50, {0, 2, 1}, 1.25},  // half a progressive clamp is none
+      {kProgressive, 0, {0, 1, 11}, 3},
+      {kProgressive, 0, {0, -1, -11}, -3},
+      {kProgressive, 0, {0, 2, 8}, 4},
+      {kProgressive, 0, {0, 2, 1}, 0},
+  };
+  for (const Case& c : cases) {
+    const uint32_t bits = Bits(c.percent);
+    const KFCurve curve = Curve(c.values, {Attr::kCubic | c.flags, {bits, bits, 0, 0}});
+    EXPECT_DOUBLE_EQ(curve.RightDerivative(1), c.slope) << c.flags << " at " << c.percent;
+    EXPECT_DOUBLE_EQ(curve.LeftDerivative(1), c.slope) << c.flags << " at " << c.percent;
+    // At the ends there is one neighbour.
+    EXPECT_EQ(curve.RightDerivative(0), c.values[1] - c.values[0]);
+    EXPECT_EQ(curve.LeftDerivative(2), c.values[2] - c.values[1]);
+  }
+  EXPECT_EQ(Curve({0, 10, 20}, {Attr::kCubic | kClamped, {}}).Evaluate(Seconds(0.25)), 2.5F);
+  // Each side has its percent, the left one kept with the key before.
+  KFCurve mixed = Curve({0, 2, 8, 0}, {});
+  const Attr broken{Attr::kCubic | Attr::kTangentAutoBreak, {Bits(100), Bits(-100), 0, 0}};
+  mixed.SetAttributes({broken, {kUser, {Bits(7), Bits(9), 0, 0}}}, {2, 2});
+  EXPECT_DOUBLE_EQ(mixed.LeftDerivative(1), 6);
+  EXPECT_DOUBLE_EQ(mixed.RightDerivative(1), 2);
+  // What that word means is told by the key whose tangent it is.
+  EXPECT_DOUBLE_EQ(mixed.LeftDerivative(2), -100);
+  mixed.SetAttributes({{kUser, {0, Bits(100), 0, 0}}, broken, {}}, {1, 1, 2});
+  EXPECT_DOUBLE_EQ(mixed.LeftDerivative(1), 2);
+  EXPECT_DOUBLE_EQ(mixed.LeftDerivative(2), -8);
 }
 
 TEST(KFCurve, WeightsBendTimeToo) {
@@ -171,7 +218,9 @@ TEST(KFCurve, KeysAtOneTimeMakeAStep) {
 }
 
 TEST(KFCurve, NegateTurnsValuesAndTangents) {
-  for (const uint32_t flags : {kUser, Attr::kCubic | Attr::kTangentTCB, uint32_t{Attr::kLinear}}) {
+  for (const uint32_t flags :
+       {kUser, Attr::kCubic | Attr::kTangentTCB, Attr::kCubic | Attr::kTangentAuto,
+        Attr::kCubic | Attr::kTangentAuto | Attr::kProgressiveClamp, uint32_t{Attr::kLinear}}) {
     const KFCurve curve = Curve({1, 4, 2}, {flags, {Bits(0.5F), Bits(-0.25F), Bits(0.125F), 0}});
     KFCurve negated = curve;
     negated.Negate();
