@@ -2,12 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
+
+#include "fbx/math/fbx_trigonometry.h"
 
 namespace {
-
-constexpr double kRadians = std::numbers::pi / 180.0;
-constexpr double kDegrees = 180.0 / std::numbers::pi;
 
 // The volume of three rows of length 1 below which they lie in a plane, but for rounding.
 constexpr double kFlatness = 1e-12;
@@ -29,31 +27,11 @@ constexpr std::array<AxisOrder, 7> kAxisTable = {{{{0, 1, 2}, false},
 
 size_t At(size_t row, size_t col) { return row * 4 + col; }
 
-// The sine and cosine of an angle, or a multiple of both.
-struct SinCos {
-  double sin;
-  double cos;
-};
-
 // Of parts of unit rows, which are too small to overflow.
 double Length(const SinCos& turn) { return std::sqrt(turn.sin * turn.sin + turn.cos * turn.cos); }
 
 // The turns about an order's axes, in its sequence.
 using Turns = std::array<SinCos, 3>;
-
-// Exact for whole quarter turns, of which exported scenes are full: the plain functions leave 6e-17
-// where a 0 belongs, and every coordinate behind it carries the trace.
-SinCos SinCosOfDegrees(double degrees) {
-  constexpr double kFewTurns = 1e6;
-  if (std::abs(degrees) < kFewTurns) {
-    const int quarters = static_cast<int>(degrees / 90.0);
-    if (quarters * 90.0 == degrees) {
-      static constexpr std::array<SinCos, 4> kQuarters = {{{0, 1}, {1, 0}, {0, -1}, {-1, 0}}};
-      return kQuarters[static_cast<unsigned>(quarters) % 4U];
-    }
-  }
-  return {std::sin(degrees * kRadians), std::cos(degrees * kRadians)};
-}
 
 void WriteTurns(FbxDouble4x4& m, const Turns& turns, const AxisOrder& order) {
   const auto [i, j, k] = order.axes;
@@ -93,7 +71,7 @@ FbxVector4 ReadRotation(const FbxDouble4x4& m, const AxisOrder& order) {
   const Turns turns = ReadTurns(m, order);
   FbxVector4 degrees;
   for (size_t i = 0; i < 3; ++i) {
-    const double angle = std::atan2(turns[i].sin, turns[i].cos) * kDegrees;
+    const double angle = DegreesOf(turns[i]);
     degrees[order.axes[i]] = order.odd ? 0.0 - angle : angle;
   }
   return degrees;

@@ -1,7 +1,8 @@
 #include "fbx/math/fbx_vector.h"
 
 #include <cmath>
-#include <numbers>
+
+#include "fbx/math/fbx_trigonometry.h"
 
 double FbxVector4::Length() const { return std::sqrt(DotProduct(*this)); }
 
@@ -12,11 +13,11 @@ void FbxVector4::Normalize() {
 }
 
 FbxQuaternion FbxQuaternion::FromEulerXYZ(const FbxVector4& degrees) {
-  constexpr double kHalfRadians = std::numbers::pi / 360.0;
   FbxDouble3 sines, cosines;
   for (size_t i = 0; i < 3; ++i) {
-    sines[i] = std::sin(degrees[i] * kHalfRadians);
-    cosines[i] = std::cos(degrees[i] * kHalfRadians);
+    const SinCos half = SinCosOfDegrees(degrees[i] * 0.5);
+    sines[i] = half.sin;
+    cosines[i] = half.cos;
   }
   return FromHalfAnglesXYZ(sines, cosines);
 }
