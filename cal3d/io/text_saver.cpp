@@ -89,9 +89,10 @@ void Morph(XmlWriter& xml, const CalCoreSubmesh& submesh, int32_t id,
                                 MorphedPosition(base.y, offset.position.y),
                                 MorphedPosition(base.z, offset.position.z)};
     // The length of the offset that a loader will find, so that a second save writes the same.
-    const double length =
-        std::hypot(double{MorphOffset(base.x, position.x)}, double{MorphOffset(base.y, position.y)},
-                   double{MorphOffset(base.z, position.z)});
+    const double x = double{MorphOffset(base.x, position.x)};
+    const double y = double{MorphOffset(base.y, position.y)};
+    const double z = double{MorphOffset(base.z, position.z)};
+    const double length = std::sqrt(x * x + y * y + z * z);
     xml.Start("BLENDVERTEX");
     xml.Attribute("VERTEXID", offset.vertexId);
     xml.Attribute("POSDIFF", {static_cast<float>(length)});
