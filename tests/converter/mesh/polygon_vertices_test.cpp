@@ -41,6 +41,7 @@ TEST_F(Corners, NormalsUnderEveryMapping) {
       {"none", {}, "0000"},
       {"by point", {Normals("ByVertice", "Direct", {1, 0, 0, 0, 1, 0, 0, 0, 1, 1, 0, 0})}, "xyzx"},
       {"by point, indexed", {Normals("ByVertice", "IndexToDirect", kXYZ, {2, 1, 1, 0})}, "zyyx"},
+      {"by point, spelt right", {Normals("ByVertex", "Index", kXYZ, {2, 1, 1, 0})}, "zyyx"},
       {"by corner",
        {Normals("ByPolygonVertex", "IndexToDirect", kXYZ, {0, 0, 0, 1, 0, 2})},
        "xyxxz"},
