@@ -107,7 +107,7 @@ TEST(Importer, NamesTheDocumentAndFindsItsRoot) {
   FbxRecords records = SceneBuilder().Document();
   FbxRecord& document = Find(records, "Documents").children[1];
   document.values[1] = "Document::Attic";
-  document.children[1].values = {int64_t{77}};
+  document.children[0].values = {int64_t{77}};
   FbxRecord& objects = Find(records, "Objects");
   objects.Add({"Model", {int64_t{78}, "Model::Lamp", "Null"}, {{"X"}}});
   // An object can't take the root's id.
