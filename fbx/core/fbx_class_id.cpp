@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "fbx/core/fbx_property_page.h"
 
@@ -27,9 +28,11 @@ FbxClassRecord::~FbxClassRecord() = default;
 
 const FbxPropertyPage& FbxClassRecord::Page() const {
   if (page_ == nullptr) {
-    page_ = parent_ == nullptr ? std::make_unique<FbxPropertyPage>()
-                               : std::make_unique<FbxPropertyPage>(parent_->Page());
-    if (declare_ != nullptr) declare_(*page_);
+    // Put in place whole: memory may end on the way, and the next scene needs the page again.
+    auto page = parent_ == nullptr ? std::make_unique<FbxPropertyPage>()
+                                   : std::make_unique<FbxPropertyPage>(parent_->Page());
+    if (declare_ != nullptr) declare_(*page);
+    page_ = std::move(page);
   }
   return *page_;
 }
