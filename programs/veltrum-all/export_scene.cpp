@@ -19,7 +19,7 @@
 #include "converter/driver/material_export.h"
 #include "converter/driver/media_folder.h"
 #include "converter/driver/session.h"
-#include "converter/material/texture_type.h"
+#include "converter/material/material_text.h"
 #include "converter/mesh/export_mesh.h"
 #include "converter/scene/node_paths.h"
 

@@ -128,10 +128,10 @@ TEST_F(VeltrumAll, SkeletonsDoNotDisturbEachOther) {
 TEST_F(VeltrumAll, OnlyPicturesAreCopied) {
   SceneBuilder scene;
   const auto body = scene.Mesh("Body");
-  scene.Texture(scene.Material(body.node, "Skin"), "DiffuseColor", dir_.Write("secret", "x"));
+  scene.Texture(scene.Material(body.node, "Skin"), "DiffuseColor", dir_.Write("secret.txt", "x"));
   dir_.Write("s.fbx", scene.Write());
   All({"s.fbx", "-oall", "--textures"});
-  EXPECT_FALSE(Exists("all/secret"));
+  EXPECT_FALSE(Exists("all/secret.txt"));
   EXPECT_THAT(Manifest("all/s.json")["warnings"].dump(), HasSubstr("texture-kind"));
 }
 
