@@ -131,7 +131,7 @@ const FbxNodeEvalState& FbxAnimEvaluator::GetNodeEvalStateWithLocal(const FbxNod
                                                                     FbxTime time, bool forceEval) {
   GetNodeEvalState(node, time, forceEval);
   FbxNodeEvalState& state = StateOf(node);
-  if (!state.hasLocal) {
+  if (!state.hasLocal_) {
     const FbxNode* parent = node.GetParent();
     if (parent == nullptr) {
       state.local = state.global;
@@ -140,7 +140,7 @@ const FbxNodeEvalState& FbxAnimEvaluator::GetNodeEvalStateWithLocal(const FbxNod
     } else {
       state.local = OwnTransform(node.GetTransform(), state);
     }
-    state.hasLocal = true;
+    state.hasLocal_ = true;
   }
   return state;
 }
@@ -158,9 +158,9 @@ void FbxAnimEvaluator::GoTo(FbxTime time) {
 
 // The slot may be another evaluator's, of a scene in which the node was before.
 FbxNodeEvalState& FbxAnimEvaluator::StateOf(const FbxNode& node) {
-  if (node.evalSlot_ >= states_.size() || states_[node.evalSlot_].node != &node) {
+  if (node.evalSlot_ >= states_.size() || states_[node.evalSlot_].node_ != &node) {
     node.evalSlot_ = static_cast<uint32_t>(states_.size());
-    states_.emplace_back().node = &node;
+    states_.emplace_back().node_ = &node;
   }
   return states_[node.evalSlot_];
 }
@@ -200,17 +200,17 @@ void FbxAnimEvaluator::FindDriversOfLayer(const FbxAnimLayer& layer, size_t inde
 void FbxAnimEvaluator::AddDriver(const FbxAnimLayer& layer, const FbxProperty& property,
                                  const FbxNodeEvalDriver& driver) {
   FbxNodeEvalState& state = StateOf(static_cast<const FbxNode&>(*property.GetFbxObject()));
-  if (state.driversGeneration != driversGeneration_) state.drivers.clear();
-  state.driversGeneration = driversGeneration_;
+  if (state.driversGeneration_ != driversGeneration_) state.drivers_.clear();
+  state.driversGeneration_ = driversGeneration_;
   // Those of the layer are the last ones, one for each property at most.
-  const auto end = state.drivers.rbegin() +
-                   static_cast<std::ptrdiff_t>(std::min<size_t>(3, state.drivers.size()));
+  const auto end = state.drivers_.rbegin() +
+                   static_cast<std::ptrdiff_t>(std::min<size_t>(3, state.drivers_.size()));
   const auto other =
-      std::find_if(state.drivers.rbegin(), end, [&driver](const FbxNodeEvalDriver& candidate) {
+      std::find_if(state.drivers_.rbegin(), end, [&driver](const FbxNodeEvalDriver& candidate) {
         return candidate.layer == driver.layer && candidate.property == driver.property;
       });
   if (other == end) {
-    state.drivers.push_back(driver);
+    state.drivers_.push_back(driver);
   } else if (!other->isOneOfSeveral) {
     other->isOneOfSeveral = true;
     other->channels = ChannelsOf(*property.GetCurveNode(&layer));
@@ -231,14 +231,14 @@ void FbxAnimEvaluator::ReadLayers() {
 
 FbxNodeEvalState& FbxAnimEvaluator::Compute(const FbxNode& node) {
   FbxNodeEvalState& wanted = StateOf(node);
-  if (wanted.generation == state_.generation) return wanted;
+  if (wanted.generation_ == state_.generation) return wanted;
   if (!state_.time.IsInfinite()) {
     if (driversGeneration_ == 0) FindDrivers();
     if (state_.layersGeneration != state_.generation) ReadLayers();
   }
   chain_.clear();
   const FbxNode* top = &node;
-  while (top != nullptr && StateOf(*top).generation != state_.generation) {
+  while (top != nullptr && StateOf(*top).generation_ != state_.generation) {
     chain_.push_back(top);
     top = top->GetParent();
   }
@@ -247,9 +247,9 @@ FbxNodeEvalState& FbxAnimEvaluator::Compute(const FbxNode& node) {
     FbxNodeEvalState& state = StateOf(*chain_[i]);
     ComputeTRSLocal(*chain_[i], state);
     ComputeGlobalTransform(*chain_[i], state, parent);
-    state.generation = state_.generation;
-    state.hasLocal = false;
-    state.hasParts = false;
+    state.generation_ = state_.generation;
+    state.hasLocal_ = false;
+    state.hasParts_ = false;
     parent = &state;
   }
   return wanted;
@@ -263,8 +263,8 @@ void FbxAnimEvaluator::ComputeTRSLocal(const FbxNode& node, FbxNodeEvalState& st
     if (!results[property]) results[property] = PropertyValue(node, property);
     return *results[property];
   };
-  if (!state_.time.IsInfinite() && state.driversGeneration == driversGeneration_) {
-    for (FbxNodeEvalDriver& driver : state.drivers) {
+  if (!state_.time.IsInfinite() && state.driversGeneration_ == driversGeneration_) {
+    for (FbxNodeEvalDriver& driver : state.drivers_) {
       const FbxAnimEvalState::Layer& layer = state_.layers[driver.layer];
       if (layer.muted) continue;
       const FbxVector4 value = LayerValue(node, driver, state_.time);
@@ -298,7 +298,7 @@ void FbxAnimEvaluator::ComputeGlobalTransform(const FbxNode& node, FbxNodeEvalSt
   const FbxTransform& transform = node.GetTransform();
   const FbxAMatrix lrm = transform.DoF2LRM(state.rotation);
   const FbxVector4 lt = transform.DoF2LT(state.translation, lrm, state.scaling);
-  FbxAMatrix& unscaled = state.globalWithoutScaling;
+  FbxAMatrix& unscaled = state.globalWithoutScaling_;
   if (parent == nullptr) {
     unscaled = lrm;
     unscaled.SetTOnly(lt);
@@ -307,19 +307,19 @@ void FbxAnimEvaluator::ComputeGlobalTransform(const FbxNode& node, FbxNodeEvalSt
     // parent's matrix; only type 0 puts the node's rotation between them.
     switch (ToInheritType(node.Property(&FbxNode::PropertyIndex::inheritType).Get<int>())) {
       case eInheritRrSs:
-        if (!parent->hasParts) {
-          parent->globalRotation = PureRotation(*node.GetParent(), parent->global);
-          parent->globalScaling = parent->globalRotation.Inverse() * parent->global;
-          parent->globalScaling.SetTOnly({0.0, 0.0, 0.0});
-          parent->hasParts = true;
+        if (!parent->hasParts_) {
+          parent->globalRotation_ = PureRotation(*node.GetParent(), parent->global);
+          parent->globalScaling_ = parent->globalRotation_.Inverse() * parent->global;
+          parent->globalScaling_.SetTOnly({0.0, 0.0, 0.0});
+          parent->hasParts_ = true;
         }
-        unscaled = parent->globalRotation * lrm * parent->globalScaling;
+        unscaled = parent->globalRotation_ * lrm * parent->globalScaling_;
         break;
       case eInheritRSrs:
         unscaled = parent->global * lrm;
         break;
       case eInheritRrs:
-        unscaled = parent->globalWithoutScaling * lrm;
+        unscaled = parent->globalWithoutScaling_ * lrm;
         break;
     }
     unscaled.SetTOnly(parent->global.MultT(lt));

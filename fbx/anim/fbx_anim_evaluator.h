@@ -54,17 +54,17 @@ struct FbxNodeEvalState {
  private:
   friend class FbxAnimEvaluator;
 
-  const FbxNode* node = nullptr;
-  uint64_t generation = 0;  // the evaluator's when this was computed
-  bool hasLocal = false;
-  FbxAMatrix globalWithoutScaling;  // without the node's own scaling
+  const FbxNode* node_ = nullptr;
+  uint64_t generation_ = 0;  // the evaluator's when this was computed
+  bool hasLocal_ = false;
+  FbxAMatrix globalWithoutScaling_;  // without the node's own scaling
   // The global matrix taken apart, once a child asks: a rotation by the matrix's angles, and the
   // scaling with shear that is left.
-  bool hasParts = false;
-  FbxAMatrix globalRotation;
-  FbxAMatrix globalScaling;
-  uint64_t driversGeneration = 0;
-  std::vector<FbxNodeEvalDriver> drivers;  // in layer order
+  bool hasParts_ = false;
+  FbxAMatrix globalRotation_;
+  FbxAMatrix globalScaling_;
+  uint64_t driversGeneration_ = 0;
+  std::vector<FbxNodeEvalDriver> drivers_;  // in layer order
 };
 
 // What the evaluator as a whole knows about the time it is at.
