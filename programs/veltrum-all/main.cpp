@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -49,8 +50,9 @@ void Summarise(const SceneReport& report, const Options& options) {
 // False if it can't be written.
 bool WriteManifest(const SceneReport& report, const Options& options) {
   const std::string path = options.directory + report.name + ".json";
+  const std::string text = ManifestText(report, options);
   OutputFile file(path);
-  file.Append(ManifestText(report, options));
+  file.Append(text);
   if (file.Commit()) return true;
   Tell(path + " could not be written");
   return false;
@@ -80,6 +82,12 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // The JSON library needs memory to free its trees. Where there is none left, its destructors end
+  // the program here, past all handlers.
+  std::set_terminate([] {
+    std::fputs("veltrum-all: there is not enough memory\n", stderr);
+    std::_Exit(kUnreadableStatus);
+  });
   try {
     return Run(argc, argv);
   } catch (const std::exception& exception) {
