@@ -49,8 +49,8 @@ class FbxReaderFbx6 : public FbxReader {
   // Reads the default value and the keys of a curve node's channel from the current list.
   void ReadCurve(FbxProperty channel);
   // Calls `read` with the name of each `Channel` that has a block, inside that block.
-  template <typename Read>
-  void ForEachChannel(const Read& read);
+  template <typename ReadChannel>
+  void ForEachChannel(const ReadChannel& read);
   FbxObject* AddObject(FbxClassId classId, std::string_view name);
 
   // By whole name. Null for a record that is kept, but not read yet.

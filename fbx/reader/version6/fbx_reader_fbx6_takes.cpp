@@ -63,8 +63,8 @@ void FbxReaderFbx6::ReadModelChannels(const FbxNode& node, FbxObject& layer,
   });
 }
 
-template <typename Read>
-void FbxReaderFbx6::ForEachChannel(const Read& read) {
+template <typename ReadChannel>
+void FbxReaderFbx6::ForEachChannel(const ReadChannel& read) {
   const int32_t count = io_->FieldGetInstanceCount("Channel");
   for (int32_t i = 0; i < count; ++i) {
     io_->FieldReadBegin("Channel", i);
