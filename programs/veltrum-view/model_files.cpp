@@ -45,6 +45,13 @@ bool IsOurs(const std::string& path) {
 
 std::string NameOf(const std::string& path) { return fs::path(path).filename().string(); }
 
+// One text for one file, however a path leads there.
+std::string WholePath(const fs::path& path) {
+  std::error_code error;
+  const fs::path whole = fs::weakly_canonical(path, error);
+  return (error ? path : whole).string();
+}
+
 // The slot that an artist wrote into a material's name, whose file's name may be encoded.
 std::optional<int32_t> SlotOf(const std::string& file) {
   static const std::regex slot("(?:\\[|%5[Bb])([0-9]{1,6})(?:\\]|%5[Dd])");
@@ -100,7 +107,25 @@ class ModelLoader {
       throw std::runtime_error(text);
     }
     std::ranges::sort(found);
+    if (std::ranges::none_of(found, IsManifest)) LookAbove(path);
     files_.insert(files_.end(), found.begin(), found.end());
+  }
+
+  // The manifest of a scene with several skeletons lies above their folders. It counts only for
+  // the files that it names, so others may lie there too.
+  void LookAbove(const std::string& folder) {
+    std::vector<std::string> manifests;
+    for (const fs::directory_entry& entry : fs::directory_iterator(fs::path(folder) / "..")) {
+      std::error_code ignored;
+      if (entry.is_regular_file(ignored) && IsManifest(entry.path())) {
+        manifests.push_back(entry.path());
+      }
+    }
+    std::ranges::sort(manifests);
+    for (const std::string& path : manifests) {
+      const ManifestJson manifest = ManifestJson::parse(ReadInputFile(path), nullptr, false);
+      if (manifest.is_object()) TakeAllMaterials(manifest, path, false);
+    }
   }
 
   void LoadManifest(const std::string& path) {
@@ -108,14 +133,7 @@ class ModelLoader {
     const ManifestJson manifest = ManifestJson::parse(bytes, nullptr, false);
     if (!manifest.is_object())
       throw std::runtime_error("[" + path + "] is no manifest: no JSON object");
-    TakeMaterials(manifest);
-    // Several skeletons have their materials each.
-    if (const auto skeletons = manifest.find("skeletons");
-        skeletons != manifest.end() && skeletons->is_array()) {
-      for (const ManifestJson& skeleton : *skeletons) {
-        if (skeleton.is_object()) TakeMaterials(skeleton);
-      }
-    }
+    TakeAllMaterials(manifest, path, true);
     const auto warnings = manifest.find("warnings");
     if (warnings == manifest.end() || !warnings->is_array()) return;
     for (const ManifestJson& warning : *warnings) {
@@ -125,17 +143,29 @@ class ModelLoader {
     }
   }
 
-  // Numbers of materials by the names of their files.
-  void TakeMaterials(const ManifestJson& owner) {
+  // Several skeletons have their materials each.
+  void TakeAllMaterials(const ManifestJson& manifest, const std::string& path, bool alsoByName) {
+    TakeMaterials(manifest, path, alsoByName);
+    const auto skeletons = manifest.find("skeletons");
+    if (skeletons == manifest.end() || !skeletons->is_array()) return;
+    for (const ManifestJson& skeleton : *skeletons) {
+      if (skeleton.is_object()) TakeMaterials(skeleton, path, alsoByName);
+    }
+  }
+
+  // Numbers of materials by their files, whose paths begin at the manifest; with `alsoByName` also
+  // by their names alone, for files that have been moved.
+  void TakeMaterials(const ManifestJson& owner, const std::string& path, bool alsoByName) {
     const auto materials = owner.find("materials");
     if (materials == owner.end() || !materials->is_array()) return;
     for (const ManifestJson& material : *materials) {
       if (!material.is_object() || !material.contains("id") || !material.contains("file")) continue;
       const ManifestJson& id = material["id"];
       const ManifestJson& file = material["file"];
-      if (id.is_number_integer() && file.is_string()) {
-        numbers_.emplace(NameOf(file.get<std::string>()), id.get<int32_t>());
-      }
+      if (!id.is_number_integer() || !file.is_string()) continue;
+      const fs::path place = fs::path(path).parent_path() / file.get<std::string>();
+      numbers_.emplace(WholePath(place), id.get<int32_t>());
+      if (alsoByName) numbersByName_.emplace(NameOf(place), id.get<int32_t>());
     }
   }
 
@@ -175,18 +205,29 @@ class ModelLoader {
 
   void NumberMaterials() {
     std::vector<ViewMaterial>& materials = loaded_.model.materials;
-    if (numbers_.empty() && !materials.empty()) {
+    std::vector<ViewMaterial*> unknown;
+    int32_t next = 0;
+    for (ViewMaterial& material : materials) {
+      const auto byPath = numbers_.find(WholePath(material.folder + material.file));
+      const auto byName = numbersByName_.find(material.file);
+      if (byPath == numbers_.end() && byName == numbersByName_.end()) {
+        unknown.push_back(&material);
+        continue;
+      }
+      material.id = byPath != numbers_.end() ? byPath->second : byName->second;
+      next = std::max(next, material.id == INT32_MAX ? material.id : material.id + 1);
+    }
+    if (unknown.size() == materials.size()) {
       GuessNumbers();
       if (materials.size() > 1) {
         loaded_.notes.warnings.emplace_back(
             "no manifest tells the numbers of the materials: they are guessed from their textures");
       }
+      return;
     }
-    int32_t next = 0;
-    for (const auto& [file, id] : numbers_) next = std::max(next, id == INT32_MAX ? id : id + 1);
-    for (ViewMaterial& material : materials) {
-      const auto number = numbers_.find(material.file);
-      material.id = number == numbers_.end() ? next++ : number->second;
+    for (ViewMaterial* material : unknown) {
+      material->id = next;
+      if (next != INT32_MAX) ++next;
     }
   }
 
@@ -194,12 +235,12 @@ class ModelLoader {
   // follow above the highest slot, the greatest diffuse texture first, then the greatest name. It
   // misses where textures lay in several folders, or a material has no file.
   void GuessNumbers() {
-    std::vector<const ViewMaterial*> rest;
+    std::vector<ViewMaterial*> rest;
     int32_t next = 0;
-    for (const ViewMaterial& material : loaded_.model.materials) {
+    for (ViewMaterial& material : loaded_.model.materials) {
       const std::optional<int32_t> slot = SlotOf(material.file);
       if (slot) {
-        numbers_.emplace(material.file, *slot);
+        material.id = *slot;
         next = std::max(next, *slot + 1);
       } else {
         rest.push_back(&material);
@@ -211,7 +252,7 @@ class ModelLoader {
       return std::pair(diffuse == maps.end() ? std::string() : diffuse->filename, material->file);
     };
     std::ranges::sort(rest, std::greater<>(), key);
-    for (const ViewMaterial* material : rest) numbers_.emplace(material->file, next++);
+    for (ViewMaterial* material : rest) material->id = next++;
   }
 
   std::string DefaultName() const {
@@ -222,7 +263,8 @@ class ModelLoader {
 
   LoadedModel loaded_;
   std::vector<std::string> files_;
-  std::map<std::string, int32_t> numbers_;
+  std::map<std::string, int32_t> numbers_;  // by WholePath
+  std::map<std::string, int32_t> numbersByName_;
 };
 
 }  // namespace

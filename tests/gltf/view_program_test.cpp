@@ -126,6 +126,13 @@ TEST_F(ViewProgram, TexturesAndNumbersOfMaterials) {
   const RunResult run = View({"-t", SamplesDirectory() + "/textures", "a", "-o", "m.glb"});
   EXPECT_EQ(run.err, "veltrum-view: beware\nveltrum-view: of dogs\n");
   EXPECT_EQ(materialOf(0), "Shirt");
+  // The manifest above the folders of several skeletons counts for the files that it names.
+  std::filesystem::remove(dir_.File("a/a.json"));
+  dir_.Write("a.json",
+             R"({"skeletons": [{"materials": [{"id": 0, "file": "b/Skin.xrf"}]}, {"materials": [
+                           {"id": 0, "file": "a/Shirt.xrf"}, {"id": 1, "file": "a/Skin.xrf"}]}]})");
+  EXPECT_EQ(View({"-t", SamplesDirectory() + "/textures", "a", "-o", "m.glb"}).err, "");
+  EXPECT_EQ(materialOf(0), "Shirt");
   const GlbFile file(ReadFile(dir_.File("m.glb")));
   EXPECT_EQ(file.json["images"].size(), 2U);
   EXPECT_EQ(file.json["images"][0]["mimeType"], "image/png");
