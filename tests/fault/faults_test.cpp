@@ -22,7 +22,9 @@ namespace fs = std::filesystem;
 using Words = std::vector<std::string>;
 using Files = std::map<std::string, std::string>;  // from path below the folder to bytes
 
+// What tells of a run is never the same.
 constexpr const char* kLog = "run.log";
+constexpr const char* kManifest = "first/s.json";
 constexpr int kAbnormalEnd = 2;
 constexpr int kMostFailures = 20;
 constexpr int kSignals = 128;  // a status above it is a signal's number
@@ -38,7 +40,6 @@ struct Fault {
 class Faults : public testing::Test {
  protected:
   // Runs `commands` with each fault, "first" in the place of DIR, then once more with "second".
-  // What goes into the folder "first" is there before in an older form.
   void Walk(const Words& commands) {
     Words arguments = {"-2"};
     for (const char* folder : {"first", "second"}) {
@@ -49,6 +50,12 @@ class Faults : public testing::Test {
       arguments.emplace_back("-");
     }
     arguments.pop_back();
+    Walk("veltrum", arguments);
+  }
+
+  // What goes into the folder "first" is there before in an older form.
+  void Walk(const std::string& program, const Words& arguments) {
+    program_ = ProgramPath(program);
     fs::create_directory(dir_.File("first"));
     fs::create_directory(dir_.File("second"));
 
@@ -94,7 +101,7 @@ class Faults : public testing::Test {
   // Either text may be empty.
   RunResult Run(const Words& arguments, const std::string& fault, const std::string& counts) const {
     Words words = {std::string("LD_PRELOAD=") + VELTRUM_INJECT_FAULTS, "VELTRUM_FAULT=" + fault,
-                   "VELTRUM_FAULT_CALLS=" + counts, ProgramPath("veltrum")};
+                   "VELTRUM_FAULT_CALLS=" + counts, program_};
     words.insert(words.end(), arguments.begin(), arguments.end());
     return RunProgram("/usr/bin/env", words, dir_.Path());
   }
@@ -112,7 +119,8 @@ class Faults : public testing::Test {
     Files files;
     for (const auto& entry : fs::recursive_directory_iterator(dir_.Path())) {
       const std::string name = fs::relative(entry.path(), dir_.Path()).string();
-      if (entry.is_regular_file() && name != kLog) files[name] = ReadFile(entry.path().string());
+      if (entry.is_regular_file() && name != kLog && name != kManifest)
+        files[name] = ReadFile(entry.path().string());
     }
     return files;
   }
@@ -169,6 +177,7 @@ class Faults : public testing::Test {
   }
 
   TempDir counts_;
+  std::string program_;
   RunResult reference_;  // without a fault
   Files whole_;          // after it
   Files before_;         // before each run
@@ -213,6 +222,11 @@ TEST_F(Faults, CommandFiles) {
                                     "/ --root=RootNode/skeleton.room s.fbx export skel Room\n");
   }
   Walk({"-z", "DIR.txt"});
+}
+
+TEST_F(Faults, Everything) {
+  dir_.Write("s.fbx", Sample("avatar.fbx"));
+  Walk("veltrum-all", {"s.fbx", "-o", "first"});
 }
 
 TEST_F(Faults, Cal3dToText) {
