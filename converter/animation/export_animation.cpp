@@ -104,9 +104,8 @@ void ExportAnimation::ExportAnimationsFromList(const AnimationMap& animations,
 }
 
 void ExportAnimation::ExportOne(const AnimationInfoHolder& holder, const BoneNameMap& bones) {
-  const CalFileKind& kind = holder.isMorph ? kMorphAnimationFile : kAnimationFile;
-  const std::string path = prependPathToFileName(args_.directoryForOutputFiles,
-                                                 urlencode(holder.fileName).append(kind.extension));
+  const std::string path =
+      OutputPath(args_, holder.fileName, holder.isMorph ? kMorphAnimationFile : kAnimationFile);
   const bool saved = holder.isMorph ? SaveMorph(Channels(), holder, path)
                                     : SaveSkeletal(args_, Channels(), holder, bones, path);
   if (saved) {

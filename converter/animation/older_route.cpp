@@ -180,8 +180,7 @@ void exportASingleAutomationFile(FbxWrapper& scene, const std::string& name,
                                  ConversionArguments& args, zevoMagicStops stops) {
   LOG_INFO(args.toString());
   if (args.outputFilename.empty()) {
-    args.outputFilename = prependPathToFileName(args.directoryForOutputFiles,
-                                                urlencode(name).append(kAnimationFile.extension));
+    args.outputFilename = OutputPath(args, name, kAnimationFile);
   }
   args.exportObjectName = name;
   ExportAnimation(scene, args).Export(args, stops);

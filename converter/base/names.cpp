@@ -4,12 +4,19 @@
 
 #include <boost/filesystem.hpp>
 
+#include "cal3d/io/file_kinds.h"
 #include "converter/base/records.h"
 
 namespace fs = boost::filesystem;
 
 std::string prependPathToFileName(std::string_view directory, std::string_view fileName) {
   return std::string(directory).append(fileName);
+}
+
+std::string OutputPath(const ConversionArguments& args, std::string_view name,
+                       const CalFileKind& kind) {
+  return prependPathToFileName(args.directoryForOutputFiles,
+                               urlencode(name).append(kind.extension));
 }
 
 std::string removeUnneededDoubleQuotes(std::string_view text) {

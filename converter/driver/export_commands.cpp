@@ -23,8 +23,7 @@ namespace {
 
 void ExportSkeletonNamed(FbxWrapper& scene, const std::string& name, ConversionArguments args) {
   if (args.outputFilename.empty()) {
-    args.outputFilename = prependPathToFileName(args.directoryForOutputFiles,
-                                                urlencode(name).append(kSkeletonFile.extension));
+    args.outputFilename = OutputPath(args, name, kSkeletonFile);
   }
   args.exportObjectName = name;
   LOG_INFO(args.toString());

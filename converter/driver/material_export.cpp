@@ -43,8 +43,7 @@ void ExportMaterials(FbxWrapper& scene, const ConversionArguments& args) {
     const CalCoreMaterial material = MakeMaterial(map);
     if (material.maps.empty()) continue;
     const std::string& name = MaterialName(map);
-    const std::string file = prependPathToFileName(args.directoryForOutputFiles,
-                                                   urlencode(name).append(kMaterialFile.extension));
+    const std::string file = OutputPath(args, name, kMaterialFile);
     if (!CalSaver::saveCoreMaterial(file, &material)) {
       ComplainOfOutput(file);
       continue;

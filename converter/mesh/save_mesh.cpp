@@ -58,8 +58,7 @@ bool SaveMesh(const ConversionArguments& args, MeshGroup& group, const MeshTrace
   WarnOfSize(group.name, group.bounds);
   std::string fileName = args.outputFilename;
   if (fileName.empty()) {
-    fileName = prependPathToFileName(args.directoryForOutputFiles,
-                                     urlencode(group.name).append(kMeshFile.extension));
+    fileName = OutputPath(args, group.name, kMeshFile);
   }
   if (!CalSaver::saveCoreMesh(fileName, &mesh)) {
     ComplainOfOutput(fileName);
