@@ -4,6 +4,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include "converter/base/complaint.h"
 #include "converter/base/output.h"
 #include "converter/mesh/mesh_stages.h"
 #include "converter/mesh/vertex_splitting.h"
@@ -91,6 +92,12 @@ CalCoreMesh BuildMesh(MeshGroup& group) {
     Print(draft.triangulationTrace + draft.morphTrace);
     if (draft.submesh == nullptr) continue;
     AddMorphs(draft.morphs, *draft.submesh);
+    constexpr uint32_t kMost = CalCoreSubmesh::kAddressableVertices;
+    if (const uint32_t count = draft.submesh->vertices().size(); count > kMost) {
+      Complain("mesh '" + group.name + "' has " + std::to_string(count) + " vertices of material " +
+               std::to_string(id) + ", more than the " + std::to_string(kMost) +
+               " that faces can tell apart: its triangles come out wrong");
+    }
     mesh.submeshes.push_back(std::move(draft.submesh));
   }
   return mesh;

@@ -3,6 +3,7 @@
 #include <string_view>
 #include <unordered_set>
 
+#include "converter/base/complaint.h"
 #include "converter/base/records.h"
 #include "converter/mesh/mesh_stages.h"
 #include "fbx/scene/fbx_node.h"
@@ -123,6 +124,7 @@ bool FillInPolygonVertexIndexes(GroupMesh& mesh, MaterialMasterMap& master,
   trace.ReadingCorners(mesh);
   FillInCorners(mesh, slots, trace);
 
+  size_t lost = 0;
   for (size_t slot = 0; slot < slots.size(); ++slot) {
     const auto material = materialMaps.find(static_cast<int>(slot));
     const int id = master[material == materialMaps.end() ? MaterialMap() : material->second];
@@ -130,8 +132,18 @@ bool FillInPolygonVertexIndexes(GroupMesh& mesh, MaterialMasterMap& master,
     PolygonList& list = slots[slot].list;
     PolygonList& target = mesh.polygons[id];
     // Of two slots with one id a plain export keeps the later one only.
-    if (args.groupMeshes) list.insert(list.end(), target.begin(), target.end());
+    if (args.groupMeshes) {
+      list.insert(list.end(), target.begin(), target.end());
+    } else {
+      lost += target.size();
+    }
     target = std::move(list);
+  }
+  if (lost > 0) {
+    Complain("mesh '" + mesh.holder->name +
+             "' has several material slots with one material; only the polygons of the last of "
+             "them are written, and " +
+             std::to_string(lost) + (lost == 1 ? " polygon is" : " polygons are") + " lost");
   }
   return true;
 }
