@@ -1,6 +1,7 @@
 #include "fbx/anim/fbx_anim_evaluator.h"
 
 #include <algorithm>
+#include <bit>
 #include <optional>
 
 #include "fbx/anim/fbx_anim_curve.h"
@@ -59,12 +60,9 @@ FbxVector4 PropertyValue(const FbxNode& node, size_t property) {
   return FbxVector4(node.Property(kProperties[property]).Get<FbxDouble3>());
 }
 
-// One layer's value of a property: components that nothing drives keep the property's value.
-FbxVector4 LayerValue(const FbxNode& node, FbxNodeEvalDriver& driver, FbxTime time) {
-  const bool complete =
-      std::all_of(driver.channels.begin(), driver.channels.end(),
-                  [](const auto& channel) { return channel.curve != nullptr || channel.hasValue; });
-  FbxVector4 value = complete ? FbxVector4() : PropertyValue(node, driver.property);
+// One layer's value of a property: components that nothing drives keep the value at rest.
+FbxVector4 LayerValue(const FbxVector4& rest, FbxNodeEvalDriver& driver, FbxTime time) {
+  FbxVector4 value = rest;
   for (size_t i = 0; i < 3; ++i) {
     FbxNodeEvalDriver::Channel& channel = driver.channels[i];
     if (channel.curve != nullptr) {
@@ -93,6 +91,12 @@ void Blend(FbxVector4& result, const FbxVector4& value, const FbxAnimEvalState::
   }
 }
 
+// Whether two vectors are the same to the sign of their zeros.
+bool SameBits(const FbxVector4& a, const FbxVector4& b) {
+  using Bits = std::array<uint64_t, 4>;
+  return std::bit_cast<Bits>(a) == std::bit_cast<Bits>(b);
+}
+
 void ScaleRows(FbxAMatrix& matrix, const FbxVector4& scaling) {
   FbxDouble4x4 rows = matrix.ToMatrix().data;
   for (size_t i = 0; i < 12; ++i) rows[i] *= scaling[i / 4];
@@ -114,6 +118,7 @@ FbxAnimEvaluator::FbxAnimEvaluator(const FbxScene* scene) : scene_(scene) { Rese
 void FbxAnimEvaluator::Reset() {
   state_.generation = ++lastGeneration_;
   driversGeneration_ = 0;
+  ++epoch_;
 }
 
 const FbxNodeEvalState& FbxAnimEvaluator::GetNodeEvalState(const FbxNode& node, FbxTime time,
@@ -245,40 +250,59 @@ FbxNodeEvalState& FbxAnimEvaluator::Compute(const FbxNode& node) {
   FbxNodeEvalState* parent = top == nullptr ? nullptr : &StateOf(*top);
   for (size_t i = chain_.size(); i-- > 0;) {
     FbxNodeEvalState& state = StateOf(*chain_[i]);
-    ComputeTRSLocal(*chain_[i], state);
-    ComputeGlobalTransform(*chain_[i], state, parent);
+    const bool moved = ComputeTRSLocal(*chain_[i], state);
+    const uint64_t transformRevision = chain_[i]->GetTransformRevision();
+    const uint64_t parentVersion = parent == nullptr ? 0 : parent->version_;
+    if (moved || state.epoch_ != epoch_ || state.transformRevision_ != transformRevision ||
+        state.parent_ != parent || state.parentVersion_ != parentVersion) {
+      ComputeGlobalTransform(*chain_[i], state, parent);
+      state.hasLocal_ = false;
+      state.hasParts_ = false;
+      state.epoch_ = epoch_;
+      state.transformRevision_ = transformRevision;
+      state.parent_ = parent;
+      state.parentVersion_ = parentVersion;
+      ++state.version_;
+    }
     state.generation_ = state_.generation;
-    state.hasLocal_ = false;
-    state.hasParts_ = false;
     parent = &state;
   }
   return wanted;
 }
 
-void FbxAnimEvaluator::ComputeTRSLocal(const FbxNode& node, FbxNodeEvalState& state) {
-  // Properties are read where no first layer replaces them: most of what is animated is keyed
-  // whole.
-  std::array<std::optional<FbxVector4>, 3> results;
-  const auto result = [&](size_t property) -> FbxVector4& {
-    if (!results[property]) results[property] = PropertyValue(node, property);
-    return *results[property];
-  };
+bool FbxAnimEvaluator::ComputeTRSLocal(const FbxNode& node, FbxNodeEvalState& state) {
+  bool changed = false;
+  if (state.restRevision_ != node.GetPropertyRevision()) {
+    for (size_t i = 0; i < 3; ++i) state.restValues_[i] = PropertyValue(node, i);
+    state.inheritType_ =
+        ToInheritType(node.Property(&FbxNode::PropertyIndex::inheritType).Get<int>());
+    state.restRevision_ = node.GetPropertyRevision();
+    changed = true;
+  }
+  std::array<FbxVector4, 3> results = state.restValues_;
   if (!state_.time.IsInfinite() && state.driversGeneration_ == driversGeneration_) {
     for (FbxNodeEvalDriver& driver : state.drivers_) {
       const FbxAnimEvalState::Layer& layer = state_.layers[driver.layer];
       if (layer.muted) continue;
-      const FbxVector4 value = LayerValue(node, driver, state_.time);
+      const FbxVector4 value = LayerValue(state.restValues_[driver.property], driver, state_.time);
       if (driver.layer == 0) {
         results[driver.property] = value;
       } else {
-        Blend(result(driver.property), value, layer, driver.property);
+        Blend(results[driver.property], value, layer, driver.property);
       }
     }
   }
   const FbxTransform& transform = node.GetTransform();
-  state.translation = transform.translationLimits.Apply(result(FbxNodeEvalDriver::eTranslation));
-  state.rotation = transform.ApplyRotationLimits(result(FbxNodeEvalDriver::eRotation));
-  state.scaling = transform.scalingLimits.Apply(result(FbxNodeEvalDriver::eScaling));
+  const auto update = [&changed](FbxVector4& value, const FbxVector4& result) {
+    if (SameBits(value, result)) return;
+    value = result;
+    changed = true;
+  };
+  update(state.translation,
+         transform.translationLimits.Apply(results[FbxNodeEvalDriver::eTranslation]));
+  update(state.rotation, transform.ApplyRotationLimits(results[FbxNodeEvalDriver::eRotation]));
+  update(state.scaling, transform.scalingLimits.Apply(results[FbxNodeEvalDriver::eScaling]));
+  return changed;
 }
 
 // Angles read off a matrix with shear depend on the axes of the world, so they are read in the axes
@@ -305,7 +329,7 @@ void FbxAnimEvaluator::ComputeGlobalTransform(const FbxNode& node, FbxNodeEvalSt
   } else {
     // Where the parent's rotation and scaling come as one, the product of the parts is simply the
     // parent's matrix; only type 0 puts the node's rotation between them.
-    switch (ToInheritType(node.Property(&FbxNode::PropertyIndex::inheritType).Get<int>())) {
+    switch (state.inheritType_) {
       case eInheritRrSs:
         if (!parent->hasParts_) {
           parent->globalRotation_ = PureRotation(*node.GetParent(), parent->global);

@@ -3,6 +3,8 @@
 // no cost, and a node is computed once for a time however many children ask for it. Which curves
 // drive which node is found once for a stack: a clip of B bones and K times costs B x K. Parents
 // are walked in a loop, since a file decides how deep its tree is.
+// Matrices are made anew only where something moves: a node whose values and parent are what they
+// were at the last time keeps its own.
 //
 // A caller that changes a property between two evaluations of one time passes `forceEval`; one that
 // connects animation objects calls Reset. When objects of the scene go, or its current stack
@@ -17,6 +19,7 @@
 
 #include "fbx/core/fbx_time.h"
 #include "fbx/math/fbx_matrix.h"
+#include "fbx/scene/fbx_transform.h"
 
 class FbxAnimLayer;
 class FbxNode;
@@ -56,6 +59,16 @@ struct FbxNodeEvalState {
 
   const FbxNode* node_ = nullptr;
   uint64_t generation_ = 0;  // the evaluator's when this was computed
+  // What the node's properties say without animation, and the revision of those properties.
+  std::array<FbxVector4, 3> restValues_;
+  EFbxInheritType inheritType_ = eInheritRrSs;
+  uint64_t restRevision_ = UINT64_MAX;
+  // What the matrices were made of besides the values, and how often they were made.
+  uint64_t epoch_ = 0;
+  uint64_t transformRevision_ = 0;
+  const FbxNodeEvalState* parent_ = nullptr;
+  uint64_t parentVersion_ = 0;
+  uint64_t version_ = 0;
   bool hasLocal_ = false;
   FbxAMatrix globalWithoutScaling_;  // without the node's own scaling
   // The global matrix taken apart, once a child asks: a rotation by the matrix's angles, and the
@@ -114,7 +127,8 @@ class FbxAnimEvaluator {
   FbxNodeEvalState& Compute(const FbxNode& node);
   // A rotation by the angles of the node's global matrix.
   FbxAMatrix PureRotation(const FbxNode& node, const FbxAMatrix& global) const;
-  void ComputeTRSLocal(const FbxNode& node, FbxNodeEvalState& state);
+  // True if the values, or how they are inherited, differ from what they were.
+  bool ComputeTRSLocal(const FbxNode& node, FbxNodeEvalState& state);
   void ComputeGlobalTransform(const FbxNode& node, FbxNodeEvalState& state,
                               FbxNodeEvalState* parent);
 
@@ -122,6 +136,7 @@ class FbxAnimEvaluator {
   uint64_t sceneRevision_ = 0;           // when the scene was last looked at
   std::deque<FbxNodeEvalState> states_;  // by the nodes' slots; they never move
   uint64_t lastGeneration_ = 0;
+  uint64_t epoch_ = 0;  // changes when everything is to be computed anew
   FbxAnimEvalState state_;
   FbxAMatrix fromFileAxes_;  // from the axes of the file to the scene's
   FbxAMatrix toFileAxes_;    // and back

@@ -87,6 +87,10 @@ FbxProperty FbxObject::GetNextProperty(const FbxProperty& property) const {
   return {property.object_, property.index_ + 1};
 }
 
+uint64_t FbxObject::GetPropertyRevision() const {
+  return store_ == nullptr ? 0 : store_->Revision();
+}
+
 bool FbxObject::SetPropertyTemplate(const FbxObject& source) {
   return source.GetClassId() == GetClassId() && Store().SetTemplate(&source.Store());
 }

@@ -81,6 +81,8 @@ class FbxObject {
   // All properties in index order, children among them: the next of the last one is invalid.
   FbxProperty GetFirstProperty() const;
   FbxProperty GetNextProperty(const FbxProperty& property) const;
+  // Changes with every value that is written to one of the properties.
+  uint64_t GetPropertyRevision() const;
   // Makes the properties of `source`, which must be of the same class and stay alive, the defaults
   // of this object's. Only while the object has no properties of its own; false if it can't.
   bool SetPropertyTemplate(const FbxObject& source);

@@ -152,6 +152,7 @@ void FbxProperty::SetValueInheritType(EInheritType type) {
     SetValue(GetValue());
   } else if (FbxPropertyLocal* local = Store().Local(index_)) {
     local->value = {};
+    Store().AddRevision();
   }
 }
 
@@ -174,6 +175,7 @@ bool FbxProperty::Set(const void* in, EFbxType type) {
 bool FbxProperty::SetValue(FbxPropertyValue value) {
   if (!HasData() || value.index() != Declaration().value.index()) return false;
   MakeLocal().value = std::move(value);
+  Store().AddRevision();
   return true;
 }
 

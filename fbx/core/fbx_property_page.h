@@ -121,6 +121,12 @@ class FbxPropertyStore {
   bool IsInherited(int index) const;
   uint32_t Flags(int index) const;
 
+  // Changes with every value that is written here or on the template.
+  uint64_t Revision() const {
+    return revision_ + (template_ == nullptr ? 0 : template_->revision_);
+  }
+  void AddRevision() { ++revision_; }
+
   template <typename Function>
   void ForEachLocal(Function&& function) {
     for (auto& [index, local] : locals_) function(index, local);
@@ -135,6 +141,7 @@ class FbxPropertyStore {
 
   const FbxPropertyPage& class_;
   const FbxPropertyStore* template_ = nullptr;
+  uint64_t revision_ = 1;
   std::map<int, FbxPropertyLocal> locals_;  // by index
   std::vector<FbxPropertyDeclaration> own_;
   // Made when the object has more than a handful of own properties.

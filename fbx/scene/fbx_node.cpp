@@ -195,6 +195,7 @@ void FbxNode::UpdatePivotsAndLimitsFromProperties() {
     return result;
   };
 
+  ++transformRevision_;
   FbxTransform& t = transform_;
   t.rotationOrder = FbxRotationOrder(
       static_cast<EFbxRotationOrder>(Property(&PropertyIndex::rotationOrder).Get<int>()));
@@ -213,4 +214,5 @@ void FbxNode::UpdatePivotsAndLimitsFromProperties() {
   t.hasScalingPivot = pivot(&PropertyIndex::scalingPivot, t.scalingPivot);
   t.hasPreRotation = rotation(&PropertyIndex::preRotation, t.preRotation);
   t.hasPostRotation = rotation(&PropertyIndex::postRotation, t.postRotation);
+  t.inversePostRotation = t.postRotation.Inverse();
 }

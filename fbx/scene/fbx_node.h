@@ -75,6 +75,8 @@ class FbxNode : public FbxObject {
   // UpdatePivotsAndLimitsFromProperties.
   const FbxTransform& GetTransform() const { return transform_; }
   void UpdatePivotsAndLimitsFromProperties();
+  // Changes with every such call.
+  uint64_t GetTransformRevision() const { return transformRevision_; }
   // A node whose stored inherit type follows an old convention, for FbxScene::FixInheritType.
   void SetCorrectInheritType(bool correct) { correctInheritType_ = correct; }
   bool GetCorrectInheritType() const { return correctInheritType_; }
@@ -114,6 +116,7 @@ class FbxNode : public FbxObject {
   std::vector<FbxNodeAttribute*> attributes_;
   std::vector<FbxSurfaceMaterial*> materials_;
   FbxTransform transform_;
+  uint64_t transformRevision_ = 0;
   bool correctInheritType_ = false;
   // Where the evaluator last kept this node's state.
   mutable uint32_t evalSlot_ = UINT32_MAX;

@@ -25,7 +25,7 @@ FbxAMatrix FbxTransform::DoF2LRM(const FbxVector4& rotation, bool forLimits) con
   }
   rotationOrder.V2M(matrix, rotation);
   if (hasPreRotation) matrix = preRotation * matrix;
-  if (hasPostRotation) matrix *= postRotation.Inverse();
+  if (hasPostRotation) matrix *= inversePostRotation;
   return matrix;
 }
 

@@ -51,6 +51,7 @@ struct FbxTransform {
   bool hasPostRotation = false;
   FbxAMatrix preRotation;
   FbxAMatrix postRotation;
+  FbxAMatrix inversePostRotation;
 
   // The local rotation matrix of angles in degrees. `forLimits` asks for the form that applies the
   // rotation space even where it is there for the limits only.
