@@ -26,10 +26,17 @@ void TraceMorphLists(const ConversionArguments& args, const FbxWrapper& scene,
     Print(key);
     const FbxNode* node = scene.GetNodeByPath(key);
     if (const FbxMesh* mesh = node == nullptr ? nullptr : node->GetMesh()) {
-      for (const std::string& target : getMorphTargetsOnMesh(mesh)) Print(" " + target);
+      for (const std::string& target : getMorphTargetsOnMesh(mesh)) {
+        Print(" ");
+        Print(target);
+      }
     }
     Print("\n");
-    for (const AnimationInfoHolder& holder : holders) Print(" " + holder.toString() + "\n");
+    for (const AnimationInfoHolder& holder : holders) {
+      Print(" ");
+      Print(holder.toString());
+      Print("\n");
+    }
   }
 }
 
