@@ -9,6 +9,7 @@
 
 #include "cal3d/io/output_file.h"
 #include "converter/base/names.h"
+#include "converter/base/records.h"
 #include "programs/veltrum-all/export_scene.h"
 #include "programs/veltrum-all/manifest.h"
 #include "programs/veltrum-all/options.h"
