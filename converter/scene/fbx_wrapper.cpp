@@ -38,9 +38,9 @@ void ComplainOfFile(const FbxImporter& importer, const std::string& fileName, co
   int minor = 0;
   int revision = 0;
   importer.GetFileVersion(major, minor, revision);
-  if (major != 0 && major != 7) {
+  if (major != 0 && (major < 6 || major > 7)) {
     text += ", it is of FBX version " + std::to_string(major) + "." + std::to_string(minor) +
-            " and version 7 is read";
+            " and versions 6 and 7 are read";
   }
   Complain(text);
 }

@@ -86,6 +86,8 @@ void FbxIOFieldList::CutIntoRecords() {
   const size_t size = text.size();
   int32_t lastName = kNone;
   bool hasRecord = false;
+  // Documents before version 7 have values behind a block that belong to nothing.
+  bool isStray = false;
   const auto record = [&]() -> FbxIOFieldInstance& {
     if (hasRecord) return instances_.back();
     if (lastName == kNone) lastName = FieldIndex("");
@@ -98,9 +100,11 @@ void FbxIOFieldList::CutIntoRecords() {
     while (end > start && IsBlank(text[end - 1])) --end;
     lastName = FieldIndex(std::string_view(text.data() + start, end - start));
     hasRecord = false;
+    isStray = false;
     record();
   };
   const auto addValue = [&](size_t start, size_t end) {
+    if (isStray) return;
     ++record().valueCount;
     AddTextValue(start, end);
   };
@@ -148,6 +152,7 @@ void FbxIOFieldList::CutIntoRecords() {
         instance.extension = blockMarks_[mark].start;
         instance.end = blockMarks_[mark].end;
         hasRecord = false;
+        isStray = format_.hasPlainLists;
       }
       ++at;
       continue;

@@ -75,10 +75,14 @@ void FbxReaderFbx6::ReadObjectSection() {
     if (type == "Pose") {
       // Poses may name models that stand behind them.
       poses.push_back({place, &object->second});
-    } else if (io_->FieldReadBlockBegin()) {
+      continue;
+    }
+    if (io_->FieldReadBlockBegin()) {
       object->second = ReadKeptRecord(type, kind, StripPrefix(object->first));
       LeaveBlock();
     }
+    // A name is kept by an object alone.
+    if (object->second == nullptr) objects_.erase(object);
   }
   for (const Pose& pose : poses) {
     io_->FieldReadBegin(pose.place.field, pose.place.instance);

@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <unordered_set>
 #include <utility>
 
@@ -87,6 +88,10 @@ void FbxLayerTextures::Read(FbxIO& io, const FbxMesh& mesh) {
   }
   if (firstMaterials == nullptr) firstMaterials = &onlyMaterial;
 
+  // Some ten textures on each of millions of polygons; a second's work.
+  constexpr int64_t kMostPolygons = 30'000'000;
+  std::set<std::tuple<size_t, const PolygonNumbers*, const PolygonNumbers*>> done;
+  int64_t polygonsLooked = 0;
   std::vector<Use> uses;
   size_t looked = 0;
   for (const auto& [layer, entries] : layers) {
@@ -100,6 +105,10 @@ void FbxLayerTextures::Read(FbxIO& io, const FbxMesh& mesh) {
       // All polygons are alike where nothing goes by polygon.
       const bool areAlike = textures->IsAllSame() && materials->IsAllSame();
       const int polygons = std::min(mesh.GetPolygonCount(), areAlike ? 1 : INT_MAX);
+      // An entry that repeats another adds nothing; what is left is bounded by its work.
+      if (!done.insert({*channel, textures, materials}).second) continue;
+      polygonsLooked += polygons;
+      if (polygonsLooked > kMostPolygons) break;
       std::set<std::pair<int32_t, int32_t>> seen;
       for (int p = 0; p < polygons && uses.size() < kMostUses; ++p) {
         const int32_t material = materials->Of(p);
