@@ -26,7 +26,7 @@ class VeltrumAll : public ProgramTest {
   }
 
   RunResult All(const Words& words, int expectedStatus = 0) {
-    const RunResult run = RunProgram("veltrum-all", words, dir_.Path());
+    RunResult run = RunProgram("veltrum-all", words, dir_.Path());
     EXPECT_EQ(run.status, expectedStatus) << run.out << run.err;
     return run;
   }

@@ -83,7 +83,7 @@ FbxRecord P(std::string name, std::string type, std::string subType, std::string
   return record;
 }
 
-FbxRecord P(std::string name, FbxValues values) {
+FbxRecord P(const std::string& name, const FbxValues& values) {
   if (name.starts_with("Lcl ") || name == "Visibility") return P(name, name, "", "A", values);
   if (values.size() == 1) return P(name, "double", "Number", "A", values);
   if (name.ends_with("Color")) return P(name, "Color", "", "A", values);

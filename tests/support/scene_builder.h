@@ -27,7 +27,7 @@ FbxRecord P(std::string name, std::string type, std::string subType, std::string
 // The same for an animatable property whose type bears its name ("Lcl
 // Translation") or, if there is no such type, by its values: "double" for one
 // number, "Vector3D" or, for a name that ends in "Color", "Color" for three.
-FbxRecord P(std::string name, FbxValues values);
+FbxRecord P(const std::string& name, const FbxValues& values);
 
 // Layer elements of a mesh. `index` is left out where it is empty.
 FbxRecord Element(const std::string& type, const std::string& mapping, const std::string& reference,

@@ -169,11 +169,15 @@ std::vector<std::string> TexturesOf(const std::string& elements,
   return found;
 }
 
+// One tool leaves values behind the brace, which belong to nothing.
+const std::string kStray = "}, 1.0, 2.0\n";
+
 std::string TextElement(const std::string& field, int number, const std::string& mapping,
                         const std::string& values) {
   const std::string array = field == "LayerElementMaterial" ? "Materials" : "TextureId";
   return field + ": " + std::to_string(number) + " {\nMappingInformationType: \"" + mapping +
-         "\"\nReferenceInformationType: \"IndexToDirect\"\n" + array + ": " + values + "\n}\n";
+         "\"\nReferenceInformationType: \"IndexToDirect\"\n" + array + ": " + values + "\n" +
+         kStray;
 }
 
 std::string LayerOf(int number, const std::vector<std::pair<std::string, int>>& entries) {
@@ -182,8 +186,7 @@ std::string LayerOf(int number, const std::vector<std::pair<std::string, int>>& 
     layer +=
         "LayerElement:  {\nType: \"" + type + "\"\nTypedIndex: " + std::to_string(index) + "\n}\n";
   }
-  // One tool leaves values behind the brace.
-  return layer + "}, 1.0, 2.0\n";
+  return layer + kStray;
 }
 
 TEST(Version6Document, LayerElementsGiveTexturesToMaterials) {
