@@ -6,14 +6,13 @@
 #include <string_view>
 #include <vector>
 
-#include "fbx/anim/fbx_anim_curve.h"
-#include "fbx/anim/fbx_anim_stack.h"
-#include "fbx/core/fbx_manager.h"
+#include "fbx/anim/fbx_animation.h"
+#include "fbx/core/fbx_object.h"
 #include "fbx/reader/fbx_importer.h"
+#include "fbx/scene/fbx_deformer.h"
 #include "fbx/scene/fbx_material.h"
 #include "fbx/scene/fbx_mesh.h"
 #include "fbx/scene/fbx_node.h"
-#include "fbx/scene/fbx_pose.h"
 #include "fbx/scene/fbx_scene.h"
 
 namespace {

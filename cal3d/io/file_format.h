@@ -1,11 +1,36 @@
-// What the writers and the readers of the Cal3D files share: versions, colours, and how a
-// morph's offsets become the positions that the files hold.
+// What the writers and the readers of the Cal3D files share: the kinds of file, versions, colours,
+// and how a morph's offsets become the positions that the files hold.
 #pragma once
 
+#include <array>
 #include <cmath>
 #include <cstdint>
+#include <string_view>
 
 #include "cal3d/model/vector.h"
+
+// A kind of file that holds a model, and by what it is told.
+struct CalFileKind {
+  std::string_view name;             // in messages
+  std::string_view extension;        // of the XML form
+  std::string_view binaryExtension;  // a path that ends so, in any case, gets the binary form
+  std::string_view root;             // the XML form's root element
+  std::string_view magic;            // its MAGIC
+  std::string_view binaryMagic;      // the first four bytes of the binary form
+};
+
+inline constexpr CalFileKind kSkeletonFile = {"skeleton", ".xsf", ".csf",
+                                              "SKELETON", "XSF",  {"CSF\0", 4}};
+inline constexpr CalFileKind kMeshFile = {"mesh", ".xmf", ".cmf", "MESH", "XMF", {"CMF\0", 4}};
+inline constexpr CalFileKind kMaterialFile = {"material", ".xrf", ".crf",
+                                              "MATERIAL", "XRF",  {"CRF\0", 4}};
+inline constexpr CalFileKind kAnimationFile = {"animation", ".xaf", ".caf",
+                                               "ANIMATION", "XAF",  {"CAF\0", 4}};
+inline constexpr CalFileKind kMorphAnimationFile = {"morph animation", ".xpf", ".cpf",
+                                                    "ANIMATION",       "XPF",  {"CPF\0", 4}};
+
+inline constexpr std::array kFileKinds = {kSkeletonFile, kMeshFile, kMaterialFile, kAnimationFile,
+                                          kMorphAnimationFile};
 
 inline constexpr int32_t kFileVersion = 919;
 inline constexpr int32_t kOldestFileVersion = 699;

@@ -6,7 +6,7 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include "cal3d/io/buffer_source.h"
+#include "cal3d/io/input_file.h"
 #include "cal3d/io/output_file.h"
 #include "cal3d/model/core_animation.h"
 #include "cal3d/model/core_mesh.h"

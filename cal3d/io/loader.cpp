@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "cal3d/io/file_kinds.h"
+#include "cal3d/io/file_format.h"
 #include "cal3d/io/forms.h"
 
 namespace {

@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "cal3d/io/file_format.h"
-#include "cal3d/io/file_kinds.h"
 #include "cal3d/io/forms.h"
 #include "cal3d/io/model_check.h"
 #include "cal3d/io/output_file.h"

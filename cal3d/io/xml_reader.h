@@ -15,7 +15,7 @@
 
 #include <pugixml.hpp>
 
-#include "cal3d/io/file_kinds.h"
+#include "cal3d/io/file_format.h"
 
 // The document of one file. Neither walking nor destroying it recurses, so nesting of any depth is
 // harmless.

@@ -15,7 +15,7 @@
 #include "converter/scene/scene_channels.h"
 #include "converter/scene/scene_queries.h"
 #include "converter/skeleton/skeleton_roots.h"
-#include "fbx/anim/fbx_anim_stack.h"
+#include "fbx/anim/fbx_animation.h"
 #include "fbx/scene/fbx_mesh.h"
 #include "fbx/scene/fbx_node.h"
 

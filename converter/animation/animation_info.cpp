@@ -7,7 +7,7 @@
 #include "converter/scene/node_paths.h"
 #include "converter/scene/scene_channels.h"
 #include "converter/space/frames.h"
-#include "fbx/anim/fbx_anim_stack.h"
+#include "fbx/anim/fbx_animation.h"
 #include "fbx/scene/fbx_node.h"
 
 namespace {

@@ -6,8 +6,8 @@
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/node_paths.h"
 #include "converter/scene/scene_queries.h"
-#include "converter/skeleton/bone_name_map.h"
-#include "fbx/anim/fbx_anim_stack.h"
+#include "converter/skeleton/skeleton_roots.h"
+#include "fbx/anim/fbx_animation.h"
 #include "fbx/scene/fbx_node.h"
 
 void TraceListedAnimation(const ConversionArguments& args, SceneChannels& channels,

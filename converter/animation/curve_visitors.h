@@ -8,8 +8,12 @@
 #include <string_view>
 
 #include "converter/scene/scene_channels.h"
+#include "fbx/core/fbx_string.h"
 
+class FbxAnimLayer;
+class FbxNode;
 class FbxProperty;
+class LayerChannels;
 
 // Whether it is one of the nine transform channels' names.
 bool isSkeletal(std::string_view channel);
@@ -71,3 +75,18 @@ std::string CurveText(const ChannelRuns& runs, bool withNodes);
 // texts aren't written, which for a large rig would take more time and memory than all the rest of
 // a listing: lines of the same curve are passed over, and keys become text only where they differ.
 int CompareCurveTexts(const ChannelRuns& a, const ChannelRuns& b, bool withNodes);
+
+// The rest is the animation of lights, cameras and user properties, for visitors that want to see
+// everything. No command reaches it.
+//
+// Calls the visitor for every curve of at least three keys: the attribute's under their labels
+// ("Red" ... "Intensity" ... "Field of View" ...), and those of the node's animatable user
+// properties as properties ("Property:speed (Label: Speed)", for a vector with ":X" behind).
+void DisplayAdvancedChannels(const FbxAnimLayer* layer, FbxNode* node,
+                             AnimationCurveVisitor& visitor);
+
+// Whether the layer has any curve on the node that a visitor could be shown.
+bool HasChannels(const LayerChannels& layer, FbxNode* node);
+// The names of the nodes of the tree for which HasChannels gives `wanted`, each as "[name] ", in
+// walk order.
+FbxString DisplayAnimationNodes(const LayerChannels& layer, const FbxNode* node, bool wanted);

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <unordered_set>
 
-#include "cal3d/io/file_kinds.h"
+#include "cal3d/io/file_format.h"
 #include "cal3d/io/saver.h"
 #include "converter/animation/animation_trace.h"
 #include "converter/animation/curve_visitors.h"

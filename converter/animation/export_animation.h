@@ -13,7 +13,7 @@
 
 #include "converter/animation/animation_info.h"
 #include "converter/base/conversion_arguments.h"
-#include "converter/skeleton/bone_name_map.h"
+#include "converter/skeleton/skeleton_roots.h"
 
 class FbxAnimLayer;
 class FbxAnimStack;

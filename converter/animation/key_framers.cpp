@@ -5,9 +5,7 @@
 
 #include "converter/space/axis_mod.h"
 #include "converter/space/frames.h"
-#include "converter/space/key_values.h"
-#include "fbx/anim/fbx_anim_curve.h"
-#include "fbx/anim/fbx_anim_stack.h"
+#include "fbx/anim/fbx_animation.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_scene.h"
 

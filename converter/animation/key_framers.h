@@ -10,7 +10,7 @@
 #include "cal3d/model/core_animation.h"
 #include "converter/animation/curve_visitors.h"
 #include "converter/base/conversion_arguments.h"
-#include "converter/skeleton/bone_name_map.h"
+#include "converter/skeleton/skeleton_roots.h"
 
 class FbxAnimStack;
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "cal3d/io/file_kinds.h"
+#include "cal3d/io/file_format.h"
 #include "cal3d/io/saver.h"
 #include "cal3d/model/core_animation.h"
 #include "converter/animation/export_animation.h"
@@ -16,8 +16,7 @@
 #include "converter/scene/scene_channels.h"
 #include "converter/skeleton/skeleton_roots.h"
 #include "converter/space/frames.h"
-#include "fbx/anim/fbx_anim_curve.h"
-#include "fbx/anim/fbx_anim_stack.h"
+#include "fbx/anim/fbx_animation.h"
 #include "fbx/scene/fbx_node.h"
 
 namespace {

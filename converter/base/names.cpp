@@ -4,7 +4,7 @@
 
 #include <boost/filesystem.hpp>
 
-#include "cal3d/io/file_kinds.h"
+#include "cal3d/io/file_format.h"
 #include "converter/base/records.h"
 
 namespace fs = boost::filesystem;

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "cal3d/io/file_kinds.h"
+#include "cal3d/io/file_format.h"
 #include "converter/animation/export_animation.h"
 #include "converter/base/complaint.h"
 #include "converter/base/log.h"

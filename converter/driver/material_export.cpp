@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "cal3d/io/file_kinds.h"
+#include "cal3d/io/file_format.h"
 #include "cal3d/io/saver.h"
 #include "converter/base/complaint.h"
 #include "converter/base/log.h"

@@ -8,8 +8,8 @@
 
 #include "converter/base/records.h"
 #include "converter/scene/mesh_holder.h"
-#include "fbx/scene/fbx_layer.h"
 #include "fbx/scene/fbx_material.h"
+#include "fbx/scene/fbx_mesh.h"
 #include "fbx/scene/fbx_node.h"
 
 namespace {

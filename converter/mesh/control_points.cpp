@@ -6,7 +6,6 @@
 #include "converter/mesh/mesh_stages.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/node_paths.h"
-#include "converter/scene/path_index.h"
 #include "converter/skeleton/node_matrices.h"
 #include "converter/space/axis_mod.h"
 #include "fbx/scene/fbx_deformer.h"

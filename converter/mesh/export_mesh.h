@@ -10,7 +10,7 @@
 #include "converter/base/conversion_arguments.h"
 #include "converter/mesh/mesh_stages.h"
 #include "converter/scene/mesh_holder.h"
-#include "converter/skeleton/bone_name_map.h"
+#include "converter/skeleton/skeleton_roots.h"
 
 class FbxWrapper;
 

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "fbx/scene/fbx_layer.h"
+#include "fbx/scene/fbx_mesh.h"
 
 struct MeshCorner {
   int polygon;

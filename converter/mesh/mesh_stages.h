@@ -1,14 +1,13 @@
 // The way of a group of meshes from the scene to a file, in the order of the declarations below.
-// Each stage is a free function over plain data and has a source file:
+// Each stage is a free function over plain data and stands in a source file:
 //
-//   mesh_selection.cpp    which meshes a command means, and which of them share a file
+//   export_mesh.cpp       which meshes a command means, and which of them share a file
 //   control_points.cpp    points in the output space, and their weights
 //   polygon_corners.cpp   corners with their normals, polygons by material
 //   triangulation.cpp     polygons become triangles
 //   vertex_splitting.cpp  corners become vertices
 //   morph_targets.cpp     blend shapes become offsets of vertices
-//   build_mesh.cpp        all of that becomes a Cal3D mesh
-//   save_mesh.cpp         the file, its warnings and its records
+//   save_mesh.cpp         all of that becomes a Cal3D mesh, its file, its warnings and its records
 //
 // The stages leave what the verbose modes show to mesh_trace.h.
 #pragma once
@@ -23,7 +22,7 @@
 #include "converter/mesh/mesh_group.h"
 #include "converter/mesh/mesh_trace.h"
 #include "converter/scene/mesh_holder.h"
-#include "converter/skeleton/bone_name_map.h"
+#include "converter/skeleton/skeleton_roots.h"
 
 class FbxWrapper;
 class PathIndex;

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "converter/mesh/layer_lookup.h"
-#include "fbx/math/fbx_vector.h"
+#include "fbx/math/fbx_matrix.h"
 
 class FbxGeometryBase;
 class FbxMesh;

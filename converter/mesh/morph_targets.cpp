@@ -9,7 +9,7 @@
 
 #include "converter/base/records.h"
 #include "converter/mesh/mesh_stages.h"
-#include "converter/space/cal3d_values.h"
+#include "converter/space/axis_mod.h"
 #include "fbx/scene/fbx_deformer.h"
 
 namespace {

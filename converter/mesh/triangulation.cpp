@@ -15,7 +15,6 @@
 
 #include "converter/mesh/corner_geometry.h"
 #include "converter/mesh/mesh_stages.h"
-#include "converter/mesh/point_tree.h"
 
 namespace {
 

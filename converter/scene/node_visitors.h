@@ -1,13 +1,15 @@
 // Tree searches. All of them are visitors driven by one walk: depth first, parents before children,
-// children in index order. These decide what a skeleton is; the visitors that decide what a group
-// of meshes is stand in group_visitors.h.
+// children in index order. They decide what a skeleton is and what a group of meshes.
 #pragma once
 
+#include <map>
 #include <span>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
+
+#include "converter/scene/mesh_holder.h"
 
 class FbxNode;
 
@@ -73,4 +75,65 @@ class RootNodeSkeletonBuilderVisitor : public NodeVisitorBase {
 
  private:
   std::unordered_set<const FbxNode*> avoidedRoots_;
+};
+
+// Which skeletons a node lies in. Rigs have skeletons inside skeletons, and a scene may have
+// thousands of them, so that asking each one costs far more than the answer is long.
+class SkeletonNesting {
+ public:
+  // Of skeletons that are subtrees of `order`, in walk order.
+  SkeletonNesting(const NodeOrder& order, std::span<const NodeSpan> skeletons);
+
+  // The indices of all skeletons that hold any of the nodes, each once, in no order.
+  std::vector<int> Around(const std::vector<const FbxNode*>& nodes);
+
+ private:
+  static constexpr int kNone = -1;
+
+  const NodeOrder& order_;
+  std::vector<int> innermost_;  // by place in the order
+  std::vector<int> outer_;      // by skeleton: the next one around it
+  std::vector<int> lastAsked_;  // by skeleton: the call of Around that met it last
+  int asked_ = 0;
+};
+
+// Collects those of the candidate meshes that lie on a tree, and takes down the name of the tree's
+// second node.
+class MeshCollectorVisitor : public NodeVisitorBase {
+ public:
+  // From node path to candidate; of several with one path, the first.
+  using Candidates = std::unordered_map<std::string, MeshHolder_*>;
+
+  MeshCollectorVisitor(const Candidates& candidates, std::string firstGroupName);
+  bool VisitNode(FbxNode* node) override;
+
+  std::vector<MeshHolder_*> meshes;
+  // A visit sets an empty name to the node's, and "RootNode" to the empty one.
+  std::string groupName;
+
+ private:
+  const Candidates& candidates_;
+};
+
+// Groups by name: a node whose name says that it is a group, a component or an instance. Groups
+// inside a group make no entry of their own.
+class GroupFinderVisitor : public NodeVisitorBase {
+ public:
+  explicit GroupFinderVisitor(const std::vector<MeshHolder_*>& holders);
+  bool VisitNode(FbxNode* node) override;
+  virtual bool isGroup(FbxNode* node) const;
+
+  // From the group's name, with "-" and its first descendant's behind it, to its meshes. Groups
+  // whose names agree in both make one, so that no mesh is lost.
+  std::map<std::string, std::vector<MeshHolder_*>> groups;
+
+ private:
+  MeshCollectorVisitor::Candidates candidates_;
+};
+
+// Groups by depth: every node two levels below the scene's root.
+class ExtremeGroupFinderVisitor : public GroupFinderVisitor {
+ public:
+  using GroupFinderVisitor::GroupFinderVisitor;
+  bool isGroup(FbxNode* node) const override;
 };

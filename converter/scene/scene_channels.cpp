@@ -4,9 +4,8 @@
 #include <array>
 #include <tuple>
 
-#include "fbx/anim/fbx_anim_curve.h"
-#include "fbx/anim/fbx_anim_stack.h"
-#include "fbx/scene/fbx_geometry.h"
+#include "fbx/anim/fbx_animation.h"
+#include "fbx/scene/fbx_mesh.h"
 #include "fbx/scene/fbx_node.h"
 
 namespace {

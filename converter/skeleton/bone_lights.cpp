@@ -12,10 +12,9 @@
 #include "converter/base/log.h"
 #include "converter/base/names.h"
 #include "converter/base/text.h"
-#include "converter/skeleton/name_patterns.h"
-#include "converter/space/cal3d_values.h"
+#include "converter/skeleton/room_names.h"
+#include "converter/space/axis_mod.h"
 #include "fbx/scene/fbx_node.h"
-#include "fbx/scene/fbx_node_attribute.h"
 
 namespace {
 

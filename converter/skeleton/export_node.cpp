@@ -2,8 +2,8 @@
 
 #include "converter/base/log.h"
 #include "converter/skeleton/node_matrices.h"
+#include "fbx/scene/fbx_deformer.h"
 #include "fbx/scene/fbx_node.h"
-#include "fbx/scene/fbx_pose.h"
 
 ExportNode::ExportNode(const ConversionArguments& args) : args_(args) {
   LOG_INFO(args_.toString());

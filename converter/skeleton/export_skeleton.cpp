@@ -17,7 +17,6 @@
 #include "converter/skeleton/room_names.h"
 #include "converter/skeleton/skeleton_trace.h"
 #include "converter/space/axis_mod.h"
-#include "converter/space/cal3d_values.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_scene.h"
 

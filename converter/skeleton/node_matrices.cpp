@@ -1,7 +1,7 @@
 #include "converter/skeleton/node_matrices.h"
 
+#include "fbx/scene/fbx_deformer.h"
 #include "fbx/scene/fbx_node.h"
-#include "fbx/scene/fbx_pose.h"
 #include "fbx/scene/fbx_scene.h"
 
 namespace {

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "converter/base/names.h"
-#include "converter/skeleton/name_patterns.h"
 #include "fbx/scene/fbx_node.h"
 
 namespace {

@@ -15,11 +15,9 @@
 
 #include "fbx/anim/curve_conversion.h"
 #include "fbx/anim/fbx_anim_evaluator.h"
-#include "fbx/anim/fbx_anim_stack.h"
-#include "fbx/scene/fbx_axis_system.h"
+#include "fbx/anim/fbx_animation.h"
 #include "fbx/scene/fbx_deformer.h"
 #include "fbx/scene/fbx_node.h"
-#include "fbx/scene/fbx_pose.h"
 #include "fbx/scene/fbx_scene.h"
 
 namespace {

@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "fbx/anim/fbx_anim_curve.h"
+#include "fbx/anim/fbx_animation.h"
 #include "fbx/math/fbx_matrix.h"
 
 class FbxScene;

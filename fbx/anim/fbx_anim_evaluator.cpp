@@ -4,8 +4,7 @@
 #include <bit>
 #include <optional>
 
-#include "fbx/anim/fbx_anim_curve.h"
-#include "fbx/anim/fbx_anim_stack.h"
+#include "fbx/anim/fbx_animation.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_scene.h"
 

@@ -19,7 +19,7 @@
 
 #include "fbx/core/fbx_time.h"
 #include "fbx/math/fbx_matrix.h"
-#include "fbx/scene/fbx_transform.h"
+#include "fbx/scene/fbx_node.h"
 
 class FbxAnimLayer;
 class FbxNode;

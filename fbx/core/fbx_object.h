@@ -1,7 +1,7 @@
 // The base of everything in a scene. An object has a runtime class, a name, properties and
 // connections; relations between objects are connections and nothing else, and the typed accessors
 // of the classes above are queries over the connection lists. Objects are made by their class's
-// Create, belong to the manager, and die with it or by Destroy.
+// Create, belong to a manager, which makes them, and die with it or by Destroy.
 #pragma once
 
 #include <cstdint>
@@ -14,6 +14,7 @@
 #include "fbx/core/fbx_property.h"
 
 class FbxManager;
+class FbxObject;
 class FbxScene;
 
 // Stands first in the body of every class of scene objects.
@@ -152,4 +153,35 @@ class FbxObject {
   mutable std::unique_ptr<FbxPropertyStore> store_;
   struct ClassLists;
   mutable std::unique_ptr<ClassLists> sourcesByClass_;
+};
+
+// Factory and root of a session: makes objects by class, owns all of them, and frees them together.
+class FbxManager {
+ public:
+  // The caller ends the session with Destroy.
+  static FbxManager* Create();
+  // Frees the manager and everything that was made with it.
+  void Destroy();
+  FbxManager(const FbxManager&) = delete;
+  FbxManager& operator=(const FbxManager&) = delete;
+
+  // The scene library's own version; with `full` the release's, without it the interface's number.
+  static const char* GetVersion(bool full = true);
+
+  // Exact look-up; a null class for an empty or unknown name.
+  FbxClassId FindClass(std::string_view name) const;
+  // Makes an object, and connects it as a source of `container` if one is given. Null for a class
+  // that has no objects of its own.
+  FbxObject* CreateNewObjectFromClassId(FbxClassId classId, const char* name,
+                                        FbxObject* container = nullptr);
+
+ private:
+  friend class FbxObject;
+  FbxManager() = default;
+  ~FbxManager();
+  void Register(FbxObject* object);
+  void Unregister(FbxObject* object);
+
+  std::vector<FbxObject*> objects_;
+  uint64_t lastUniqueId_ = 0;
 };

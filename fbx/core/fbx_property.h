@@ -12,7 +12,7 @@
 #include "fbx/core/fbx_data_type.h"
 #include "fbx/core/fbx_string.h"
 #include "fbx/core/fbx_time.h"
-#include "fbx/math/fbx_vector.h"
+#include "fbx/math/fbx_matrix.h"
 
 class FbxAnimCurve;
 class FbxAnimCurveNode;

@@ -28,7 +28,6 @@
 #include <string_view>
 #include <vector>
 
-#include "fbx/core/fbx_status.h"
 #include "fbx/core/fbx_string.h"
 #include "fbx/core/fbx_time.h"
 #include "fbx/io/fbx_io_field_list.h"

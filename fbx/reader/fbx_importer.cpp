@@ -5,10 +5,30 @@
 
 #include <boost/filesystem.hpp>
 
-#include "fbx/reader/fbx_io_settings.h"
 #include "fbx/reader/fbx_reader_fbx7.h"
 #include "fbx/reader/version6/fbx_reader_fbx6.h"
-#include "fbx/scene/fbx_global_settings.h"
+#include "fbx/scene/fbx_scene.h"
+
+FBX_OBJECT_DEFINE(FbxIOSettings, FbxObject, "", nullptr)
+
+namespace {
+
+template <typename T>
+T Find(const std::map<std::string, T>& values, const std::string& path, const T& fallback) {
+  const auto found = values.find(path);
+  return found == values.end() ? fallback : found->second;
+}
+
+}  // namespace
+
+bool FbxIOSettings::GetBoolProp(const std::string& path, bool fallback) const {
+  return Find(bools_, path, fallback);
+}
+
+std::string FbxIOSettings::GetStringProp(const std::string& path,
+                                         const std::string& fallback) const {
+  return Find(strings_, path, fallback);
+}
 
 FBX_OBJECT_DEFINE(FbxImporter, FbxObject, "", nullptr)
 

@@ -2,20 +2,33 @@
 // scene.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "fbx/core/fbx_object.h"
-#include "fbx/core/fbx_status.h"
+#include "fbx/core/fbx_string.h"
 #include "fbx/io/fbx_io.h"
 
 class FbxDocument;
 class FbxGlobalSettings;
-class FbxIOSettings;
 class FbxMediaFolder;
 class FbxReader;
+
+// Named options of an import; "|" separates the levels of a name.
+class FbxIOSettings : public FbxObject {
+  FBX_OBJECT(FbxIOSettings)
+  bool GetBoolProp(const std::string& path, bool fallback) const;
+  std::string GetStringProp(const std::string& path, const std::string& fallback) const;
+  void SetBoolProp(const std::string& path, bool value) { bools_[path] = value; }
+  void SetStringProp(const std::string& path, const std::string& value) { strings_[path] = value; }
+
+ private:
+  std::map<std::string, bool> bools_;
+  std::map<std::string, std::string> strings_;
+};
 
 class FbxImporter : public FbxObject {
   FBX_OBJECT(FbxImporter)

@@ -3,13 +3,12 @@
 #include <array>
 #include <utility>
 
-#include "fbx/anim/fbx_anim_curve.h"
-#include "fbx/anim/fbx_anim_stack.h"
-#include "fbx/reader/fbx_io_settings.h"
+#include "fbx/anim/fbx_animation.h"
+#include "fbx/reader/fbx_importer.h"
+#include "fbx/scene/fbx_deformer.h"
 #include "fbx/scene/fbx_material.h"
 #include "fbx/scene/fbx_mesh.h"
 #include "fbx/scene/fbx_node.h"
-#include "fbx/scene/fbx_pose.h"
 #include "fbx/scene/fbx_scene.h"
 
 FbxReader::FbxReader(FbxManager& manager, FbxStatus& status, const FbxIOSettings* settings,

@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "fbx/core/fbx_manager.h"
-#include "fbx/core/fbx_status.h"
+#include "fbx/core/fbx_object.h"
+#include "fbx/core/fbx_string.h"
 #include "fbx/io/fbx_io.h"
 #include "fbx/reader/media_folder.h"
 #include "fbx/reader/read_records.h"

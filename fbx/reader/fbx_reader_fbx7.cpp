@@ -4,7 +4,6 @@
 #include <unordered_set>
 #include <utility>
 
-#include "fbx/reader/connection_filter.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_scene.h"
 

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "fbx/anim/fbx_anim_curve.h"
+#include "fbx/anim/fbx_animation.h"
 #include "fbx/io/fbx_io.h"
 #include "fbx/reader/read_records.h"
 #include "fbx/scene/fbx_scene.h"

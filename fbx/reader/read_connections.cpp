@@ -1,17 +1,217 @@
-// The connections of a document.
+// The connections of a document, and which of them may be made.
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <numeric>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
+#include "fbx/anim/fbx_animation.h"
 #include "fbx/io/fbx_io.h"
-#include "fbx/reader/connection_filter.h"
 #include "fbx/reader/read_records.h"
 #include "fbx/scene/fbx_material.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_scene.h"
 
 namespace {
+
+// Levels that a tree of nodes, or a chain of textures or properties, may have.
+inline constexpr int kMaxConnectionDepth = 10000;
+// Layers that a curve node, and stacks that a layer, may belong to. One is what files hold; shared
+// without limit, a few thousand connections would stand for millions of animated properties.
+inline constexpr int kMaxAnimationOwners = 16;
+
+struct EndHash {
+  size_t operator()(const FbxProperty& end) const {
+    const size_t object = std::hash<const FbxObject*>()(end.GetFbxObject());
+    return object ^ (static_cast<size_t>(static_cast<unsigned>(end.GetIndex())) << 40);
+  }
+};
+
+// Numbers for the ends of connections, in the order in which they are met.
+class EndNumbers {
+ public:
+  uint32_t operator()(const FbxProperty& end) {
+    return numbers_.emplace(end, static_cast<uint32_t>(numbers_.size())).first->second;
+  }
+  size_t Count() const { return numbers_.size(); }
+
+ private:
+  std::unordered_map<FbxProperty, uint32_t, EndHash> numbers_;
+};
+
+struct Edge {
+  uint32_t destination;
+  uint32_t source;
+  size_t connection;
+};
+
+// For each end the edges that lead to it as their destination, in file order.
+class EdgesByDestination {
+ public:
+  EdgesByDestination(const std::vector<Edge>& edges, size_t ends) : first_(ends + 1), order_() {
+    for (const Edge& edge : edges) ++first_[edge.destination + 1];
+    std::partial_sum(first_.begin(), first_.end(), first_.begin());
+    order_.resize(edges.size());
+    std::vector<size_t> next(first_.begin(), first_.end() - 1);
+    for (const Edge& edge : edges) order_[next[edge.destination]++] = &edge;
+  }
+
+  size_t Begin(uint32_t end) const { return first_[end]; }
+  size_t End(uint32_t end) const { return first_[end + 1]; }
+  const Edge& operator[](size_t position) const { return *order_[position]; }
+
+ private:
+  std::vector<size_t> first_;
+  std::vector<const Edge*> order_;
+};
+
+bool IsObjectOf(const FbxProperty& end, FbxClassId classId) {
+  return end.IsRoot() && end.GetFbxObject()->GetClassId().Is(classId);
+}
+
+// The top of the tree that `end` is in, so far.
+uint32_t FindTop(std::vector<uint32_t>& above, uint32_t end) {
+  while (above[end] != end) end = above[end] = above[above[end]];
+  return end;
+}
+
+// Marks connections of nodes that don't make a tree.
+void FilterNodes(const std::vector<FbxConnection>& connections, const FbxNode* rootNode,
+                 std::vector<bool>& isDropped) {
+  EndNumbers numbers;
+  std::vector<Edge> edges;
+  std::vector<uint32_t> above;
+  std::vector<bool> hasParent;
+  for (size_t i = 0; i < connections.size(); ++i) {
+    const auto& [source, destination] = connections[i];
+    if (!IsObjectOf(source, FbxNode::ClassId) || !IsObjectOf(destination, FbxNode::ClassId)) {
+      continue;
+    }
+    const Edge edge{numbers(destination), numbers(source), i};
+    while (above.size() < numbers.Count()) {
+      above.push_back(static_cast<uint32_t>(above.size()));
+      hasParent.push_back(false);
+    }
+    // A node without a parent is the top of its tree, so a ring is closed exactly by a parent in
+    // the same tree.
+    const uint32_t top = FindTop(above, edge.destination);
+    if (source.GetFbxObject() == rootNode || hasParent[edge.source] || top == edge.source) {
+      isDropped[i] = true;
+      continue;
+    }
+    above[edge.source] = top;
+    hasParent[edge.source] = true;
+    edges.push_back(edge);
+  }
+
+  const EdgesByDestination children(edges, numbers.Count());
+  std::vector<std::pair<uint32_t, int>> next;  // with the level of each
+  for (uint32_t end = 0; end < numbers.Count(); ++end) {
+    if (!hasParent[end]) next.emplace_back(end, 0);
+  }
+  for (size_t i = 0; i < next.size(); ++i) {
+    const auto [parent, level] = next[i];
+    for (size_t k = children.Begin(parent); k < children.End(parent); ++k) {
+      const bool isTooDeep = level + 1 > kMaxConnectionDepth;
+      if (isTooDeep) isDropped[children[k].connection] = true;
+      next.emplace_back(children[k].source, isTooDeep ? 0 : level + 1);
+    }
+  }
+}
+
+// Marks connections of textures to layered textures, and of properties to properties, that close a
+// ring. Of a ring the one goes that a walk from its first destination in the file finds last.
+void FilterChains(const std::vector<FbxConnection>& connections, std::vector<bool>& isDropped) {
+  EndNumbers numbers;
+  std::vector<Edge> edges;
+  for (size_t i = 0; i < connections.size(); ++i) {
+    const auto& [source, destination] = connections[i];
+    const bool areTextures = IsObjectOf(source, FbxTexture::ClassId) &&
+                             IsObjectOf(destination, FbxLayeredTexture::ClassId);
+    const bool areProperties = !source.IsRoot() && !destination.IsRoot();
+    if (areTextures || areProperties) {
+      const uint32_t to = numbers(destination);
+      edges.push_back({to, numbers(source), i});
+    }
+  }
+
+  const EdgesByDestination sources(edges, numbers.Count());
+  enum class State : uint8_t { kNew, kOpen, kDone };
+  struct Step {
+    uint32_t end;
+    size_t next;
+  };
+  std::vector<State> states(numbers.Count(), State::kNew);
+  std::vector<int> depths(numbers.Count(), 0);
+  std::vector<Step> path;
+  for (uint32_t start = 0; start < numbers.Count(); ++start) {
+    if (states[start] != State::kNew) continue;
+    path.push_back({start, sources.Begin(start)});
+    states[start] = State::kOpen;
+    while (!path.empty()) {
+      Step& step = path.back();
+      if (step.next == sources.End(step.end)) {
+        states[step.end] = State::kDone;
+        path.pop_back();
+        continue;
+      }
+      const Edge& edge = sources[step.next];
+      if (states[edge.source] == State::kNew) {
+        // Looked at again once the source is done.
+        states[edge.source] = State::kOpen;
+        path.push_back({edge.source, sources.Begin(edge.source)});
+        continue;
+      }
+      ++step.next;
+      const bool closesRing = states[edge.source] == State::kOpen;
+      if (closesRing || depths[edge.source] + 1 > kMaxConnectionDepth) {
+        isDropped[edge.connection] = true;
+      } else {
+        depths[edge.destination] = std::max(depths[edge.destination], depths[edge.source] + 1);
+      }
+    }
+  }
+}
+
+// Marks connections of curve nodes to more layers, and of layers to more stacks, than the limit.
+void FilterAnimations(const std::vector<FbxConnection>& connections, std::vector<bool>& isDropped) {
+  std::unordered_map<const FbxObject*, int> owners;
+  for (size_t i = 0; i < connections.size(); ++i) {
+    const auto& [source, destination] = connections[i];
+    const bool isOwner = (IsObjectOf(source, FbxAnimCurveNode::ClassId) &&
+                          IsObjectOf(destination, FbxAnimLayer::ClassId)) ||
+                         (IsObjectOf(source, FbxAnimLayer::ClassId) &&
+                          IsObjectOf(destination, FbxAnimStack::ClassId));
+    if (isOwner && ++owners[source.GetFbxObject()] > kMaxAnimationOwners) isDropped[i] = true;
+  }
+}
+
+// Removes connections, keeping the order of the others: of a node to a second parent, of a node
+// below itself, of the root node, of a texture or a property that would close a ring, those that
+// lead deeper than the limit, and those of a curve node or layer to more owners than the limit.
+// What hangs below a node without its connection isn't in the scene's tree then.
+//
+// A scene file is untrusted: nodes must form trees, and neither textures nor properties may feed
+// themselves, or whoever walks them would never come to an end. All connections of a file are
+// looked at together, in time that grows with their number: one at a time, the depth of a tree that
+// is connected from the leaves up, or the search for a ring through layered textures, would cost
+// the square of it.
+void FilterConnections(std::vector<FbxConnection>& connections, const FbxNode* rootNode) {
+  std::vector<bool> isDropped(connections.size(), false);
+  FilterNodes(connections, rootNode, isDropped);
+  FilterChains(connections, isDropped);
+  FilterAnimations(connections, isDropped);
+  size_t kept = 0;
+  for (size_t i = 0; i < connections.size(); ++i) {
+    if (!isDropped[i]) connections[kept++] = connections[i];
+  }
+  connections.resize(kept);
+}
 
 class ConnectionReader {
  public:

@@ -3,8 +3,8 @@
 
 #include "fbx/io/fbx_io.h"
 #include "fbx/reader/read_records.h"
+#include "fbx/scene/fbx_deformer.h"
 #include "fbx/scene/fbx_node.h"
-#include "fbx/scene/fbx_pose.h"
 
 void ReadNode(FbxIO& io, FbxNode& node) {
   ReadProperties(io, node);

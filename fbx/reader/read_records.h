@@ -15,7 +15,7 @@
 #include "fbx/core/fbx_class_id.h"
 #include "fbx/core/fbx_property.h"
 #include "fbx/math/fbx_matrix.h"
-#include "fbx/scene/fbx_node_attribute.h"
+#include "fbx/scene/fbx_node.h"
 
 class FbxAnimCurve;
 class FbxBlendShape;
@@ -35,7 +35,6 @@ class FbxSkin;
 class FbxSurfaceMaterial;
 class FbxVideo;
 class KFCurve;
-struct FbxConnection;
 struct FbxTakeInfo;
 
 // How the records of a document name its objects.
@@ -101,10 +100,16 @@ FbxTakeInfo ReadTakeInfo(FbxIO& io, std::string name);
 // The current list is the document's; the takes are in its `Takes`.
 void ReadTakes(FbxIO& io, FbxDocument& document);
 
+// One connection of a file. Objects are their root properties.
+struct FbxConnection {
+  FbxProperty source;
+  FbxProperty destination;
+};
+
 // The connections of the document whose list is the current one, in file order. One with an end
 // that isn't there is passed over.
 std::vector<FbxConnection> ReadConnections(FbxIO& io, FbxDocument& document,
                                            FbxObjectReferences& references);
-// Makes the connections that the filter lets pass, each once unless it may repeat. The root node
-// may be null.
+// Makes connections, each once unless it may repeat, but for those that would give a node a second
+// parent, close a ring or lead too deep. The root node may be null.
 void MakeConnections(std::vector<FbxConnection> connections, const FbxNode* rootNode);

@@ -1,23 +1,150 @@
-// A member of the scene tree. Its place, attributes and materials are connections; the lists here
-// only keep them at hand. Its transform is a set of properties with pivots, copied into a
-// FbxTransform after load, from which the evaluator makes matrices.
+// Nodes: the members of the scene tree, their transforms, and what they can carry.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
 #include "fbx/core/fbx_object.h"
 #include "fbx/core/fbx_time.h"
 #include "fbx/math/fbx_matrix.h"
-#include "fbx/scene/fbx_transform.h"
 
-class FbxCamera;
 class FbxGeometry;
-class FbxLight;
 class FbxMesh;
-class FbxNodeAttribute;
+class FbxNode;
 class FbxSurfaceMaterial;
 
+// How a parent's scaling reaches a child: R and S are the parent's, r and s the child's.
+enum EFbxInheritType { eInheritRrSs = 0, eInheritRSrs = 1, eInheritRrs = 2 };
+
+// The inherit type of a number in a file; RrSs for an unknown one.
+constexpr EFbxInheritType ToInheritType(int number) {
+  return number == eInheritRSrs || number == eInheritRrs ? static_cast<EFbxInheritType>(number)
+                                                         : eInheritRrSs;
+}
+
+// Limits of a triple of values.
+struct FbxLimits {
+  bool active = false;
+  std::array<bool, 3> minActive{};
+  std::array<bool, 3> maxActive{};
+  FbxVector4 min{0.0, 0.0, 0.0};
+  FbxVector4 max{0.0, 0.0, 0.0};
+
+  // Clamps each component whose axis has a limit; nothing while the limits aren't active.
+  FbxVector4 Apply(const FbxVector4& value) const;
+  // Whether Apply can change anything.
+  bool HasAny() const;
+};
+
+// The fixed parts of a node's transform: what its properties say about rotation order, pre and post
+// rotation, pivots and limits, in the form in which the evaluator needs them.
+struct FbxTransform {
+  FbxRotationOrder rotationOrder{eEulerXYZ};
+  bool rotationActive = false;
+  bool rotationSpaceForLimitOnly = false;
+
+  FbxLimits translationLimits;
+  FbxLimits rotationLimits;
+  FbxLimits scalingLimits;
+
+  bool hasRotationOffset = false;
+  bool hasRotationPivot = false;
+  bool hasScalingOffset = false;
+  bool hasScalingPivot = false;
+  FbxVector4 rotationOffset;
+  FbxVector4 rotationPivot;
+  FbxVector4 scalingOffset;
+  FbxVector4 scalingPivot;
+
+  bool hasPreRotation = false;
+  bool hasPostRotation = false;
+  FbxAMatrix preRotation;
+  FbxAMatrix postRotation;
+  FbxAMatrix inversePostRotation;
+
+  // The local rotation matrix of angles in degrees. `forLimits` asks for the form that applies the
+  // rotation space even where it is there for the limits only.
+  FbxAMatrix DoF2LRM(const FbxVector4& rotation, bool forLimits = false) const;
+  // The angles of a local rotation matrix: the inverse of DoF2LRM.
+  FbxVector4 LRM2DoF(const FbxAMatrix& matrix, bool forLimits = false) const;
+  // The angles after the rotation limits, which apply in the node's rotation space.
+  FbxVector4 ApplyRotationLimits(const FbxVector4& rotation) const;
+  // The local translation: `translation` plus what the pivots and offsets add.
+  FbxVector4 DoF2LT(const FbxVector4& translation, const FbxAMatrix& localRotation,
+                    const FbxVector4& scaling) const;
+};
+
+// What a node can carry: null, skeleton, camera, light, geometry.
+class FbxNodeAttribute : public FbxObject {
+  FBX_OBJECT(FbxNodeAttribute)
+
+  enum EType {
+    eUnknown = 0,
+    eNull,
+    eMarker,
+    eSkeleton,
+    eMesh,
+    eNurbs,
+    ePatch,
+    eCamera,
+    eCameraStereo,
+    eCameraSwitcher,
+    eLight,
+    eOpticalReference,
+    eOpticalMarker,
+    eNurbsCurve,
+    eTrimNurbsSurface,
+    eBoundary,
+    eNurbsSurface,
+    eShape,
+    eLODGroup,
+    eSubDiv,
+    eCachedEffect,
+    eLine,
+  };
+  virtual EType GetAttributeType() const { return eUnknown; }
+
+  // The nodes that carry this attribute, in connection order.
+  FbxNode* GetNode(int index = 0) const;
+};
+
+class FbxNull : public FbxNodeAttribute {
+  FBX_OBJECT(FbxNull)
+  EType GetAttributeType() const override { return eNull; }
+};
+
+class FbxSkeleton : public FbxNodeAttribute {
+  FBX_OBJECT(FbxSkeleton)
+  enum ESkeletonType { eRoot = 0, eLimb = 1, eLimbNode = 2, eEffector = 3 };
+
+  EType GetAttributeType() const override { return FbxNodeAttribute::eSkeleton; }
+  ESkeletonType GetSkeletonType() const { return type_; }
+  void SetSkeletonType(ESkeletonType type) { type_ = type; }
+
+ private:
+  ESkeletonType type_ = eRoot;
+};
+
+class FbxCamera : public FbxNodeAttribute {
+  FBX_OBJECT(FbxCamera)
+  EType GetAttributeType() const override { return eCamera; }
+};
+
+class FbxLight : public FbxNodeAttribute {
+  FBX_OBJECT(FbxLight)
+  enum ELightType { ePoint = 0, eDirectional = 1, eSpot = 2, eArea = 3, eVolume = 4 };
+
+  EType GetAttributeType() const override { return eLight; }
+  // The file's number as it stands; values beyond the list are possible.
+  int GetLightType() const;
+  // Red, green, blue; 1 is full.
+  FbxDouble3 GetColor() const;
+};
+
+// A member of the scene tree. Its place, attributes and materials are connections; the lists here
+// only keep them at hand. Its transform is a set of properties with pivots, copied into a
+// FbxTransform after load, from which the evaluator makes matrices.
 class FbxNode : public FbxObject {
   FBX_OBJECT(FbxNode)
 

@@ -1,9 +1,116 @@
 #include "fbx/scene/fbx_scene.h"
 
+#include <array>
 #include <unordered_set>
 
+#include "fbx/core/fbx_property_page.h"
 #include "fbx/scene/fbx_node.h"
-#include "fbx/scene/fbx_node_attribute.h"
+
+// Up, front, right.
+constinit const FbxAxisSystem FbxAxisSystem::MayaZUp{{2, 1}, {1, -1}, {0, 1}};
+constinit const FbxAxisSystem FbxAxisSystem::MayaYUp{{1, 1}, {2, 1}, {0, 1}};
+constinit const FbxAxisSystem FbxAxisSystem::Max{{2, 1}, {1, -1}, {0, 1}};
+constinit const FbxAxisSystem FbxAxisSystem::Motionbuilder{{1, 1}, {2, 1}, {0, 1}};
+constinit const FbxAxisSystem FbxAxisSystem::OpenGL{{1, 1}, {2, 1}, {0, 1}};
+constinit const FbxAxisSystem FbxAxisSystem::DirectX{{1, 1}, {2, 1}, {0, -1}};
+constinit const FbxAxisSystem FbxAxisSystem::Lightwave{{1, 1}, {2, 1}, {0, -1}};
+
+FbxAxisSystem::FbxAxisSystem(EPreDefinedAxisSystem system) {
+  static constexpr std::array<const FbxAxisSystem*, 7> kSystems = {
+      &MayaZUp, &MayaYUp, &Max, &Motionbuilder, &OpenGL, &DirectX, &Lightwave};
+  const size_t index = static_cast<size_t>(system);
+  if (index < kSystems.size()) *this = *kSystems[index];
+}
+
+bool FbxAxisSystem::IsValid() const {
+  std::array<bool, 3> named{};
+  for (const Axis& axis : {up_, front_, right_}) {
+    if (axis.axis < 0 || axis.axis > 2 || (axis.sign != 1 && axis.sign != -1)) return false;
+    named[static_cast<size_t>(axis.axis)] = true;
+  }
+  return named[0] && named[1] && named[2];
+}
+
+FbxAMatrix FbxAxisSystem::GetConversionMatrix(const FbxAxisSystem& from) const {
+  if (!IsValid() || !from.IsValid()) return {};
+  FbxMatrix matrix;
+  const auto take = [&matrix](Axis source, Axis target) {
+    for (int column = 0; column < 3; ++column) matrix.At(source.axis, column) = 0.0;
+    matrix.At(source.axis, target.axis) = source.sign * target.sign;
+  };
+  take(from.right_, right_);
+  take(from.up_, up_);
+  take(from.front_, front_);
+  return FbxAMatrix(matrix);
+}
+
+namespace {
+
+void DeclareSettings(FbxPropertyPage& page) {
+  const auto axis = [&page](const char* name, int64_t number) {
+    page.Declare(name, FbxIntDT, number);
+    page.Declare(std::string(name) + "Sign", FbxIntDT, int64_t{1});
+  };
+  axis("UpAxis", 1);
+  axis("FrontAxis", 2);
+  axis("CoordAxis", 0);
+  axis("OriginalUpAxis", -1);
+  page.Declare("UnitScaleFactor", FbxDoubleDT, 1.0);
+  page.Declare("OriginalUnitScaleFactor", FbxDoubleDT, 1.0);
+  page.Declare("AmbientColor", FbxColor3DT);
+  page.Declare("DefaultCamera", FbxStringDT);
+  page.Declare("TimeMode", FbxEnumDT, int64_t{FbxTime::eDefaultMode});
+  page.Declare("TimeProtocol", FbxEnumDT, int64_t{FbxTime::eDefaultProtocol});
+  page.Declare("CustomFrameRate", FbxDoubleDT, -1.0);
+}
+
+}  // namespace
+
+FBX_OBJECT_DEFINE(FbxGlobalSettings, FbxObject, "GlobalSettings", DeclareSettings)
+
+FbxAxisSystem FbxGlobalSettings::GetAxisSystem() const {
+  const auto axis = [this](const std::string& name) {
+    const int sign = FindProperty(name + "Sign").Get<int>();
+    return FbxAxisSystem::Axis{FindProperty(name).Get<int>(), sign < 0 ? -1 : 1};
+  };
+  const FbxAxisSystem system(axis("UpAxis"), axis("FrontAxis"), axis("CoordAxis"));
+  return system.IsValid() ? system : FbxAxisSystem();
+}
+
+void FbxGlobalSettings::SetAxisSystem(const FbxAxisSystem& system) {
+  const auto set = [this](const std::string& name, FbxAxisSystem::Axis axis) {
+    FindProperty(name).Set(axis.axis);
+    FindProperty(name + "Sign").Set(axis.sign);
+  };
+  set("UpAxis", system.GetUp());
+  set("FrontAxis", system.GetFront());
+  set("CoordAxis", system.GetRight());
+}
+
+double FbxGlobalSettings::GetSystemUnit() const {
+  return FindProperty("UnitScaleFactor").Get<double>();
+}
+
+FbxTime::EMode FbxGlobalSettings::GetTimeMode() const {
+  return static_cast<FbxTime::EMode>(FindProperty("TimeMode").Get<int>());
+}
+
+FbxTime::EProtocol FbxGlobalSettings::GetTimeProtocol() const {
+  return static_cast<FbxTime::EProtocol>(FindProperty("TimeProtocol").Get<int>());
+}
+
+double FbxGlobalSettings::GetCustomFrameRate() const {
+  return FindProperty("CustomFrameRate").Get<double>();
+}
+
+FbxColor FbxGlobalSettings::GetAmbientColor() const {
+  const auto rgb = FindProperty("AmbientColor").Get<FbxDouble3>();
+  return {rgb[0], rgb[1], rgb[2], 1.0};
+}
+
+void FbxGlobalSettings::SetAmbientColor(const FbxColor& color) {
+  FindProperty("AmbientColor").Set(FbxDouble3{color.mRed, color.mGreen, color.mBlue});
+}
 
 FBX_OBJECT_DEFINE(FbxCollection, FbxObject, "Collection", nullptr)
 FBX_OBJECT_DEFINE(FbxDocument, FbxCollection, "Document", nullptr)

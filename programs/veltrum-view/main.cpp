@@ -9,7 +9,6 @@
 #include <getopt.h>
 
 #include "cal3d/io/output_file.h"
-#include "cal3d/io/unfinished_files.h"
 #include "gltf/glb_export.h"
 #include "programs/veltrum-view/model_files.h"
 #include "programs/veltrum-view/page.h"

@@ -14,7 +14,6 @@
 #include <nlohmann/json.hpp>
 
 #include "cal3d/io/file_format.h"
-#include "cal3d/io/file_kinds.h"
 #include "cal3d/io/input_file.h"
 #include "cal3d/io/loader.h"
 

@@ -10,7 +10,7 @@
 #include <malloc.h>
 #endif
 
-#include "cal3d/io/unfinished_files.h"
+#include "cal3d/io/output_file.h"
 #include "converter/base/complaint.h"
 #include "converter/base/log.h"
 #include "converter/base/records.h"

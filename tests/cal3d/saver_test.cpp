@@ -21,7 +21,6 @@
 #include <sys/time.h>
 
 #include "cal3d/io/output_file.h"
-#include "cal3d/io/unfinished_files.h"
 #include "tests/cal3d/sample_models.h"
 #include "tests/support/temp_dir.h"
 

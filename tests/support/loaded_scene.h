@@ -7,10 +7,9 @@
 
 #include <gtest/gtest.h>
 
-#include "fbx/anim/fbx_anim_stack.h"
-#include "fbx/core/fbx_manager.h"
+#include "fbx/anim/fbx_animation.h"
+#include "fbx/core/fbx_object.h"
 #include "fbx/reader/fbx_importer.h"
-#include "fbx/reader/fbx_io_settings.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_scene.h"
 #include "tests/support/scene_builder.h"

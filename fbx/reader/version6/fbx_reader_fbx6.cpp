@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <string_view>
 #include <utility>
 
-#include "fbx/reader/connection_filter.h"
-#include "fbx/reader/version6/old_settings.h"
+#include "fbx/io/fbx_io.h"
+#include "fbx/io/stored_value.h"
 #include "fbx/scene/fbx_mesh.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_scene.h"
@@ -31,6 +33,50 @@ bool IsRead(std::string_view type, std::string_view kind) {
   return std::ranges::any_of(kRecords, [&](const auto& record) {
     return record.first == type && (record.second.empty() || record.second == kind);
   });
+}
+
+// The rates of the time modes as files write them, by mode. Two modes have none.
+constexpr std::array<std::string_view, 18> kRates = {
+    "",           "120", "100", "60",   "50",     "48", "30", "",   "29.97 drop",
+    "29.97 full", "25",  "24",  "1000", "23.976", "",   "96", "72", "59.94"};
+
+template <typename T>
+void SetIfSilent(const FbxGlobalSettings& settings, const char* name, const T& value) {
+  FbxProperty property = settings.FindProperty(name);
+  if (!property.Modified()) property.Set(value);
+}
+
+void SetFrameRate(const FbxGlobalSettings& settings, std::string_view text) {
+  if (text.empty() || settings.FindProperty("TimeMode").Modified()) return;
+  for (size_t mode = 0; mode < kRates.size(); ++mode) {
+    if (kRates[mode] == text) return SetIfSilent(settings, "TimeMode", static_cast<int>(mode));
+  }
+  const double rate = ParseReal(text);
+  if (!std::isfinite(rate) || rate <= 0.0) return;
+  SetIfSilent(settings, "TimeMode", static_cast<int>(FbxTime::eCustom));
+  SetIfSilent(settings, "CustomFrameRate", rate);
+}
+
+// Fills what `settings`, read before, are silent about: the ambient colour and the time mode. The
+// current list is the document's; they are in its `Version5`.
+void ReadOldSettings(FbxIO& io, FbxGlobalSettings& settings) {
+  const auto enter = [&io](const char* name) {
+    return io.FieldReadBegin(name) && io.FieldReadBlockBegin();
+  };
+  if (!enter("Version5")) return;
+  if (enter("AmbientRenderSettings")) {
+    if (io.FieldReadBegin("AmbientLightColor")) {
+      FbxDouble3 color{};
+      io.FieldReadDn(color.data(), static_cast<int>(color.size()));
+      SetIfSilent(settings, "AmbientColor", color);
+    }
+    io.FieldReadBlockEnd();
+  }
+  if (enter("Settings")) {
+    SetFrameRate(settings, io.FieldReadC("FrameRate"));
+    io.FieldReadBlockEnd();
+  }
+  io.FieldReadBlockEnd();
 }
 
 }  // namespace

@@ -3,8 +3,7 @@
 #include <array>
 #include <limits>
 
-#include "fbx/anim/fbx_anim_curve.h"
-#include "fbx/anim/fbx_anim_stack.h"
+#include "fbx/anim/fbx_animation.h"
 #include "fbx/reader/version6/fbx_reader_fbx6.h"
 #include "fbx/reader/version6/key_list.h"
 #include "fbx/scene/fbx_mesh.h"

@@ -8,7 +8,7 @@
 #include "converter/base/conversion_arguments.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/scene_channels.h"
-#include "fbx/anim/fbx_anim_stack.h"
+#include "fbx/anim/fbx_animation.h"
 #include "tests/support/scene_builder.h"
 #include "tests/support/temp_dir.h"
 

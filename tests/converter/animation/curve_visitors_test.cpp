@@ -5,8 +5,7 @@
 
 #include <gmock/gmock.h>
 
-#include "converter/animation/advanced_channels.h"
-#include "fbx/anim/fbx_anim_curve.h"
+#include "fbx/anim/fbx_animation.h"
 #include "fbx/scene/fbx_node.h"
 #include "tests/converter/animation/clip_file.h"
 

@@ -7,9 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "fbx/core/fbx_manager.h"
+#include "fbx/core/fbx_object.h"
 #include "fbx/scene/fbx_node.h"
-#include "fbx/scene/fbx_node_attribute.h"
 
 namespace {
 

@@ -1,11 +1,10 @@
-#include "converter/skeleton/bone_name_map.h"
-
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "fbx/core/fbx_manager.h"
+#include "converter/skeleton/skeleton_roots.h"
+#include "fbx/core/fbx_object.h"
 #include "fbx/scene/fbx_node.h"
 
 namespace {

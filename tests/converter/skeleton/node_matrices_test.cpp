@@ -5,9 +5,9 @@
 
 #include "converter/scene/scene_queries.h"
 #include "converter/skeleton/export_node.h"
-#include "fbx/core/fbx_manager.h"
+#include "fbx/core/fbx_object.h"
+#include "fbx/scene/fbx_deformer.h"
 #include "fbx/scene/fbx_node.h"
-#include "fbx/scene/fbx_pose.h"
 #include "fbx/scene/fbx_scene.h"
 #include "tests/support/printed.h"
 

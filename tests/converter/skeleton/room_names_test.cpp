@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "fbx/core/fbx_manager.h"
+#include "fbx/core/fbx_object.h"
 #include "fbx/scene/fbx_node.h"
 
 namespace {

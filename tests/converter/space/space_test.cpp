@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "converter/space/axis_mod.h"
-#include "converter/space/key_values.h"
+#include "converter/space/frames.h"
 #include "fbx/core/fbx_time.h"
 
 namespace {

@@ -1,9 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "fbx/anim/fbx_anim_curve.h"
-#include "fbx/scene/fbx_axis_system.h"
+#include "fbx/anim/fbx_animation.h"
 #include "fbx/scene/fbx_deformer.h"
-#include "fbx/scene/fbx_pose.h"
+#include "fbx/scene/fbx_scene.h"
 #include "tests/fbx/anim/curves.h"
 #include "tests/fbx/near.h"
 #include "tests/support/loaded_scene.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "fbx/anim/fbx_anim_curve.h"
+#include "fbx/anim/fbx_animation.h"
 #include "tests/fbx/anim/curves.h"
 #include "tests/fbx/near.h"
 #include "tests/support/loaded_scene.h"

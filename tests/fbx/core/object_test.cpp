@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "fbx/core/fbx_manager.h"
+#include "fbx/core/fbx_object.h"
 #include "fbx/scene/fbx_deformer.h"
 #include "fbx/scene/fbx_material.h"
 #include "fbx/scene/fbx_mesh.h"

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include "fbx/core/fbx_status.h"
 #include "fbx/core/fbx_string.h"
 #include "fbx/core/fbx_time.h"
 

@@ -5,7 +5,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "fbx/core/fbx_manager.h"
+#include "fbx/core/fbx_object.h"
 #include "fbx/reader/fbx_importer.h"
 #include "fbx/scene/fbx_scene.h"
 #include "tests/support/scene_builder.h"

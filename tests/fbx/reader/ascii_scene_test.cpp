@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "fbx/anim/fbx_anim_curve.h"
+#include "fbx/anim/fbx_animation.h"
 #include "fbx/scene/fbx_mesh.h"
 #include "tests/support/loaded_scene.h"
 

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "fbx/io/fbx_io.h"
-#include "fbx/scene/fbx_global_settings.h"
+#include "fbx/scene/fbx_scene.h"
 #include "tests/support/loaded_scene.h"
 
 using testing::ElementsAre;

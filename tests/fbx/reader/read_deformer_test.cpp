@@ -4,7 +4,6 @@
 
 #include "fbx/scene/fbx_deformer.h"
 #include "fbx/scene/fbx_mesh.h"
-#include "fbx/scene/fbx_pose.h"
 #include "tests/fbx/near.h"
 #include "tests/support/loaded_scene.h"
 

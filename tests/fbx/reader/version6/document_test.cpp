@@ -2,11 +2,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "fbx/anim/fbx_anim_curve.h"
-#include "fbx/anim/fbx_anim_stack.h"
+#include "fbx/anim/fbx_animation.h"
+#include "fbx/scene/fbx_deformer.h"
 #include "fbx/scene/fbx_material.h"
 #include "fbx/scene/fbx_mesh.h"
-#include "fbx/scene/fbx_pose.h"
 #include "tests/support/loaded_scene.h"
 
 using testing::ElementsAre;

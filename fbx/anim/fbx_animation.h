@@ -1,5 +1,5 @@
-// The animation of one property in one layer: a curve node with a channel for each component of the
-// property, and the curves that feed the channels.
+// Animation as objects: a stack is a take, and has layers as its sources; a layer has curve nodes,
+// each of one property, with a channel for each component of it, and a channel has a curve.
 #pragma once
 
 #include <string>
@@ -8,6 +8,25 @@
 #include "fbx/anim/kf_curve.h"
 #include "fbx/core/fbx_object.h"
 #include "fbx/core/fbx_time.h"
+#include "fbx/scene/fbx_scene.h"
+
+class FbxAnimLayer : public FbxCollection {
+  FBX_OBJECT(FbxAnimLayer)
+  enum EBlendMode { eBlendAdditive = 0, eBlendOverride = 1, eBlendOverridePassthrough = 2 };
+  // Percent.
+  double GetWeight() const;
+  int GetBlendMode() const;
+  bool IsMuted() const;
+};
+
+class FbxAnimStack : public FbxCollection {
+  FBX_OBJECT(FbxAnimStack)
+  FbxTimeSpan GetLocalTimeSpan() const;
+  FbxTimeSpan GetReferenceTimeSpan() const;
+  int GetLayerCount() const { return GetSrcObjectCount<FbxAnimLayer>(); }
+  // The first one is the base.
+  FbxAnimLayer* GetLayer(int index) const { return GetSrcObject<FbxAnimLayer>(index); }
+};
 
 class FbxAnimCurveBase : public FbxObject {
   FBX_OBJECT(FbxAnimCurveBase)

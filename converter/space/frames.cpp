@@ -1,4 +1,4 @@
-#include "converter/space/key_values.h"
+#include "converter/space/frames.h"
 
 #include <cmath>
 
