@@ -135,7 +135,9 @@ export async function faultsOf(bytes) {
 
 if (process.argv[1] === fileURLToPath(import.meta.url)) {
   for (const file of process.argv.slice(2)) {
-    const faults = await faultsOf(await readFile(file));
+    const faults = await readFile(file)
+      .then(faultsOf)
+      .catch((error) => [error.message]);
     console.log(`${file}: ${faults.length ? 'bad' : 'good'}`);
     for (const fault of faults) console.log(`  ${fault}`);
     if (faults.length) process.exitCode = 1;

@@ -76,6 +76,8 @@ export class Browser {
   async visit(file, { hash = '', ...options } = {}) {
     const context = await this.chromium.newContext({
       viewport: { width: 1100, height: 720 },
+      // Drawing on the processor takes its time by the pixel.
+      deviceScaleFactor: 0.5,
       ...options,
     });
     const page = await context.newPage();
