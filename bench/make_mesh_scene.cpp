@@ -1,6 +1,11 @@
 // Writes a scene of skinned meshes, as large as asked for: each mesh a wavy sheet with four weights
 // a point, a normal for each corner, indexed texture coordinates with a seam, three materials and,
-// if asked for, morphs that each move a quarter of the points and turn their normals.
+// if asked for, morphs that each move some of the points and turn their normals.
+//
+//   make_mesh_scene FILE binary|text TRIANGLES MESHES [MORPHS PERCENT]
+//
+// PERCENT is how many of its mesh's points a morph moves.
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -96,15 +101,16 @@ void AddSkin(SceneBuilder& scene, const Sheet& sheet, int64_t geometry,
   }
 }
 
-void AddMorphs(SceneBuilder& scene, const Sheet& sheet, int64_t geometry, int count) {
+void AddMorphs(SceneBuilder& scene, const Sheet& sheet, int64_t geometry, int count, int percent) {
   if (count == 0) return;
   const int64_t blendShape = scene.BlendShape(geometry);
-  const int moved = sheet.PointCount() / 4;
+  const int moved = static_cast<int>(int64_t{sheet.PointCount()} * percent / 100);
+  const int unmoved = sheet.PointCount() - moved;
   for (int morph = 0; morph < count; ++morph) {
     std::vector<int32_t> points;
     std::vector<double> offsets;
     std::vector<double> normals;
-    const int first = static_cast<int>(3LL * moved * morph / count);
+    const int first = static_cast<int>(int64_t{unmoved} * morph / count);
     for (int point = first; point < first + moved; ++point) {
       const double phase = point * 0.013 + morph;
       points.push_back(point);
@@ -120,13 +126,16 @@ void AddMorphs(SceneBuilder& scene, const Sheet& sheet, int64_t geometry, int co
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 4 && argc != 5) {
-    std::fprintf(stderr, "usage: make_mesh_scene FILE TRIANGLES MESHES [MORPHS]\n");
+  if (argc != 5 && argc != 7) {
+    std::fprintf(stderr,
+                 "usage: make_mesh_scene FILE binary|text TRIANGLES MESHES [MORPHS PERCENT]\n");
     return 2;
   }
-  const int morphs = argc == 5 ? std::atoi(argv[4]) : 0;
-  const int meshes = std::max(std::atoi(argv[3]), 1);
-  const int rows = std::max(std::atoi(argv[2]) / meshes / (2 * kColumns), 1);
+  const bool isText = std::string(argv[2]) == "text";
+  const int meshes = std::max(std::atoi(argv[4]), 1);
+  const int rows = std::max(std::atoi(argv[3]) / meshes / (2 * kColumns), 1);
+  const int morphs = argc == 7 ? std::atoi(argv[5]) : 0;
+  const int percent = argc == 7 ? std::clamp(std::atoi(argv[6]), 0, 100) : 0;
   SceneBuilder scene;
   scene.SetAxes(1, 1, 2, 1, 0, 1);  // converted while it loads, as most scenes are
   std::vector<int64_t> bones;
@@ -142,9 +151,9 @@ int main(int argc, char** argv) {
     const SceneBuilder::MeshIds ids = AddSheet(scene, sheet);
     for (const int64_t material : materials) scene.Connect(material, ids.node);
     AddSkin(scene, sheet, ids.mesh, bones);
-    AddMorphs(scene, sheet, ids.mesh, morphs);
+    AddMorphs(scene, sheet, ids.mesh, morphs, percent);
   }
   std::ofstream file(argv[1], std::ios::binary);
-  file << scene.Write({.compress = true});
+  file << scene.Write({.ascii = isText, .compress = !isText});
   return file.flush() ? 0 : 1;
 }
