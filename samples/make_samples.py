@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Writes the sample scenes avatar.fbx and room.fbx, and their textures, beside this file.
+"""Writes the sample scenes avatar.fbx, room.fbx and oddities.fbx, and their textures, beside this
+file.
 
 The scenes are ASCII FBX 7.4: Y up, Z to the front, X to the character's left, centimetres. The
 output depends on nothing but this text, so a change here shows as a readable change of the scenes.
@@ -139,7 +140,8 @@ class Scene:
                              f'TypeFlags: "{flags}"')
         self.connect(attribute, node)
 
-    def add_phong(self, name, diffuse, node, texture_file=None):
+    def add_phong(self, name, diffuse, node, textures=None, opacity=None):
+        """`textures` is a map from channel to file."""
         material = self.add(
             "Material", f"Material::{name}", "",
             "Version: 102", 'ShadingModel: "phong"', "MultiLayer: 0",
@@ -147,25 +149,26 @@ class Scene:
                 prop("ShadingModel", "KString", "", "", "phong"),
                 prop("DiffuseColor", "Color", "", "A", *diffuse),
                 prop("SpecularColor", "Color", "", "A", 0.1, 0.1, 0.1),
-                prop("ShininessExponent", "Number", "", "A", 10.0)))
+                prop("ShininessExponent", "Number", "", "A", 10.0),
+                *([] if opacity is None else [prop("Opacity", "double", "Number", "", opacity)])))
         self.connect(material, node)
-        if texture_file is None:
-            return
+        for channel, file in (textures or {}).items():
+            self.add_texture(name + channel.removesuffix("Color"), file, material, channel)
+
+    def add_texture(self, name, file, material, channel):
         texture = self.add(
-            "Texture", f"Texture::{name}Diffuse", "",
-            'Type: "TextureVideoClip"', "Version: 202",
-            f'TextureName: "Texture::{name}Diffuse"',
+            "Texture", f"Texture::{name}", "",
+            'Type: "TextureVideoClip"', "Version: 202", f'TextureName: "Texture::{name}"',
             properties(prop("UVSet", "KString", "", "", "map1"),
                        prop("UseMaterial", "bool", "", "", 1)),
-            f'Media: "Video::{name}Diffuse"',
-            f'FileName: "{texture_file}"', f'RelativeFilename: "{texture_file}"',
+            f'Media: "Video::{name}"', f'FileName: "{file}"', f'RelativeFilename: "{file}"',
             "ModelUVTranslation: 0,0", "ModelUVScaling: 1,1",
             'Texture_Alpha_Source: "None"', "Cropping: 0,0,0,0")
-        self.connect(texture, material, "DiffuseColor")
+        self.connect(texture, material, channel)
         video = self.add(
-            "Video", f"Video::{name}Diffuse", "Clip",
-            'Type: "Clip"', properties(prop("Path", "KString", "XRefUrl", "", texture_file)),
-            "UseMipMap: 0", f'Filename: "{texture_file}"', f'RelativeFilename: "{texture_file}"')
+            "Video", f"Video::{name}", "Clip",
+            'Type: "Clip"', properties(prop("Path", "KString", "XRefUrl", "", file)),
+            "UseMipMap: 0", f'Filename: "{file}"', f'RelativeFilename: "{file}"')
         self.connect(video, texture)
 
     def add_mesh(self, name, mesh, node):
@@ -195,14 +198,36 @@ class Scene:
         self.connect(geometry, node)
         return geometry
 
-    def add_stack(self, name, seconds):
+    def add_morphs(self, name, geometry, channels):
+        """`channels` is a map from name to shapes, each a map from point to its offset. Gives the
+        ids by name."""
+        deformer = self.add("Deformer", f"Deformer::{name}", "BlendShape", "Version: 100")
+        self.connect(deformer, geometry)
+        ids = {}
+        for channel, shapes in channels.items():
+            ids[channel] = self.add(
+                "Deformer", f"SubDeformer::{channel}", "BlendShapeChannel", "Version: 100",
+                properties(prop("DeformPercent", "Number", "", "A", 0)), "DeformPercent: 0",
+                array("FullWeights", [100 * (i + 1) // len(shapes) for i in range(len(shapes))]))
+            made = [self.add(
+                "Geometry", f"Geometry::{channel}", "Shape", "Version: 100",
+                array("Indexes", offsets),
+                array("Vertices", (float(c) for d in offsets.values() for c in d)),
+                array("Normals", (0 for d in offsets.values() for _ in d)))
+                for offsets in shapes]
+            self.connect(ids[channel], deformer)
+            for shape in made:
+                self.connect(shape, ids[channel])
+        return ids
+
+    def add_stack(self, name, seconds, reference=None):
         """Adds an animation stack with one layer and gives the layer's id."""
         stop = ticks(seconds)
         stack = self.add("AnimationStack", f"AnimStack::{name}", "", properties(
             prop("LocalStart", "KTime", "Time", "", 0),
             prop("LocalStop", "KTime", "Time", "", stop),
             prop("ReferenceStart", "KTime", "Time", "", 0),
-            prop("ReferenceStop", "KTime", "Time", "", stop)))
+            prop("ReferenceStop", "KTime", "Time", "", ticks(reference or seconds))))
         layer = self.add("AnimationLayer", "AnimLayer::BaseLayer", "",
                          properties(prop("Weight", "Number", "", "A", 100)))
         self.connect(layer, stack)
@@ -462,8 +487,10 @@ def make_avatar(folder):
                                      bone_global.get(parent, identity()))
 
     mesh, weights, morphs = build_body(bone_global)
-    scene.add_phong("Skin", (0.87, 0.68, 0.57), body, "textures/skin.png")
-    scene.add_phong("Shirt", (0.2, 0.35, 0.7), body, "textures/shirt.png")
+    scene.add_phong("Skin", (0.87, 0.68, 0.57), body,
+                    {"DiffuseColor": "textures/skin.png"})
+    scene.add_phong("Shirt", (0.2, 0.35, 0.7), body,
+                    {"DiffuseColor": "textures/shirt.png"})
     geometry = scene.add_mesh("Body", mesh, body)
 
     skin = scene.add("Deformer", "Deformer::Skin", "Skin", "Version: 101", "Link_DeformAcuracy: 50")
@@ -481,21 +508,7 @@ def make_avatar(folder):
         scene.connect(cluster, skin)
         scene.connect(bone, cluster)
 
-    face = scene.add("Deformer", "Deformer::Face", "BlendShape", "Version: 100")
-    scene.connect(face, geometry)
-    channels = {}
-    for name, deltas in morphs:
-        channels[name] = scene.add(
-            "Deformer", f"SubDeformer::{name}", "BlendShapeChannel", "Version: 100",
-            properties(prop("DeformPercent", "Number", "", "A", 0)), "DeformPercent: 0",
-            array("FullWeights", [100]))
-        shape = scene.add(
-            "Geometry", f"Geometry::{name}", "Shape", "Version: 100",
-            array("Indexes", deltas),
-            array("Vertices", (float(c) for d in deltas.values() for c in d)),
-            array("Normals", (0 for d in deltas.values() for _ in d)))
-        scene.connect(channels[name], face)
-        scene.connect(shape, channels[name])
+    channels = scene.add_morphs("Face", geometry, {name: [deltas] for name, deltas in morphs})
 
     pose_nodes = [(body, identity())] + [(bones[name], bone_global[name]) for name in bones]
     scene.add("Pose", "Pose::BIND_POSES", "BindPose", 'Type: "BindPose"', "Version: 100",
@@ -553,7 +566,8 @@ def make_room(folder):
     ground = scene.add_model("Ground", "Mesh", room)
     mesh = Mesh()
     mesh.add_tube([(-10, 350, 350), (0, 350, 350)], 4, lambda i: 0)
-    scene.add_phong("Boards", (0.6, 0.45, 0.3), ground, "textures/boards.png")
+    scene.add_phong("Boards", (0.6, 0.45, 0.3), ground,
+                    {"DiffuseColor": "textures/boards.png"})
     scene.add_mesh("Ground", mesh, ground)
 
     add_null("furniture_floor_01", (120, 0, 40))
@@ -590,6 +604,46 @@ def make_room(folder):
     scene.write(folder / "room.fbx")
 
 
+# ---- Oddities: what real scenes hold beside all that is in order
+
+def make_oddities(folder):
+    scene = Scene()
+    bones = {}
+    for name, parent, translation in (("Puppet", None, (0, 100, 0)), ("Arm", "Puppet", (50, 0, 0)),
+                                      ("Rope", None, (-200, 0, 0))):
+        bones[name] = scene.add_model(name, "LimbNode", bones.get(parent, 0), translation)
+        scene.add_attribute(name, "LimbNode", "Skeleton", bones[name],
+                            prop("Size", "double", "Number", "", 4))
+
+    def add_tube(name, parent, size, materials):
+        node = scene.add_model(name, "Mesh", parent)
+        mesh = Mesh()
+        if size:
+            mesh.add_tube([(0, size, size), (2 * size, size, size)], 3, lambda i: 0)
+        for material, details in materials.items():
+            scene.add_phong(material, (0.5, 0.5, 0.5), node, **details)
+        return scene.add_mesh(name, mesh, node)
+
+    add_tube("Ball", bones["Arm"], 60, {"Brick": {"textures": {
+        "DiffuseColor": "textures/shirt.png", "Bump": "textures/bump.png",
+        "NormalMap": "textures/normal.png"}}})
+    face = add_tube("Ball", bones["Arm"], 80, {"Glass": {"opacity": 0.5}})
+    add_tube("Big Hat", bones["Puppet"], 200, {"Gold[5]": {}})
+    add_tube("Pebble", 0, 2, {"Brick": {"textures": {"DiffuseColor": "textures/boards.png"}}})
+    add_tube("Nothing", bones["Rope"], 0, {})
+    # A target on the way, which isn't exported.
+    smile = scene.add_morphs("Face", face, {"smile": [{0: (0, 5, 0)}, {0: (0, 10, 0)}]})["smile"]
+
+    for name, angle in (("Swing", 30), ("Puppet|Swing", 60)):
+        layer = scene.add_stack(name, 1.0, reference=2.0 if name == "Swing" else None)
+        scene.animate(layer, bones["Arm"], "Lcl Rotation", "R", {"X": 0, "Y": 0, "Z": 0},
+                      {"Z": ([(0, 0), (0.5, angle), (1, 0)], LINEAR)})
+    scene.animate(scene.add_stack("Grin", 1.0), smile, "DeformPercent", "DeformPercent",
+                  {"DeformPercent": 0},
+                  {"DeformPercent": ([(0, 0), (0.5, 100), (1, 0)], LINEAR)})
+    scene.write(folder / "oddities.fbx")
+
+
 # ---- Textures
 
 def write_png(path, pixel, size=16):
@@ -617,3 +671,4 @@ if __name__ == "__main__":
     make_textures(here / "textures")
     make_avatar(here)
     make_room(here)
+    make_oddities(here)
