@@ -56,7 +56,8 @@ class Documents : public ProgramTest {
  private:
   std::string OutputOf(const std::string& command) {
     const std::string folder = std::filesystem::path(ProgramPath("veltrum")).parent_path();
-    const std::string script = "PATH='" + folder + "':$PATH; umask 022; " + command;
+    const std::string script =
+        "PATH='" + folder + "':$PATH LC_ALL=C; export PATH LC_ALL; umask 022; " + command;
     std::string out = RunProgram("/bin/bash", {"-c", script}, dir_.Path()).out;
     for (size_t at = 0; (at = out.find(dir_.Path(), at)) != std::string::npos;) {
       out.replace(at, dir_.Path().size(), kShownFolder);
