@@ -3,30 +3,48 @@
 #include <bit>
 #include <cerrno>
 #include <stdexcept>
+#include <system_error>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace {
+
+[[noreturn]] void Fail(const std::string& path, const char* what, int error) {
+  throw std::runtime_error("'" + path + "' can't be " + what + ": " +
+                           std::generic_category().message(error));
+}
+
+// The descriptor of a regular file. A directory opens too, and a pipe that nobody writes into would
+// hang us.
+int Open(const std::string& path, off_t& size) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) Fail(path, "opened", errno);
+  if (S_ISDIR(status.st_mode)) Fail(path, "opened", EISDIR);
+  if (!S_ISREG(status.st_mode)) throw std::runtime_error("'" + path + "' is no regular file");
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) Fail(path, "opened", errno);
+  size = status.st_size;
+  return file;
+}
+
+}  // namespace
+
 std::string ReadInputFile(const std::string& path) {
   struct Descriptor {
-    ~Descriptor() {
-      if (number >= 0) close(number);
-    }
+    ~Descriptor() { close(number); }
     int number;
   };
-  // A directory opens too, and a pipe that nobody writes into would hang us.
-  struct stat status {};
-  const Descriptor file{stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode)
-                            ? open(path.c_str(), O_RDONLY | O_CLOEXEC)
-                            : -1};
-  if (file.number < 0) throw std::runtime_error("[" + path + "] can't be opened");
-  std::string bytes(static_cast<size_t>(status.st_size), '\0');
+  off_t size = 0;
+  const Descriptor file{Open(path, size)};
+  std::string bytes(static_cast<size_t>(size), '\0');
   size_t filled = 0;
   while (filled < bytes.size()) {
     const ssize_t count = read(file.number, bytes.data() + filled, bytes.size() - filled);
     if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) throw std::runtime_error("[" + path + "] can't be read");
+    if (count < 0) Fail(path, "read", errno);
+    if (count == 0) throw std::runtime_error("'" + path + "' became shorter while it was read");
     filled += static_cast<size_t>(count);
   }
   return bytes;

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-// The bytes of a regular file. Throws std::runtime_error, which names the path in brackets, when it
-// isn't one or can't be read.
+// The bytes of a regular file. Throws std::runtime_error, which names the path in single quotes and
+// the system's reason, when it isn't one or can't be read.
 std::string ReadInputFile(const std::string& path);
 
 // A read cursor over a block of memory that the caller owns and keeps alive. The block is

@@ -3,7 +3,8 @@
 //
 // A target that isn't a regular file (a device, a pipe) is written as it is, since a rename would
 // put a file in its place; a symbolic link keeps pointing at its file, and that file is replaced.
-// An existing file's permission bits go over to the new one.
+// An existing file's permission bits go over to the new one, but not the bits that lend its owner's
+// rights: what they were set for is gone.
 //
 // Nothing is synced to the disk: a crash of the program can't harm the earlier file, and for a
 // crash of the machine whoever runs thousands of exports can't pay the wait.

@@ -82,8 +82,8 @@ std::vector<sAnim> ExportAnimation::List() {
   return {};
 }
 
-void ExportAnimation::ExportAnimationsFromList(const AnimationMap& animations,
-                                               const std::vector<std::string>& names) {
+std::vector<std::string> ExportAnimation::ExportAnimationsFromList(
+    const AnimationMap& animations, const std::vector<std::string>& names) {
   scene_.UseTimeSettings();
   const CommandSkeleton skeleton = GetCommandSkeleton(&scene_, args_);
   const BoneNameMap bones = BuildBoneNameMap(skeleton.nodes);
@@ -97,10 +97,8 @@ void ExportAnimation::ExportAnimationsFromList(const AnimationMap& animations,
       ExportOne(holder, bones);
     }
   }
-  for (const std::string_view name : missing) {
-    Complain("no animation of the root '" + skeleton.rootPath + "' is called '" +
-             std::string(name) + "'");
-  }
+  if (skeleton.nodes.empty()) return {};
+  return {missing.begin(), missing.end()};
 }
 
 void ExportAnimation::ExportOne(const AnimationInfoHolder& holder, const BoneNameMap& bones) {

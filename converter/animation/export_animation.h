@@ -43,9 +43,10 @@ class ExportAnimation {
   // Prints the records of the animations of the command's root, or of all. The result is empty.
   std::vector<sAnim> List();
   // Writes those of the animations of the command's root that `names` selects by their file names,
-  // with a record for each file and an ERROR record for each that could not be written.
-  void ExportAnimationsFromList(const AnimationMap& animations,
-                                const std::vector<std::string>& names);
+  // with a record for each file and an ERROR record for each that could not be written. Returns the
+  // names that select none, unless no skeleton begins at the root.
+  std::vector<std::string> ExportAnimationsFromList(const AnimationMap& animations,
+                                                    const std::vector<std::string>& names);
 
   // The stack applied to the tree below the node: what it moves, then what it morphs.
   std::vector<AnimationInfoHolder> GetAnimatedNodes(FbxNode* node, FbxAnimStack* stack);

@@ -1,5 +1,6 @@
 #include "converter/base/output.h"
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <string>
@@ -12,13 +13,19 @@ std::function<void(std::string_view)>& Sink() {
   return sink;
 }
 
+int outputError = 0;
+
+void Note(bool isTaken) {
+  if (!isTaken && outputError == 0) outputError = errno;
+}
+
 }  // namespace
 
 void Print(std::string_view text) {
   if (Sink()) {
     Sink()(text);
   } else {
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    Note(std::fwrite(text.data(), 1, text.size(), stdout) == text.size());
   }
 }
 
@@ -34,11 +41,13 @@ void PrintFormatted(const char* format, ...) {
     text.pop_back();
     Sink()(text);
   } else {
-    std::vprintf(format, values);
+    Note(std::vprintf(format, values) >= 0);
   }
   va_end(values);
 }
 
-void FlushOutput() { std::fflush(stdout); }
+void FlushOutput() { Note(std::fflush(stdout) == 0); }
+
+int OutputError() { return outputError; }
 
 void RedirectOutput(std::function<void(std::string_view)> sink) { Sink() = std::move(sink); }

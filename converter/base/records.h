@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-// An empty label writes no ": ". A closed or full standard output is not an error.
+// An empty label writes no ": ". Standard output may be closed or full.
 void AddOutput(std::string_view label, std::string_view value, bool newline);
 // Continues a line: a record without a label.
 void AddOutput(std::string_view value, bool newline);

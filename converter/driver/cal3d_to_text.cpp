@@ -32,6 +32,7 @@ bool Convert(const CalBufferSource& source, const ConversionArguments& args) {
     const CalCoreAnimation animation{loaded->duration, loaded->tracks};
     return Told(CalSaver::saveCoreAnimation(args.outputFilename, &animation), args);
   }
+  Complain("'" + args.outputFilename + "' isn't written: --cal3d2text takes skel, mesh or anim");
   return false;
 }
 
@@ -42,6 +43,6 @@ bool Cal3d2Text(const ConversionArguments& args) {
   try {
     return Convert(CalBufferSource(bytes.data(), bytes.size()), args);
   } catch (const std::runtime_error& fault) {
-    throw std::runtime_error("[" + args.inputFilename + "] " + fault.what());
+    throw std::runtime_error("'" + args.inputFilename + "': " + fault.what());
   }
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <iterator>
 #include <vector>
 
 #include "cal3d/io/number_text.h"
@@ -13,16 +14,9 @@
 
 namespace {
 
-bool Has(const ConversionArguments& args, int types) { return (args.type & types) != 0; }
+constexpr const char* kOptionsFirst = ": options stand before the scene";
 
-// Whether the option table knows the word.
-bool IsOption(const std::string& word) {
-  const std::vector<std::string> words{word};
-  const OptionParser parser(usagev2, words);
-  if (!parser.Error().empty()) return true;
-  const std::vector<ParsedOption>& options = parser.Options();
-  return !options.empty() && options.front().row->index != kUnknownOption;
-}
+bool Has(const ConversionArguments& args, int types) { return (args.type & types) != 0; }
 
 // The command in words: "export anim".
 std::string CommandText(const ConversionArguments& args) {
@@ -67,7 +61,12 @@ void CheckRoot(FbxWrapper& scene, const ConversionArguments& args) {
   const std::string command = CommandText(args);
   const bool isList = args.mode == LIST_MODE;
   if (root.empty()) {
-    if (!isList && args.type != TEXTURE_OBJECT) {
+    // One behind the scene is told already.
+    const auto isRoot = [](const std::string& name) {
+      return name.starts_with("--root=") || name.starts_with("-r");
+    };
+    const bool isBehind = std::ranges::any_of(args.exportObjectNames, isRoot);
+    if (!isList && !isBehind && args.type != TEXTURE_OBJECT) {
       Complain(command + " needs --root, the path of a node; RootNode is the scene's root");
     }
     return;
@@ -88,12 +87,27 @@ void CheckRoot(FbxWrapper& scene, const ConversionArguments& args) {
 
 }  // namespace
 
+bool IsOption(const std::string& word) {
+  const std::vector<std::string> words{word};
+  const OptionParser parser(usagev2, words);
+  if (!parser.Error().empty()) return true;
+  const std::vector<ParsedOption>& options = parser.Options();
+  return !options.empty() && options.front().row->index != kUnknownOption;
+}
+
+void CheckForOption(const std::string& word, const char* meaning) {
+  if (IsOption(word)) Complain("'" + word + "' is taken as " + meaning + kOptionsFirst);
+}
+
 void CheckScale(const std::string& value, float scale) {
   char* end = nullptr;
   std::strtod(value.c_str(), &end);
-  if (*end == '\0' && end != value.c_str() && std::isfinite(scale)) return;
-  std::string text = "--scale '" + value + "' is not wholly a finite number and counts as ";
+  const bool isNumber = *end == '\0' && end != value.c_str() && std::isfinite(scale);
+  if (isNumber && scale != 0.0F) return;
+  std::string text = "--scale '" + value + "' ";
+  text += isNumber ? "counts as " : "is not wholly a finite number and counts as ";
   AppendNumber(text, scale);
+  if (scale == 0.0F) text += ", which leaves nothing of the size";
   Complain(text);
 }
 
@@ -122,10 +136,10 @@ void CheckAxes(const ConversionArguments& args) {
 }
 
 void CheckNames(const ConversionArguments& args) {
-  for (const std::string& name : args.exportObjectNames) {
-    if (!IsOption(name)) continue;
-    Complain("'" + name + "' is taken as a name: options stand before the scene");
-  }
+  std::vector<std::string> options;
+  std::ranges::copy_if(args.exportObjectNames, std::back_inserter(options), IsOption);
+  if (options.size() == 1) CheckForOption(options.front(), "a name");
+  if (options.size() > 1) Complain(QuotedList(options) + " are taken as names" + kOptionsFirst);
 }
 
 void CheckCommand(FbxWrapper& scene, const ConversionArguments& args) {

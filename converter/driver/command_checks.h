@@ -10,7 +10,12 @@
 
 class FbxWrapper;
 
-// A value of --scale that isn't wholly a finite number; `scale` is what it counts as.
+// Whether the option table knows the word.
+bool IsOption(const std::string& word);
+
+// An option that stands behind the scene, where it is taken as `meaning`, such as "a type".
+void CheckForOption(const std::string& word, const char* meaning);
+// A value of --scale that isn't wholly a finite number, or 0; `scale` is what it counts as.
 void CheckScale(const std::string& value, float scale);
 // Axes that leave the coordinates as they are, and a word of --coord that has no meaning.
 void CheckAxes(const ConversionArguments& args);

@@ -31,11 +31,15 @@ bool IsOpen(const std::string& path, const OpenCommandFile* openFiles) {
 std::string ReadWholeFile(std::FILE* file, const std::string& path) {
   std::string bytes;
   std::array<char, 4096> block;
-  while (const size_t length = std::fread(block.data(), 1, block.size(), file)) {
-    bytes.append(block.data(), length);
-  }
-  if (std::ferror(file) != 0) {
-    throw std::runtime_error("command file '" + path + "' can't be read: " + std::strerror(errno));
+  while (std::feof(file) == 0) {
+    bytes.append(block.data(), std::fread(block.data(), 1, block.size(), file));
+    if (std::ferror(file) == 0) continue;
+    // A signal is no reason to stop.
+    if (errno != EINTR) {
+      throw std::runtime_error("command file '" + path +
+                               "' can't be read: " + std::strerror(errno));
+    }
+    std::clearerr(file);
   }
   return bytes;
 }

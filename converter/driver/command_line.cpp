@@ -17,11 +17,19 @@
 
 namespace {
 
+std::string MissingInputText(std::span<const std::string> command) {
+  std::string text = "the command '";
+  for (const std::string& word : command) text.append(word).append(" ");
+  text.back() = '\'';
+  return text + " names no input file";
+}
+
 // Turns one segment's options and positional words into a record. Its flags say what the command
 // still lacks: an option can ask for a file or a type as well as a word can.
 class SegmentReader {
  public:
-  explicit SegmentReader(const OptionParser& parser) : words_(parser.Positional()) {
+  explicit SegmentReader(const OptionParser& parser)
+      : command_(parser.Words()), words_(parser.Positional()) {
     record_.commandVersion = 2;
     expectFile_ = expectMode_ = expectType_ = !words_.empty();
   }
@@ -37,15 +45,17 @@ class SegmentReader {
   }
 
   bool NeedsHelp() const { return needHelp_; }
+  // Whether the help that is shown was asked for, or follows from something that was told.
+  bool IsExplained() const { return isExplained_; }
   ConversionArguments& Record() { return record_; }
 
  private:
-  // The value of `option` without enclosing quotes. Without one, reports `error` and asks for help.
+  // The value of `option` without enclosing quotes. Without one, reports `error`.
   std::string ValueOf(const ParsedOption& option, const char* error) {
     std::string value = removeUnneededDoubleQuotes(option.arg.value_or(std::string_view()));
     if (value.empty()) {
       AddError(error);
-      needHelp_ = true;
+      isExplained_ = true;
     }
     return value;
   }
@@ -67,9 +77,11 @@ class SegmentReader {
   void ReadType();
   void CheckType();
 
+  std::span<const std::string> command_;
   std::span<const std::string> words_;  // those not taken yet
   ConversionArguments record_;
-  bool needHelp_ = true;
+  bool needHelp_ = true;  // until a word says what to do
+  bool isExplained_ = false;
   bool expectFile_ = false;
   bool expectMode_ = false;
   bool expectType_ = false;
@@ -130,10 +142,10 @@ void SegmentReader::ReadOption(const ParsedOption& option) {
     case kUnknownOption:
       Complain((option.word.starts_with('-') ? "'" : "'-") + std::string(option.word) +
                "' is no option");
-      needHelp_ = true;
+      isExplained_ = true;
       break;
     default:
-      needHelp_ = true;
+      isExplained_ = true;
       break;
   }
 }
@@ -178,11 +190,10 @@ void SegmentReader::ReadScale(const ParsedOption& option) {
   record_.scaleFactor = static_cast<float>(std::atof(value.c_str()));
   if (record_.scaleFactor == 0.0F) {
     std::fputs("--scale option required a value\n", stderr);
-    needHelp_ = true;
   } else {
-    CheckScale(value, record_.scaleFactor);
     expectMode_ = true;
   }
+  CheckScale(value, record_.scaleFactor);
 }
 
 void SegmentReader::ReadFile() {
@@ -196,8 +207,9 @@ void SegmentReader::CheckExtension() {
   constexpr std::string_view kExtension = ".fbx";
   const std::string name = ToLower(record_.inputFilename);
   if (name.size() < kExtension.size()) {
-    throw std::out_of_range("input file name '" + record_.inputFilename +
-                            "' is too short to hold an extension");
+    throw std::out_of_range(name.empty() ? MissingInputText(command_)
+                                         : "input file name '" + record_.inputFilename +
+                                               "' is too short to hold an extension");
   }
   if (!name.ends_with(kExtension) && record_.mode != CAL3D_2_TEXT_MODE) {
     AddError("FBX file must have a fbx extension - got" + name);
@@ -209,20 +221,23 @@ void SegmentReader::ReadMode() {
   // A conversion to text needs no mode word: its one word is the type.
   const size_t wordsNeeded = record_.mode == CAL3D_2_TEXT_MODE ? 2 : 1;
   if (!expectMode_ || words_.size() < wordsNeeded) return;
-  const std::string word = ToLower(NextWord());
+  const std::string given = NextWord();
+  const std::string word = ToLower(given);
   if (word == "list" || word == "export") {
     record_.mode = word == "list" ? LIST_MODE : EXPORT_MODE;
     expectType_ = true;
     if (words_.empty()) record_.type = ALL_OBJECT;
   } else if (record_.mode == UNKNOWN_MODE) {
     AddError("Must specify a mode - got" + word);
+    CheckForOption(given, "an action");
     needHelp_ = true;
   }
 }
 
 void SegmentReader::ReadType() {
   if (!expectType_ || words_.empty()) return;
-  const std::string word = ToLower(NextWord());
+  const std::string given = NextWord();
+  const std::string word = ToLower(given);
   const std::string_view prefix = std::string_view(word).substr(0, 4);
   if (prefix == "mesh") {
     record_.type = MESH_OBJECT;
@@ -237,6 +252,7 @@ void SegmentReader::ReadType() {
   } else {
     std::fprintf(stderr, "type '%s' is invalid\n", word.c_str());
     AddError("type '" + word + "' is invalid");
+    CheckForOption(given, "a type");
     needHelp_ = true;
   }
 }
@@ -256,7 +272,10 @@ void SegmentReader::CheckType() {
 std::vector<ConversionArguments> ProcessSegment(std::span<const std::string> segment,
                                                 const OpenCommandFile* openFiles) {
   const OptionParser parser(usagev2, segment);
-  if (!parser.Error().empty()) AddError(parser.Error());
+  if (const std::string& error = parser.Error(); !error.empty()) {
+    AddError(error);
+    Complain(std::string_view(error).substr(0, error.find('\n')));
+  }
   LOG_INFO(commandLine(segment));
   return processCommandLineSegment(parser, segment.size(), openFiles);
 }
@@ -323,6 +342,9 @@ std::vector<ConversionArguments> processCommandLineSegment(const OptionParser& p
     reader.ReadOption(option);
   }
   reader.ReadWords();
+  if (parser.Positional().empty() && !reader.IsExplained()) {
+    Complain(MissingInputText(parser.Words()));
+  }
   CheckAxes(record);
   CheckNames(record);
   if (record.verbosity != 0) Print(record.toString());

@@ -46,6 +46,17 @@ int Export(Session& session, const ConversionArguments& args) {
   return meshesFailed ? 1 : 0;
 }
 
+// What became of the command.
+std::string PlainWords(const std::exception& exception, const ConversionArguments& args) {
+  if (const auto* missing = dynamic_cast<const FbxMissingException*>(&exception)) {
+    return missing->complaint;
+  }
+  if (dynamic_cast<const std::bad_alloc*>(&exception) != nullptr) {
+    return "there is not enough memory for '" + args.inputFilename + "'";
+  }
+  return exception.what();
+}
+
 // A command that needs a scene; it is loaded whatever the mode is.
 int RunOnScene(Session& session, ConversionArguments& args) {
   FbxWrapper& scene = session.SceneOf(args);
@@ -74,9 +85,8 @@ int processCommandSet(ConversionArguments args, Session& session) {
     AddError(std::string("exception occurred: [") + exception.what() + "]\n");
     LOG_INFO("processCommandSet: " + args.toString());
     AddError(args.toString());
-    const bool outOfMemory = dynamic_cast<const std::bad_alloc*>(&exception) != nullptr;
-    Complain(outOfMemory ? "there is not enough memory for '" + args.inputFilename + "'"
-                         : exception.what());
+    // A command without a file is told where its words were read.
+    if (!args.inputFilename.empty()) Complain(PlainWords(exception, args));
     return 0;
   }
 }

@@ -13,6 +13,7 @@
 #include "converter/base/names.h"
 #include "converter/base/output.h"
 #include "converter/base/records.h"
+#include "converter/driver/command_checks.h"
 #include "converter/driver/media_folder.h"
 #include "converter/mesh/export_mesh.h"
 #include "converter/scene/fbx_wrapper.h"
@@ -62,36 +63,43 @@ void ReportMeshFailure(const ConversionArguments& args) {
   AddOutput("", true);
 }
 
+// `what` is the kind of objects and where they were looked for.
+void ComplainOfUnknownName(const std::string& name, const std::string& what) {
+  // Options among the names are told already.
+  if (!IsOption(name)) Complain("no " + what + " is called '" + name + "'");
+}
+
 // After an export, which has made the scene's list of meshes.
 void ComplainOfUnknownMeshes(FbxWrapper& scene, const ConversionArguments& args) {
   if (args.commandVersion == 1) return;
   std::unordered_set<std::string_view> known;
   for (const MeshHolder_* holder : scene.makeMeshList()) known.insert(holder->name);
   for (const std::string& name : args.exportObjectNames) {
-    if (!known.contains(name)) {
-      Complain("no mesh of '" + args.inputFilename + "' is called '" + name + "'");
-    }
+    if (!known.contains(name)) ComplainOfUnknownName(name, "mesh of '" + args.inputFilename + "'");
   }
 }
 
-void ExportAnimationsFrom(AnimationMap AnimationCache::*animations, Session& session,
-                          const ConversionArguments& args) {
+// `kind` is what they are called in messages.
+void ExportAnimationsFrom(AnimationMap AnimationCache::*animations, const std::string& kind,
+                          Session& session, const ConversionArguments& args) {
   ExportAnimation exporter(session.SceneOf(args), args);
   const AnimationCache& cache = session.AnimationsOf(args);
   const std::vector<std::string> names = args.commandVersion == 1
                                              ? std::vector<std::string>{args.exportObjectName}
                                              : args.exportObjectNames;
-  exporter.ExportAnimationsFromList(cache.*animations, names);
+  for (const std::string& name : exporter.ExportAnimationsFromList(cache.*animations, names)) {
+    ComplainOfUnknownName(name, kind + " under --root=" + args.skeletonRootPath);
+  }
 }
 
 }  // namespace
 
 void ExportAnimations(Session& session, const ConversionArguments& args) {
-  ExportAnimationsFrom(&AnimationCache::skeletalAnimations, session, args);
+  ExportAnimationsFrom(&AnimationCache::skeletalAnimations, "animation", session, args);
 }
 
 void ExportMorphAnimations(Session& session, const ConversionArguments& args) {
-  ExportAnimationsFrom(&AnimationCache::morphAnimations, session, args);
+  ExportAnimationsFrom(&AnimationCache::morphAnimations, "morph animation", session, args);
 }
 
 void ExportSkeletons(FbxWrapper& scene, const ConversionArguments& args) {

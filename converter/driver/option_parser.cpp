@@ -4,7 +4,7 @@
 
 OptionParser::OptionParser(std::span<const OptionDescriptor> table,
                            std::span<const std::string> words)
-    : table_(table), positional_(words) {
+    : table_(table), words_(words), positional_(words) {
   while (error_.empty() && !positional_.empty()) {
     const std::string_view word = positional_.front();
     if (word.size() < 2 || word.front() != '-') return;

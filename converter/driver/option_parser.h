@@ -39,6 +39,8 @@ class OptionParser {
   const std::vector<ParsedOption>& Options() const { return options_; }
   // The words from the first one that is no option.
   std::span<const std::string> Positional() const { return positional_; }
+  // All words.
+  std::span<const std::string> Words() const { return words_; }
   // What stopped the parsing, as a line of text; empty if nothing did.
   const std::string& Error() const { return error_; }
 
@@ -53,6 +55,7 @@ class OptionParser {
             std::string_view name);
 
   std::span<const OptionDescriptor> table_;
+  std::span<const std::string> words_;
   std::vector<ParsedOption> options_;
   std::span<const std::string> positional_;
   std::string error_;

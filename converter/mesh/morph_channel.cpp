@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr double kVectorTolerance = 1e-6;
-
 // Sums what `values` has for each point that `indices` lists, in file order, onto `start(point)`.
 // Points out of range are skipped. Sorted by point.
 template <typename Start>

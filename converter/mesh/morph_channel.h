@@ -29,7 +29,9 @@ struct MorphSource {
 // have no target.
 std::vector<MorphSource> GatherMorphSources(const FbxMesh& mesh);
 
-// Whether no component is further from 0 than vectors may be apart and still count as equal.
+// How far components of vectors may be apart that count as equal.
+inline constexpr double kVectorTolerance = 1e-6;
+// Whether no component is further from 0 than that.
 bool IsNearZero(const FbxVector4& vector);
 
 // In the place of a normal that isn't there.

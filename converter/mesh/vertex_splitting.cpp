@@ -12,6 +12,9 @@ namespace {
 
 // Vertices of one control point that a search passes one by one.
 constexpr uint32_t kShortList = 32;
+// The edge of a cell, in the most that equal corners may be apart: a search seldom looks into more
+// than one, and few that differ fit in.
+constexpr double kCell = 8.0;
 
 constexpr FbxColor kWhite{1.0, 1.0, 1.0, 1.0};
 constexpr FbxVector2 kNoUV;
@@ -79,6 +82,27 @@ Hash HashOfAll(const GroupMesh& mesh, uint32_t corner, const FirstComponents& co
   }
   hash.Add(static_cast<uint64_t>(mesh.corners[corner].materialIndex));
   return hash;
+}
+
+// Calls `visit` with `exact` and each cell of a grid that a point up to `reach` away from `sum` can
+// lie in. An edge of 0 makes one cell of everything.
+template <typename Visit>
+void ForEachCell(const Hash& exact, const FbxVector4& sum, double edge, double reach,
+                 const Visit& visit) {
+  const auto cell = [&](size_t axis, double offset) {
+    return edge == 0.0 ? 0.0 : std::floor((sum[axis] + offset) / edge);
+  };
+  for (double x = cell(0, -reach); x <= cell(0, reach); ++x) {
+    for (double y = cell(1, -reach); y <= cell(1, reach); ++y) {
+      for (double z = cell(2, -reach); z <= cell(2, reach); ++z) {
+        Hash hash = exact;
+        hash.Add(x);
+        hash.Add(y);
+        hash.Add(z);
+        visit(hash);
+      }
+    }
+  }
 }
 
 }  // namespace
@@ -196,7 +220,21 @@ int ComparePolygonVertexPair::CompareNormals(const FbxVector4& a, const FbxVecto
 }
 
 VertexSplitter::VertexSplitter(GroupMesh& mesh, const MeshTrace& trace)
-    : mesh_(mesh), trace_(trace), compare_(mesh), heads_(mesh.controlPoints.size(), kNone) {}
+    : mesh_(mesh), trace_(trace), compare_(mesh), heads_(mesh.controlPoints.size(), kNone) {
+  const MeshMorphs& morphs = mesh.morphs;
+  double others = 0.0;
+  for (const MorphChannel& channel : morphs.channels) {
+    // Uneven, so that mirrored morphs don't cancel each other.
+    Hash hash;
+    hash.Add(uint64_t{weights_.size()});
+    const double weight = 1.0 + static_cast<double>(hash.Value() % 1024) / 1024.0;
+    weights_.push_back(weight);
+    if (channel.HasBaseNormals()) baseWeight_ += weight;
+    if (channel.HasOtherNormals()) others += weight;
+  }
+  // A little more than it takes, for what is lost in adding up.
+  reach_ = 1.01 * kVectorTolerance * (baseWeight_ + others);
+}
 
 std::vector<uint32_t> VertexSplitter::BuildControlPointNormalGroupMap(
     const std::vector<Triangle>& triangles) {
@@ -248,6 +286,34 @@ uint32_t VertexSplitter::FindOrAddInLongList(uint32_t corner, uint32_t last) {
   return list.last;
 }
 
+FbxVector4 VertexSplitter::SumOfMorphNormals(uint32_t corner) const {
+  const MeshMorphs& morphs = mesh_.morphs;
+  FbxVector4 sum;
+  const auto add = [&](const FbxVector4& normal, double weight) {
+    if (IsNearZero(normal)) return;
+    const FbxVector4 turned = mesh_.TurnNormal(normal);
+    for (size_t i = 0; i < 3; ++i) {
+      if (!std::isnan(turned[i])) sum[i] += weight * turned[i];
+    }
+  };
+  const MeshCorner place = mesh_.CornerOf(corner);
+  const std::optional<BaseNormal> base =
+      morphs.baseNormalCount > 0 ? morphs.base.At(place) : std::nullopt;
+  if (base.has_value()) {
+    double untouched = baseWeight_;
+    for (const PointIndex::Entry& turn : morphs.turns.At(base->point)) {
+      add(MovedNormal(base->normal, *turn.value), weights_[turn.channel]);
+      untouched -= weights_[turn.channel];
+    }
+    add(base->normal, untouched);
+  }
+  for (const uint32_t channel : morphs.others) {
+    FbxVector4 normal;
+    if (morphs.channels[channel].NormalAt(place, normal)) add(normal, weights_[channel]);
+  }
+  return sum;
+}
+
 uint32_t VertexSplitter::FindInLongList(LongList& list, uint32_t corner) {
   uint32_t found = kNone;
   const auto search = [&](const Hash& hash) {
@@ -264,7 +330,8 @@ uint32_t VertexSplitter::FindInLongList(LongList& list, uint32_t corner) {
     if (list.nanPlaces[i]) search(HashOf(components, i, kEndsThere));
   }
   if (nan == components.size()) {
-    search(HashOfAll(mesh_, corner, components));
+    ForEachCell(HashOfAll(mesh_, corner, components), SumOfMorphNormals(corner), kCell * reach_,
+                reach_, search);
     return found;
   }
   if (!list.prefixes[nan]) {
@@ -285,7 +352,8 @@ void VertexSplitter::EnterInLongList(LongList& list, uint32_t vertex) {
   const size_t nan = FindNaN(components);
   const auto enter = [&](const Hash& hash) { list.byHash[hash.Value()].push_back(vertex); };
   if (nan == components.size()) {
-    enter(HashOfAll(mesh_, corner, components));
+    ForEachCell(HashOfAll(mesh_, corner, components), SumOfMorphNormals(corner), kCell * reach_,
+                0.0, enter);
   } else {
     list.nanPlaces[nan] = true;
     enter(HashOf(components, nan, kEndsThere));

@@ -72,7 +72,8 @@ class VertexSplitter {
   //
   // A NaN in a normal or a colour ends a comparison, so such a corner is the same vertex as every
   // one that agrees with it before the NaN; and the first of all that are the same counts. Hashes
-  // of what stands before a NaN find it.
+  // of what stands before a NaN find it. All other vertices are found by a hash of what is compared
+  // exactly, and of the cell of space that their morph normals add up to.
   struct LongList {
     uint32_t first = 0;
     uint32_t last = 0;
@@ -83,6 +84,9 @@ class VertexSplitter {
 
   uint32_t FindOrAdd(uint32_t corner);
   uint32_t FindOrAddInLongList(uint32_t corner, uint32_t last);
+  // A sum of the corner's morph normals, each with its weight. Those of equal corners are apart by
+  // no more than the tolerance times the sum of weights.
+  FbxVector4 SumOfMorphNormals(uint32_t corner) const;
   // kNone if none is the same as the corner.
   uint32_t FindInLongList(LongList& list, uint32_t corner);
   void EnterInLongList(LongList& list, uint32_t vertex);
@@ -94,6 +98,9 @@ class VertexSplitter {
   GroupMesh& mesh_;
   const MeshTrace& trace_;
   ComparePolygonVertexPair compare_;
+  std::vector<double> weights_;  // of the morph channels in SumOfMorphNormals
+  double baseWeight_ = 0.0;      // of all channels that have base normals together
+  double reach_ = 0.0;           // how far sums of equal corners may be apart
   std::vector<uint32_t> heads_;  // by control point, into vertices_
   std::vector<int32_t> used_;    // control points with a list
   std::vector<Vertex> vertices_;

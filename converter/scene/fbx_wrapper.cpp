@@ -1,7 +1,10 @@
 #include "converter/scene/fbx_wrapper.h"
 
 #include <algorithm>
-#include <stdexcept>
+#include <cerrno>
+#include <system_error>
+
+#include <sys/stat.h>
 
 #include "converter/base/complaint.h"
 #include "converter/base/names.h"
@@ -31,7 +34,9 @@ T* RequireObject(T* object, const char* message) {
 // `what` couldn't be done with the file.
 void ComplainOfFile(const FbxImporter& importer, const std::string& fileName, const char* what) {
   std::string text = "'" + fileName + "' can't be " + what + ": ";
-  text += importer.GetStatus().GetErrorString();
+  text += importer.GetSystemError() == 0
+              ? importer.GetStatus().GetErrorString()
+              : std::generic_category().message(importer.GetSystemError());
   int major = 0;
   int minor = 0;
   int revision = 0;
@@ -75,7 +80,9 @@ FbxWrapper::~FbxWrapper() = default;
 void FbxWrapper::ManagerDeleter::operator()(FbxManager* manager) const { manager->Destroy(); }
 
 void FbxWrapper::Load(const std::string& fileName) {
-  if (!fileExists(fileName)) throw std::runtime_error("[" + fileName + "] does not exist");
+  if (struct stat status{}; stat(fileName.c_str(), &status) != 0) {
+    throw FbxMissingException(fileName, std::generic_category().message(errno));
+  }
   manager_.reset(RequireObject(FbxManager::Create(), "Error creating FbxManager."));
   FbxIOSettings* settings = RequireObject(FbxIOSettings::Create(manager_.get(), "IOSRoot"),
                                           "Error creating FbxIOSettings.");

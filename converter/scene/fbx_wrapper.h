@@ -5,6 +5,7 @@
 
 #include <map>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -19,6 +20,16 @@ class FbxCluster;
 class FbxManager;
 class FbxScene;
 class SceneChannels;
+
+// A scene file that isn't there, as commands report it; and in plain words.
+class FbxMissingException : public std::runtime_error {
+ public:
+  explicit FbxMissingException(const std::string& fileName, const std::string& reason)
+      : std::runtime_error("[" + fileName + "] does not exist"),
+        complaint("'" + fileName + "' can't be opened: " + reason) {}
+
+  const std::string complaint;
+};
 
 // A scene that can't be loaded ends the program, after its message was printed. Neither is a
 // standard exception, so that the handler for failing commands lets them pass.
@@ -46,7 +57,7 @@ using MeshesBySkeleton = std::map<std::string, std::vector<MeshHolder_*>>;
 
 class FbxWrapper {
  public:
-  // Loads the scene. Throws std::runtime_error for a file that doesn't exist, FbxInitException or
+  // Loads the scene. Throws FbxMissingException for a file that doesn't exist, FbxInitException or
   // FbxImportException for one that can't be read, after telling why on standard error.
   explicit FbxWrapper(const std::string& fileName);
   ~FbxWrapper();

@@ -28,8 +28,13 @@ std::unique_ptr<FbxCachedFile> FbxCachedFile::Open(const char* name) {
   const int descriptor = open(name, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) return nullptr;
   struct stat information = {};
-  if (fstat(descriptor, &information) != 0 || !S_ISREG(information.st_mode)) {
+  int error = fstat(descriptor, &information) == 0 ? 0 : errno;
+  if (error == 0 && !S_ISREG(information.st_mode)) {
+    error = S_ISDIR(information.st_mode) ? EISDIR : ESPIPE;
+  }
+  if (error != 0) {
     close(descriptor);
+    errno = error;
     return nullptr;
   }
   return std::unique_ptr<FbxCachedFile>(new FbxCachedFile(descriptor, information.st_size));

@@ -54,7 +54,7 @@ class FbxByteSource {
 // A file on disk. Its size is taken once, at opening.
 class FbxCachedFile : public FbxByteSource {
  public:
-  // Null if the file can't be opened, or isn't one that has positions.
+  // Null with errno set if the file can't be opened, or isn't one that has positions.
   static std::unique_ptr<FbxCachedFile> Open(const char* name);
   ~FbxCachedFile() override;
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <system_error>
@@ -59,8 +60,9 @@ bool FbxIO::Corrupted() {
 
 bool FbxIO::CheckRead() {
   if (source_ == nullptr || source_->GetError() == 0) return true;
+  systemError_ = source_->GetError();
   status_.SetCode(FbxStatus::eFailure, "Unable to read file %s: %s", fileName_.c_str(),
-                  std::generic_category().message(source_->GetError()).c_str());
+                  std::generic_category().message(systemError_).c_str());
   return false;
 }
 
@@ -68,6 +70,7 @@ bool FbxIO::ProjectOpen(const char* fileName, bool openMainSection, FbxIOFileHea
   ProjectClose();
   fileName_ = fileName;
   std::unique_ptr<FbxByteSource> source = FbxCachedFile::Open(fileName);
+  systemError_ = source == nullptr ? errno : 0;
   if (source == nullptr) {
     status_.SetCode(FbxStatus::eFailure, "Unable to open file %s", fileName);
     return false;
@@ -77,6 +80,7 @@ bool FbxIO::ProjectOpen(const char* fileName, bool openMainSection, FbxIOFileHea
 
 bool FbxIO::ProjectOpen(std::string_view bytes, bool openMainSection, FbxIOFileHeaderInfo* info) {
   ProjectClose();
+  systemError_ = 0;
   return Open(std::make_unique<FbxMemoryFile>(bytes), openMainSection, info);
 }
 

@@ -117,6 +117,8 @@ class FbxIO {
   // False, with code 1 and the system's reason, once bytes of the open file couldn't be read. To
   // the cursor it looks as if the file ended there.
   bool CheckRead();
+  // The errno of the opening or of that read, 0 if neither failed. Closing keeps it.
+  int GetSystemError() const { return systemError_; }
   // Without it, files of version 7000 and above are refused.
   void Fbx7Support(bool isSupported) { isFbx7Supported_ = isSupported; }
 
@@ -137,6 +139,8 @@ class FbxIO {
 
   // Enters the nested list. False if there is none, or it is corrupt (code 7).
   bool FieldReadBlockBegin();
+  // The same for the first record of a name that has one.
+  bool FieldReadBlockBegin(std::string_view name);
   // Returns to the list around; everything read from the nested one is gone.
   void FieldReadBlockEnd();
   bool FieldReadIsBlock();
@@ -279,6 +283,7 @@ class FbxIO {
   bool isFbx7Supported_ = false;
 
   std::string fileName_;
+  int systemError_ = 0;
   std::unique_ptr<FbxByteSource> source_;
   std::unique_ptr<FbxAsciiBlocks> blocks_;
   std::unique_ptr<FbxInflater> inflater_;

@@ -275,6 +275,12 @@ bool FbxIOFieldList::ReadArray(std::vector<uint8_t>& out) { return ReadAnyArray(
 
 bool FbxIOFieldList::ReadArray(std::vector<bool>& out) {
   out.clear();
+  if (format_.hasPlainLists && !IsAtArray()) {
+    std::vector<int32_t> numbers;
+    ReadPlainList(numbers);
+    for (const int32_t number : numbers) out.push_back(number != 0);
+    return !out.empty();
+  }
   std::vector<uint8_t> bytes;
   if (!(format_.isBinary ? ReadBinaryArray('b', bytes) : ReadTextArray<bool>(bytes))) return false;
   out.reserve(bytes.size());

@@ -71,6 +71,13 @@ bool FbxIO::FieldReadBlockBegin() {
   return PushList(record->extension, record->end) || Corrupted();
 }
 
+bool FbxIO::FieldReadBlockBegin(std::string_view name) {
+  for (int32_t i = 0; FieldReadBegin(name, i); ++i) {
+    if (FieldReadIsBlock()) return FieldReadBlockBegin();
+  }
+  return false;
+}
+
 void FbxIO::FieldReadBlockEnd() {
   if (depth_ == 0) return;
   nested_[--depth_]->Clear();

@@ -39,6 +39,7 @@ void FbxImporter::Reset() {
   reader_.reset();
   fileSettings_ = nullptr;
   version_ = 0;
+  systemError_ = 0;
   status_.Clear();
 }
 
@@ -66,9 +67,12 @@ bool FbxImporter::Open(const Source& source, FbxMediaFolder media, FbxIOSettings
     io = std::make_unique<FbxIO>(type, status_);
     io->Fbx7Support(true);
     headerInfo_ = {};
-    return io->ProjectOpen(source, false, &headerInfo_);
+    const bool isOpen = io->ProjectOpen(source, false, &headerInfo_);
+    systemError_ = io->GetSystemError();
+    return isOpen;
   };
-  if (!open(FbxIO::eBinary64) && !open(FbxIO::eBinary32)) {
+  // A file that can't be read is no file of the other width.
+  if (!open(FbxIO::eBinary64) && (systemError_ != 0 || !open(FbxIO::eBinary32))) {
     // A width that doesn't match leaves no status; any other failure does.
     if (!status_.Error()) status_.SetCode(FbxStatus::eFailure, "File is corrupted (or invalid)");
     return false;

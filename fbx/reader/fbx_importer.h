@@ -44,8 +44,10 @@ class FbxImporter : public FbxObject {
   // the global time mode and protocol.
   bool Import(FbxDocument* document, bool nonBlocking = false);
   const FbxStatus& GetStatus() const { return status_; }
-  // What went wrong beside the document: embedded pictures that can't be written. Each begins with
-  // the file that it is about. Complete after Import.
+  // The errno that made Initialize fail; 0 if the file itself was the reason.
+  int GetSystemError() const { return systemError_; }
+  // What went wrong beside the document: embedded pictures that can't be written. Each names the
+  // file that it is about. Complete after Import.
   std::vector<std::string> GetMessages() const;
   // Known after Initialize, also of a file that is refused because no reader reads its version.
   void GetFileVersion(int& major, int& minor, int& revision) const;
@@ -69,4 +71,5 @@ class FbxImporter : public FbxObject {
   FbxGlobalSettings* fileSettings_ = nullptr;
   FbxIOFileHeaderInfo headerInfo_;
   int version_ = 0;
+  int systemError_ = 0;
 };

@@ -26,9 +26,7 @@ bool FbxReader::GetOption(const char* name, bool fallback) const {
                                       fallback);
 }
 
-bool FbxReader::EnterBlock(std::string_view field) {
-  return io_->FieldReadBegin(field) && io_->FieldReadBlockBegin();
-}
+bool FbxReader::EnterBlock(std::string_view field) { return io_->FieldReadBlockBegin(field); }
 
 void FbxReader::LeaveBlock() { io_->FieldReadBlockEnd(); }
 

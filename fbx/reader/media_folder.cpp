@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <system_error>
 #include <utility>
 
@@ -46,6 +47,24 @@ class FileDescriptor {
   int descriptor_;
 };
 
+// Holds back all signals: one that ends the program comes when there is nothing half made on the
+// disk. A picture is written in a moment; a list of what to remove would have to be shared with
+// whoever catches signals.
+class SignalsWait {
+ public:
+  SignalsWait() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before_);
+  }
+  ~SignalsWait() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  SignalsWait(const SignalsWait&) = delete;
+  SignalsWait& operator=(const SignalsWait&) = delete;
+
+ private:
+  sigset_t before_;
+};
+
 constexpr int kOpenFolder = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
 // A folder of this run below `parent`, gone with the file in it at the end: whoever lists or reads
@@ -83,6 +102,7 @@ class PartFolder {
 // Writes `name` in the folder, which is made if it isn't there. False with errno set.
 bool WriteFile(const fs::path& folder, const std::string& name,
                const std::function<std::string_view()>& next) {
+  const SignalsWait wait;
   const int made = ::mkdir(folder.c_str(), 0777) == 0 ? 0 : errno;
   const FileDescriptor directory(::open(folder.c_str(), kOpenFolder));
   if (!directory.IsOpen()) {
@@ -137,7 +157,7 @@ FbxMediaFolder::Written FbxMediaFolder::Write(std::string_view name,
   const fs::path path = folder / plainName;
   if (!WriteFile(folder, plainName, next)) {
     const std::string reason = std::generic_category().message(errno);
-    messages_.push_back(path.string() + ": the embedded picture can't be written: " + reason);
+    messages_.push_back("the embedded picture '" + path.string() + "' can't be written: " + reason);
     unwritten_.insert(path.lexically_normal().string());
   }
   return {path.string(), (folder.filename() / plainName).string()};

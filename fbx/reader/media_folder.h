@@ -35,7 +35,7 @@ class FbxMediaFolder {
   // the name has no usable last component. A file that can't be written is told to the messages,
   // and from then on Find takes it for there, so that no name in the scene depends on the disk.
   Written Write(std::string_view name, const std::function<std::string_view()>& next);
-  // "<file>: the embedded picture can't be written: <reason>" for each.
+  // "the embedded picture '<file>' can't be written: <reason>" for each.
   const std::vector<std::string>& GetMessages() const { return messages_; }
 
  private:

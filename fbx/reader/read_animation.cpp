@@ -58,7 +58,7 @@ void ReadAttributes(FbxIO& io, KFCurve& curve) {
 
 KFCurve::Extrapolation ReadExtrapolation(FbxIO& io, const char* field) {
   KFCurve::Extrapolation extrapolation;
-  if (io.FieldReadBegin(field) && io.FieldReadBlockBegin()) {
+  if (io.FieldReadBlockBegin(field)) {
     extrapolation.mode = KFCurve::ExtrapolationOfLetter(io.FieldReadCH("Type"));
     extrapolation.count = io.FieldReadI("Repetition", -1);
     io.FieldReadBlockEnd();
@@ -85,7 +85,7 @@ FbxTakeInfo ReadTakeInfo(FbxIO& io, std::string name) {
 }
 
 void ReadTakes(FbxIO& io, FbxDocument& document) {
-  if (!io.FieldReadBegin("Takes") || !io.FieldReadBlockBegin()) return;
+  if (!io.FieldReadBlockBegin("Takes")) return;
   const int32_t count = io.FieldGetInstanceCount("Take");
   for (int32_t i = 0; i < count; ++i) {
     io.FieldReadBegin("Take", i);

@@ -287,7 +287,7 @@ bool MayRepeat(const FbxConnection& c) {
 std::vector<FbxConnection> ReadConnections(FbxIO& io, FbxDocument& document,
                                            FbxObjectReferences& references) {
   std::vector<FbxConnection> connections;
-  if (!io.FieldReadBegin("Connections") || !io.FieldReadBlockBegin()) return connections;
+  if (!io.FieldReadBlockBegin("Connections")) return connections;
   const char* record = io.IsBeforeVersion7() ? "Connect" : "C";
   const int32_t count = io.FieldGetInstanceCount(record);
   ConnectionReader reader(io, document, references);

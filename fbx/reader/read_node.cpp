@@ -22,8 +22,7 @@ void ReadSkeleton(FbxIO& io, FbxSkeleton& skeleton, FbxSkeleton::ESkeletonType t
   };
   // Files of the first versions keep these apart from the properties.
   if (type == FbxSkeleton::eLimb) move("LimbLength", 1);
-  if (type != FbxSkeleton::eEffector && io.FieldReadBegin("Properties") &&
-      io.FieldReadBlockBegin()) {
+  if (type != FbxSkeleton::eEffector && io.FieldReadBlockBegin("Properties")) {
     move("Size", 1);
     if (type != FbxSkeleton::eRoot) move("Color", 3);
     io.FieldReadBlockEnd();

@@ -174,14 +174,12 @@ void ReadProperty(FbxIO& io, FbxObject& object) {
 
 void ReadProperties(FbxIO& io, FbxObject& object) {
   const bool isOld = io.IsBeforeVersion7();
-  if (!io.FieldReadBegin(isOld ? "Properties60" : "Properties70")) return;
-  if (io.FieldReadBlockBegin()) {
-    const char* record = isOld ? "Property" : "P";
-    const int32_t count = io.FieldGetInstanceCount(record);
-    for (int32_t i = 0; i < count; ++i) {
-      if (io.FieldReadBegin(record, i)) ReadProperty(io, object);
-    }
-    io.FieldReadBlockEnd();
+  if (!io.FieldReadBlockBegin(isOld ? "Properties60" : "Properties70")) return;
+  const char* record = isOld ? "Property" : "P";
+  const int32_t count = io.FieldGetInstanceCount(record);
+  for (int32_t i = 0; i < count; ++i) {
+    if (io.FieldReadBegin(record, i)) ReadProperty(io, object);
   }
+  io.FieldReadBlockEnd();
   io.FieldReadEnd();
 }

@@ -1,4 +1,8 @@
+#include <array>
+#include <cerrno>
 #include <csignal>
+#include <cstdio>
+#include <cstring>
 #include <exception>
 #include <new>
 #include <span>
@@ -13,6 +17,7 @@
 #include "cal3d/io/output_file.h"
 #include "converter/base/complaint.h"
 #include "converter/base/log.h"
+#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/driver/command_line.h"
 #include "converter/driver/usage.h"
@@ -42,7 +47,7 @@ void KeepFreedMemory() {
 #endif
 }
 
-int Run(int argc, const char* const* argv) {
+int RunCommands(int argc, const char* const* argv) {
   initLog(argc, argv);
   AddOutput("VERSION", VersionText(), true);
   const std::vector<std::string> words(argv, argv + argc);
@@ -51,14 +56,10 @@ int Run(int argc, const char* const* argv) {
   return parseArguments(arguments.subspan(arguments.empty() ? 0 : 1));
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  ProtectStandardStreams();
-  RemoveUnfinishedFilesOnSignals();
-  KeepFreedMemory();
+// Returns the exit status.
+int Run(int argc, const char* const* argv) {
   try {
-    return Run(argc, argv);
+    return RunCommands(argc, argv);
   } catch (const FbxInitException&) {
     return kAbnormalEnd;  // told where it was thrown, like the next
   } catch (const FbxImportException&) {
@@ -69,4 +70,27 @@ int main(int argc, char** argv) {
     ComplainAtEnd(exception.what());
   }
   return kAbnormalEnd;
+}
+
+// A caller that stops reading knows that it did. The status says nothing of lost output: callers
+// take it for that of the last command.
+void ComplainOfLostOutput() {
+  FlushOutput();
+  const int error = OutputError();
+  if (error == 0 || error == EPIPE) return;
+  std::array<char, 200> text;
+  std::snprintf(text.data(), text.size(), "standard output can't be written: %s",
+                std::strerror(error));
+  ComplainAtEnd(text.data());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  ProtectStandardStreams();
+  RemoveUnfinishedFilesOnSignals();
+  KeepFreedMemory();
+  const int status = Run(argc, argv);
+  ComplainOfLostOutput();
+  return status;
 }

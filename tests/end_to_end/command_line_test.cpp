@@ -8,6 +8,7 @@
 
 namespace {
 
+using testing::AnyOf;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
@@ -146,7 +147,8 @@ TEST_F(CommandLine, ANameTooShortForAnExtensionEndsTheRun) {
        {Words{"fbx", "list"}, Words{"-r", "Hips"}, Words{"-c"}, Words{"--cal3d2text=out.xsf"},
         Words{"a.fbx", "list", "-", "b", "list"}}) {
     EXPECT_THAT(Run(words, 2), Not(HasSubstr("does not exist")));  // nothing ran before
-    EXPECT_THAT(run_.err, StartsWith("veltrum: input file name '"));
+    EXPECT_THAT(run_.err, AnyOf(StartsWith("veltrum: input file name '"),
+                                EndsWith("' names no input file\n")));
   }
   Run({"a\nb", "list"}, 2);
   EXPECT_EQ(run_.err, "veltrum: input file name 'a b' is too short to hold an extension\n");

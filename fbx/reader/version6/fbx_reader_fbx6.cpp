@@ -60,19 +60,17 @@ void SetFrameRate(const FbxGlobalSettings& settings, std::string_view text) {
 // Fills what `settings`, read before, are silent about: the ambient colour and the time mode. The
 // current list is the document's; they are in its `Version5`.
 void ReadOldSettings(FbxIO& io, FbxGlobalSettings& settings) {
-  const auto enter = [&io](const char* name) {
-    return io.FieldReadBegin(name) && io.FieldReadBlockBegin();
-  };
-  if (!enter("Version5")) return;
-  if (enter("AmbientRenderSettings")) {
-    if (io.FieldReadBegin("AmbientLightColor")) {
-      FbxDouble3 color{};
-      io.FieldReadDn(color.data(), static_cast<int>(color.size()));
+  if (!io.FieldReadBlockBegin("Version5")) return;
+  if (io.FieldReadBlockBegin("AmbientRenderSettings")) {
+    FbxDouble3 color{};
+    const auto count = static_cast<int>(color.size());
+    if (io.FieldReadBegin("AmbientLightColor") && io.FieldReadGetRemain() >= count) {
+      io.FieldReadDn(color.data(), count);
       SetIfSilent(settings, "AmbientColor", color);
     }
     io.FieldReadBlockEnd();
   }
-  if (enter("Settings")) {
+  if (io.FieldReadBlockBegin("Settings")) {
     SetFrameRate(settings, io.FieldReadC("FrameRate"));
     io.FieldReadBlockEnd();
   }
@@ -208,12 +206,24 @@ FbxObject* FbxReaderFbx6::ReadEnd(bool isDestination) {
 
 void FbxReaderFbx6::ConnectObjects() {
   std::vector<FbxConnection> connections = ReadConnections(*io_, *document_, *this);
+  const auto is = [](const FbxProperty& end, FbxClassId classId) {
+    return end.IsRoot() && end.GetFbxObject()->GetClassId().Is(classId);
+  };
+  // The meshes of models that have a record of their own; they aren't connected yet.
+  std::unordered_map<const FbxObject*, const FbxMesh*> meshes;
+  for (const auto& [source, destination] : connections) {
+    if (!is(source, FbxMesh::ClassId) || !is(destination, FbxNode::ClassId)) continue;
+    meshes.emplace(destination.GetFbxObject(), static_cast<FbxMesh*>(source.GetFbxObject()));
+  }
   // A deformer of a model deforms its mesh.
-  std::erase_if(connections, [](FbxConnection& connection) {
+  std::erase_if(connections, [&](FbxConnection& connection) {
     const auto& [source, destination] = connection;
-    if (!source.IsRoot() || !source.GetFbxObject()->Is<FbxDeformer>()) return false;
-    if (!destination.IsRoot() || !destination.GetFbxObject()->Is<FbxNode>()) return false;
-    const FbxMesh* mesh = static_cast<FbxNode*>(destination.GetFbxObject())->GetMesh();
+    if (!is(source, FbxDeformer::ClassId) || !is(destination, FbxNode::ClassId)) return false;
+    const auto* node = static_cast<FbxNode*>(destination.GetFbxObject());
+    const FbxMesh* mesh = node->GetMesh();
+    if (const auto found = meshes.find(node); mesh == nullptr && found != meshes.end()) {
+      mesh = found->second;
+    }
     if (mesh == nullptr) return true;
     connection.destination = mesh->RootProperty();
     return false;

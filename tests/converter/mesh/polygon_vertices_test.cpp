@@ -3,6 +3,7 @@
 #include <cmath>
 #include <random>
 
+#include "fbx/math/fbx_vector.h"
 #include "tests/converter/mesh/mesh_test.h"
 
 namespace {
@@ -182,6 +183,48 @@ TEST_F(Corners, ANaNEndsAComparison) {
     if (found == list.end()) list.push_back(color);
   }
   scene_.Mesh("m", points, polygons, {Colors("ByPolygon", "Direct", colors)});
+  Export();
+  const auto faces = FacesOf(*Submesh("m"));
+  ASSERT_EQ(faces.size(), kCount);
+  for (size_t i = 0; i < kCount; ++i) ASSERT_EQ(faces[i][2], expected[i]) << i;
+}
+
+TEST_F(Corners, MorphNormalsMayBeALittleApart) {
+  // A disc whose corners at the hub differ in their morph normals alone: the mesh's own are all the
+  // same, since nobody knows the mapping of those that the morph starts from.
+  std::mt19937 random(7);
+  constexpr size_t kCount = 1500;
+  std::vector<double> points{0, 0, 0};
+  std::vector<std::vector<int32_t>> polygons;
+  std::vector<double> normals;
+  std::vector<FbxVector4> list;
+  std::vector<int> expected;
+  for (size_t i = 0; i < kCount; ++i) {
+    const auto x = static_cast<double>(i);
+    points.insert(points.end(), {200 + x, 10 * x, 0, 210 + x, 10 * x, 0});
+    const auto corner = static_cast<int32_t>(2 * i);
+    polygons.push_back({corner + 1, corner + 2, 0});
+    FbxVector4 normal;
+    for (size_t axis = 0; axis < 3; ++axis) {
+      normal[axis] =
+          0.1 * static_cast<double>(random() % 7) + 3e-7 * static_cast<double>(random() % 9);
+    }
+    normal[2] += 1;
+    for (int k = 0; k < 3; ++k) normals.insert(normals.end(), {normal[0], normal[1], normal[2]});
+    normal.Normalize();
+    const auto found = std::find_if(list.begin(), list.end(), [&](const FbxVector4& other) {
+      return std::abs(normal[0] - other[0]) <= 1e-6 && std::abs(normal[1] - other[1]) <= 1e-6 &&
+             std::abs(normal[2] - other[2]) <= 1e-6;
+    });
+    expected.push_back(static_cast<int>(found - list.begin()));
+    if (found == list.end()) list.push_back(normal);
+  }
+  ASSERT_GT(list.size(), 400U);
+  ASSERT_LT(list.size(), 1400U);
+  const auto ids = scene_.Mesh(
+      "m", points, polygons,
+      {Normals("Unheard of", "Direct", normals), Normals("AllSame", "Direct", {0, 0, 1})});
+  scene_.Target(scene_.Channel(scene_.BlendShape(ids.mesh), "a"), {1}, {1, 0, 0}, {1, 0, 0});
   Export();
   const auto faces = FacesOf(*Submesh("m"));
   ASSERT_EQ(faces.size(), kCount);

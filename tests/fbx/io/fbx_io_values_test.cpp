@@ -118,6 +118,13 @@ TEST_P(EveryForm, WalksNestedListsAndReturns) {
   EXPECT_EQ(io.FieldReadI("Last"), 9);
 }
 
+TEST(FbxIOValues, OlderArraysArePlainLists) {
+  OpenedIO file(MakeFile({{"V", {1, 0, 2}}}, {.version = 6100}));
+  std::vector<bool> bools;
+  EXPECT_TRUE(file.io.FieldReadArray("V", bools));
+  EXPECT_THAT(bools, ElementsAre(true, false, true));
+}
+
 TEST(FbxIOValues, WrongTypesReadAsDefaults) {
   OpenedIO file(
       MakeFile({{"T", {2.0}}, {"V", {"text", 1, 2.0, 3, 4.5, 6.5F, std::vector<float>{1.0F}}}}));

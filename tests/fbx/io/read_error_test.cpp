@@ -15,6 +15,7 @@ namespace {
 
 // The read that fails, counted down; none while negative. Every other one is interrupted once.
 int failingRead = -1;
+bool failsOnce = false;  // or all from there on
 bool isInterrupted = false;
 bool hasFailed = false;
 
@@ -24,6 +25,7 @@ bool hasFailed = false;
 extern "C" ssize_t pread(int descriptor, void* out, size_t count, off_t position) {
   if (failingRead == 0) {
     hasFailed = true;
+    if (failsOnce) failingRead = -1;
     errno = EIO;
     return -1;
   }
@@ -44,7 +46,9 @@ TEST(ReadErrors, FailTheImportAtAnyRead) {
   SceneBuilder builder;
   for (int i = 0; i < 3; ++i) builder.AddMesh("mesh", std::vector<double>(30000), {0, 1, -3});
   TempDir folder;
-  for (const bool ascii : {false, true}) {
+  for (const auto& [ascii, once] :
+       {std::pair(false, false), {false, true}, {true, false}, {true, true}}) {
+    failsOnce = once;
     const std::string path = folder.Write("scene.fbx", builder.Write({.ascii = ascii}));
     int reads = 0;
     for (bool isLoaded = false; !isLoaded; ++reads) {

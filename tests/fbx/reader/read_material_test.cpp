@@ -1,4 +1,5 @@
 // Materials, textures and the media embedded in a file.
+#include <csignal>
 #include <filesystem>
 
 #include <gmock/gmock.h>
@@ -14,6 +15,8 @@ using testing::ElementsAreArray;
 using testing::UnorderedElementsAre;
 
 namespace {
+
+volatile std::sig_atomic_t signalCame = 0;
 
 TEST(ReadMaterials, MakeTheClassOfTheirShading) {
   struct Case {
@@ -241,10 +244,15 @@ TEST_F(MediaTest, StandInTheirFolderOnlyWhole) {
     return count;
   };
   std::string_view rest = "bytes";
+  const auto before = std::signal(SIGTERM, [](int) { signalCame = 1; });
   media.Write("a.png", [&] {
     EXPECT_EQ(files(), 0U);
+    std::raise(SIGTERM);
+    EXPECT_EQ(signalCame, 0) << "it would leave half a file";
     return std::exchange(rest, std::string_view());
   });
+  EXPECT_EQ(signalCame, 1);
+  std::signal(SIGTERM, before);
   EXPECT_EQ(files(), 1U);
   EXPECT_TRUE(media.GetMessages().empty());
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.File("scene.fbm")), {}), 1);
@@ -252,8 +260,8 @@ TEST_F(MediaTest, StandInTheirFolderOnlyWhole) {
   std::filesystem::create_directory(folder.File("scene.fbm/b.png"));
   EXPECT_EQ(media.Write("b.png", [] { return std::string_view(); }).relative, "scene.fbm/b.png");
   EXPECT_THAT(media.GetMessages(),
-              ElementsAre(folder.File("scene.fbm/b.png") +
-                          ": the embedded picture can't be written: Is a directory"));
+              ElementsAre("the embedded picture '" + folder.File("scene.fbm/b.png") +
+                          "' can't be written: Is a directory"));
 }
 
 // Textures are read before videos, and yet find their media the first time that a file is read.

@@ -116,13 +116,15 @@ TEST(Version6Document, OldSettingsFillWhatIsSilent) {
                                    {"", "", 0, -1},           {"film", "", 0, -1},
                                    {"-5", "", 0, -1},         {"30", "\"TimeMode\"", 10, -1}};
   for (const auto& [rate, name, mode, custom] : cases) {
-    std::string settings = "GlobalSettings:  {\nProperties60:  {\n";
+    // Records without a block hide none behind them.
+    std::string settings = "GlobalSettings: 1\nGlobalSettings:  {\nProperties60:  {\n";
     if (*name != '\0') {
       settings +=
           "Property: \"TimeMode\", \"enum\", \"\",10\n"
           "Property: \"AmbientColor\", \"ColorRGB\", \"\",0.1,0.2,0.3\n";
     }
-    const std::string old = std::string("Version5:  {\nSettings:  {\nFrameRate: \"") + rate +
+    const std::string old = std::string("Version5: 1\nVersion5:  {\nSettings:  {\nFrameRate: \"") +
+                            rate +
                             "\"\nTimeFormat: 1\n}\nAmbientRenderSettings:  {\n"
                             "AmbientLightColor: 0.5,0.6,0.7,1\n}\n}\n";
     const LoadedScene file(Document(settings + "}\n}\n", "", old));
@@ -135,6 +137,10 @@ TEST(Version6Document, OldSettingsFillWhatIsSilent) {
       EXPECT_EQ(found->GetAmbientColor().mRed, *name == '\0' ? 0.5 : 0.1);
     }
   }
+  const LoadedScene half(Document("", "",
+                                  "Version5:  {\nAmbientRenderSettings:  {\n"
+                                  "AmbientLightColor: 0.5,0.6\n}\n}\n"));
+  EXPECT_EQ(half.scene->GetGlobalSettings().GetAmbientColor().mRed, 0.0);
 }
 
 // Two materials and four textures of a model with three triangles, and what its layers say.
@@ -265,10 +271,15 @@ TEST(Version6Document, ShapesDeformTheMeshAroundThem) {
 TEST(Version6Document, SkinsOfModelsDeformTheirMeshes) {
   const LoadedScene file(
       Document(Object("Model", "m", "Mesh") + Object("Model", "n", "Null") +
+                   Object("Model", "far", "Null") + Object("Geometry", "far", "Mesh") +
                    Object("Deformer", "s", "Skin") + Object("Deformer", "t", "Skin") +
-                   Object("Deformer", "b", "BlendShape"),
-               Connect("Deformer::s", "Model::m") + Connect("Deformer::t", "Model::n")));
-  EXPECT_EQ(file.Node("m").GetMesh()->GetDeformerCount(FbxDeformer::eSkin), 1);
+                   Object("Deformer", "u", "Skin") + Object("Deformer", "b", "BlendShape"),
+               Connect("Deformer::s", "Model::m") + Connect("Deformer::t", "Model::n") +
+                   // The mesh of this model is a record of its own.
+                   Connect("Deformer::u", "Model::far") + Connect("Geometry::far", "Model::far")));
+  for (const char* name : {"m", "far"}) {
+    EXPECT_EQ(file.Node(name).GetMesh()->GetDeformerCount(FbxDeformer::eSkin), 1) << name;
+  }
   EXPECT_EQ(file.Node("n").GetSrcObjectCount<FbxSkin>(), 0);
   EXPECT_EQ(file.scene->GetSrcObjectCount<FbxBlendShape>(), 0);
 }
