@@ -434,6 +434,8 @@ void ExportInto(SceneReport& report, const Options& options, const std::string& 
     reason = job.LoadFault();
   } catch (const FbxImportException&) {
     reason = job.LoadFault();
+  } catch (const FbxMissingException& missing) {
+    reason = missing.complaint;
   } catch (const std::exception& exception) {
     reason = exception.what();
   }

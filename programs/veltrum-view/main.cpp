@@ -97,8 +97,8 @@ int Run(const Options& options) {
   OutputFile output(options.output);
   output.Append(wantsPage ? MakePage(pageTemplate, glb, model, loaded.notes, generator) : glb);
   if (!output.Commit()) {
-    Tell("[" + options.output +
-         "] can't be written: " + std::generic_category().message(output.Error()));
+    Tell("'" + options.output +
+         "' can't be written: " + std::generic_category().message(output.Error()));
     return kNothingWritten;
   }
   std::printf("%s: %s\n", options.output.c_str(), Summary(model).c_str());
@@ -136,7 +136,7 @@ bool Parse(int argc, char** argv, Options& options, bool& isDone) {
     Tell("where to? Name a .glb or .html file behind -o (--help tells more)");
   } else if (!options.output.ends_with(".glb") && !options.output.ends_with(".html") &&
              !options.output.ends_with(".htm")) {
-    Tell("[" + options.output + "] should end in .glb or .html");
+    Tell("'" + options.output + "' should end in .glb or .html");
   } else {
     return true;
   }

@@ -101,7 +101,7 @@ class ModelLoader {
     }
     if (std::ranges::all_of(found, IsManifest)) {
       std::ranges::sort(folders);
-      std::string text = "[" + path + "] holds no Cal3D files";
+      std::string text = "'" + path + "' holds no Cal3D files";
       if (!folders.empty()) text += "; there may be some in its folder " + folders[0];
       throw std::runtime_error(text);
     }
@@ -131,7 +131,7 @@ class ModelLoader {
     const std::string bytes = ReadInputFile(path);
     const ManifestJson manifest = ManifestJson::parse(bytes, nullptr, false);
     if (!manifest.is_object())
-      throw std::runtime_error("[" + path + "] is no manifest: no JSON object");
+      throw std::runtime_error("'" + path + "' is no manifest: no JSON object");
     TakeAllMaterials(manifest, path, true);
     const auto warnings = manifest.find("warnings");
     if (warnings == manifest.end() || !warnings->is_array()) return;
@@ -170,7 +170,7 @@ class ModelLoader {
 
   void LoadFile(const std::string& path) {
     if (!IsOurs(path)) {
-      throw std::runtime_error("[" + path + "] has a name of no kind that can be shown");
+      throw std::runtime_error("'" + path + "' has a name of no kind that can be shown");
     }
     const std::string bytes = ReadInputFile(path);
     const CalBufferSource source(bytes.data(), bytes.size());
@@ -189,14 +189,14 @@ class ModelLoader {
         model.morphAnimations.push_back({NameOf(path), CalLoader::loadCoreMorphAnimation(source)});
       }
     } catch (const std::runtime_error& error) {
-      throw std::runtime_error("[" + path + "] " + error.what());
+      throw std::runtime_error("'" + path + "': " + error.what());
     }
   }
 
   void TakeSkeleton(const std::string& path, boost::shared_ptr<CalCoreSkeleton> skeleton) {
     ViewPart<CalCoreSkeleton>& shown = loaded_.model.skeleton;
     if (shown.core) {
-      throw std::runtime_error("isn't shown: the skeleton is " + shown.file +
+      throw std::runtime_error("not shown: the skeleton is " + shown.file +
                                ", and a model has one");
     }
     shown = {NameOf(path), std::move(skeleton)};

@@ -186,10 +186,10 @@ TEST_F(ViewProgram, WhatCannotBeUsedIsToldAndTheRestShown) {
   const RunResult run = View({"a", "gone.xaf", "a/s.txt", "-o", "m.glb"});
   EXPECT_EQ(run.status, 1);
   for (const char* line :
-       {"veltrum-view: [a/Broken.xmf] the XML is broken at byte",
-        "veltrum-view: [gone.xaf] can't be opened",
-        "[a/s.xsf] isn't shown: the skeleton is Other.xsf", "[a/bad.json] is no manifest",
-        "[a/Lost.xpf] a count of 2147483647 tracks", "[a/s.txt] has a name of no kind"}) {
+       {"veltrum-view: 'a/Broken.xmf': the XML is broken at byte",
+        "veltrum-view: 'gone.xaf' can't be opened: No such file or directory",
+        "'a/s.xsf': not shown: the skeleton is Other.xsf", "'a/bad.json' is no manifest",
+        "'a/Lost.xpf': a count of 2147483647 tracks", "'a/s.txt' has a name of no kind"}) {
     EXPECT_THAT(run.err, HasSubstr(line));
   }
   EXPECT_EQ(GlbFile(ReadFile(dir_.File("m.glb"))).json["meshes"].size(), 1U);
@@ -197,9 +197,9 @@ TEST_F(ViewProgram, WhatCannotBeUsedIsToldAndTheRestShown) {
   std::filesystem::create_directories(dir_.File("empty/below"));
   for (const auto& [words, text] : std::vector<std::pair<std::string, std::string>>{
            {"empty -o m.glb",
-            "[empty] holds no Cal3D files; there may be some in its folder below"},
+            "'empty' holds no Cal3D files; there may be some in its folder below"},
            {"a/Skin.xrf -o m.glb", "neither a skeleton nor a mesh"},
-           {"a -o no/such/m.glb", "[no/such/m.glb] can't be written: No such file or directory"},
+           {"a -o no/such/m.glb", "'no/such/m.glb' can't be written: No such file or directory"},
            {"a -o m.obj", "should end in .glb or .html"},
            {"a", "where to?"},
            {"-o m.glb", "what is to be shown?"},

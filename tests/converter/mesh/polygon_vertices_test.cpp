@@ -3,7 +3,7 @@
 #include <cmath>
 #include <random>
 
-#include "fbx/math/fbx_vector.h"
+#include "fbx/math/fbx_matrix.h"
 #include "tests/converter/mesh/mesh_test.h"
 
 namespace {
