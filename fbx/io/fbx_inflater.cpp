@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <libdeflate.h>
 #include <zlib.h>
 
 namespace {
@@ -17,9 +18,29 @@ struct FbxInflater::Stream {
   ~Stream() { inflateEnd(&state); }
 };
 
+struct FbxInflater::WholeStreams {
+  libdeflate_decompressor* const decompressor = libdeflate_alloc_decompressor();
+  ~WholeStreams() { libdeflate_free_decompressor(decompressor); }
+};
+
 FbxInflater::FbxInflater(int64_t fileSize)
     : left_(kFreeOutput + static_cast<size_t>(fileSize) * kMostGrowth) {}
 FbxInflater::~FbxInflater() = default;
+
+bool FbxInflater::InflateWhole(std::string_view stream, char* out, size_t room, size_t& written) {
+  // What runs into the limit is counted to the byte.
+  if (room >= left_) return false;
+  if (whole_ == nullptr) whole_ = std::make_unique<WholeStreams>();
+  if (whole_->decompressor == nullptr) return false;
+  size_t consumed = 0;
+  if (libdeflate_zlib_decompress_ex(whole_->decompressor, stream.data(), stream.size(), out, room,
+                                    &consumed, &written) != LIBDEFLATE_SUCCESS ||
+      consumed != stream.size()) {
+    return false;
+  }
+  left_ -= written;
+  return true;
+}
 
 bool FbxInflater::Begin() {
   if (stream_ != nullptr) return inflateReset(&stream_->state) == Z_OK;

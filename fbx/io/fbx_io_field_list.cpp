@@ -26,6 +26,7 @@ void FbxIOFieldList::Clear() {
   drop(buffer_);
   drop(textValues_);
   drop(blockMarks_);
+  drop(packed_);
   names_.clear();
   scratch_.clear();
   fieldIndex_ = {};

@@ -210,6 +210,10 @@ class FbxIOFieldList {
 
   template <class T>
   bool ReadBinaryArray(char letter, std::vector<T>& out);
+  // The stored bytes of an array in one piece, valid until the next call; empty if there is no
+  // piece of them.
+  std::string_view StoredArray(const FbxIOFieldInstance& instance, uint32_t offset,
+                               uint32_t stored);
   template <class T>
   bool InflateArray(uint32_t offset, uint32_t stored, size_t count, std::vector<T>& out);
   template <class T, class Element>
@@ -238,4 +242,5 @@ class FbxIOFieldList {
   std::vector<TextValue> textValues_;
   std::vector<BlockMark> blockMarks_;
   std::deque<std::string> scratch_;
+  std::vector<char> packed_;
 };

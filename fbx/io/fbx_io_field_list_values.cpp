@@ -134,6 +134,18 @@ std::string_view FbxIOFieldList::ReadRaw() {
   return {bytes.data(), bytes.size()};
 }
 
+std::string_view FbxIOFieldList::StoredArray(const FbxIOFieldInstance& instance, uint32_t offset,
+                                             uint32_t stored) {
+  // Larger ones are inflated piece by piece rather than kept.
+  constexpr uint32_t kMostStored = uint32_t{64} << 20U;
+  const std::string_view atHand = BlockView(instance, offset, 1);
+  if (atHand.size() >= stored) return atHand.substr(0, stored);
+  if (stored > kMostStored) return {};
+  packed_.resize(stored);
+  if (!BlockRead(instance, offset, packed_.data(), stored)) return {};
+  return {packed_.data(), stored};
+}
+
 template <class T>
 bool FbxIOFieldList::InflateArray(uint32_t offset, uint32_t stored, size_t count,
                                   std::vector<T>& out) {
@@ -141,8 +153,17 @@ bool FbxIOFieldList::InflateArray(uint32_t offset, uint32_t stored, size_t count
   // Most arrays shrink less than this, and are made in one go.
   constexpr size_t kUsualRatio = 8;
   const FbxIOFieldInstance& instance = *Current();
-  if (!inflater_.Begin()) return false;
   out.resize(std::min(count, std::max(kStep, stored / sizeof(T) * kUsualRatio)));
+  if (out.size() == count) {
+    const std::string_view stream = StoredArray(instance, offset, stored);
+    size_t written = 0;
+    if (!stream.empty() && inflater_.InflateWhole(stream, reinterpret_cast<char*>(out.data()),
+                                                  count * sizeof(T), written)) {
+      out.resize(written / sizeof(T));
+      return true;
+    }
+  }
+  if (!inflater_.Begin()) return false;
   size_t produced = 0;
   uint32_t consumed = 0;
   while (true) {

@@ -154,14 +154,36 @@ TEST(FbxIOHostile, ArraysThatLie) {
   EXPECT_EQ(read(0x40000002, 0, two, 8), Ints{}) << "count times width wraps in 32 bits";
   EXPECT_EQ(read(4000000000, 0, two, 4000000000), Ints{});
 
+  EXPECT_EQ(read(2, 1, "no zlib stream", 14), Ints{});
+  // Within a block that is kept, within one view of the file, and larger.
+  for (const size_t length : {2U, 3000U, 20000U}) {
+    std::mt19937 random(20240229);
+    Ints all(length);
+    for (int32_t& one : all) one = static_cast<int32_t>(random());
+    const std::string packed = WriteFbxRecords({{"i", {all}}}, {.compress = true}, 0);
+    const std::string zlib = packed.substr(packed.find("\x78\x9c"));
+    const auto size = static_cast<uint32_t>(zlib.size());
+    const auto count = static_cast<uint32_t>(length);
+    EXPECT_EQ(read(count, 1, zlib, size), all);
+    EXPECT_EQ(read(count + 5, 1, zlib, size), all) << "the stream is shorter than the array";
+    EXPECT_EQ(read(count - 1, 1, zlib, size), Ints{}) << "the stream is longer than the array";
+    EXPECT_EQ(read(count, 1, zlib + "?", size + 1), Ints{}) << "bytes behind the stream";
+    EXPECT_EQ(read(count, 1, zlib, size + 1), Ints{}) << "the block ends too early";
+    EXPECT_EQ(read(count, 1, zlib, size - 1), all) << "the stream is cut behind its data";
+    const Ints part = read(count, 1, zlib, size - size / 4);
+    EXPECT_EQ(part.size() < all.size(), length > 2) << "two numbers stand at the stream's begin";
+    EXPECT_EQ(part, Ints(all.begin(), all.begin() + static_cast<ptrdiff_t>(part.size())));
+    EXPECT_FALSE(part.empty());
+    std::string turned = zlib;
+    turned.back() ^= 1;
+    EXPECT_EQ(read(count, 1, turned, size), Ints{}) << "wrong checksum";
+    turned = zlib;
+    turned[zlib.size() / 2] ^= 4;
+    EXPECT_EQ(read(count, 1, turned, size), Ints{}) << "another stream";
+  }
   const std::string packed = WriteFbxRecords({{"i", {Ints{7, 8}}}}, {.compress = true}, 0);
   const std::string zlib = packed.substr(packed.find('\x78'));
   const uint32_t size = static_cast<uint32_t>(zlib.size());
-  EXPECT_EQ(read(2, 1, zlib, size), (Ints{7, 8}));
-  EXPECT_EQ(read(1, 1, zlib, size), Ints{}) << "the stream is longer than the array";
-  EXPECT_EQ(read(2, 1, zlib + "?", size + 1), Ints{}) << "bytes behind the stream";
-  EXPECT_EQ(read(2, 1, zlib, size + 1), Ints{});
-  EXPECT_EQ(read(2, 1, "no zlib stream", 14), Ints{});
   EXPECT_EQ(read(4000000000, 1, zlib, size), (Ints{7, 8})) << "the stream is shorter";
   EXPECT_EQ(read(0, 1, zlib, size), Ints{});
 }
