@@ -1,5 +1,5 @@
 // Walks through what can go wrong on the machine: one system call or allocation after another
-// fails, once or from there on, or the program is killed there. A few of the calls are tried, or
+// fails, once or from there on, or is interrupted by a signal, or the program is killed there. A few of the calls are tried, or
 // as many of each kind as VELTRUM_FAULTS says: 100000 means all.
 #include <algorithm>
 #include <cstdlib>
@@ -32,7 +32,7 @@ constexpr int kSignals = 128;  // a status above it is a signal's number
 struct Fault {
   std::string call;
   long number = 0;
-  std::string how;  // "once", "on" or "kill"
+  std::string how;  // "once", "on", "kill" or "signal"
 
   std::string Text() const { return call + " " + std::to_string(number) + " " + how; }
 };
@@ -79,7 +79,9 @@ class Faults : public testing::Test {
     while (lines >> fault.call >> count) {
       for (const long number : Numbers(count, fault.call == "alloc" ? 16 : 6)) {
         fault.number = number;
-        for (const char* how : {"once", "on", "kill"}) {
+        for (const char* how : {"once", "on", "kill", "signal"}) {
+          const bool isWaiting = fault.call == "read" || fault.call == "write";
+          if (how == std::string_view("signal") && !isWaiting) continue;
           fault.how = how;
           const RunResult run = Run(arguments, fault.Text(), "");
           const std::string complaints = Judge(run, fault);
@@ -160,6 +162,9 @@ class Faults : public testing::Test {
              name + " is no whole file");
     }
     if (isKilled) return complaints;
+    if (fault.how == "signal") {
+      demand(run.out == reference_.out && after == whole_, "a signal changed something");
+    }
 
     demand(run.status < kSignals, "ended by a signal");
     for (const auto& [name, bytes] : whole_) {

@@ -1,5 +1,6 @@
 // A library to preload that makes one system call or allocation of a program fail, or all from one
-// on, or kills the program there, so that a test can walk through everything that can go wrong:
+// on, or as if a signal came, or kills the program there, so that a test can walk through everything
+// that can go wrong:
 //
 //   VELTRUM_FAULT="<call> <number> <how>"   write 3 once, alloc 700 on, rename 1 kill
 //   VELTRUM_FAULT_CALLS=<file>              gets a line "<call> <count>" for each kind, at the end
@@ -36,7 +37,7 @@ namespace {
 enum Call { kAlloc, kOpen, kRead, kWrite, kClose, kRename, kMkdir, kCallCount };
 constexpr const char* kNames[] = {"alloc", "open", "read", "write", "close", "rename", "mkdir"};
 
-enum class How { kOnce, kOn, kKill };
+enum class How { kOnce, kOn, kKill, kSignal };
 
 constexpr unsigned kMostSeconds = 60;  // a program that hangs then ends by SIGALRM
 
@@ -57,6 +58,7 @@ void ReadEnvironment() {
   }
   if (std::strcmp(how, "on") == 0) _how = How::kOn;
   if (std::strcmp(how, "kill") == 0) _how = How::kKill;
+  if (std::strcmp(how, "signal") == 0) _how = How::kSignal;
 }
 
 void WriteCounts() {
@@ -78,7 +80,7 @@ bool Fails(Call call, int error) {
   const long count = ++_counts[call];
   if (call != _failing || count < _number || (count > _number && _how != How::kOn)) return false;
   if (_how == How::kKill) syscall(SYS_kill, syscall(SYS_getpid), SIGKILL);
-  errno = error;
+  errno = _how == How::kSignal ? EINTR : error;
   return true;
 }
 
@@ -182,6 +184,7 @@ size_t fread(void* bytes, size_t size, size_t count, FILE* stream) {
 // Half of a write still gets through, as on a disk that becomes full.
 ssize_t write(int file, const void* bytes, size_t count) {
   if (!Fails(kWrite, ENOSPC)) return syscall(SYS_write, file, bytes, count);
+  if (_how == How::kSignal) return -1;
   syscall(SYS_write, file, bytes, count / 2);
   errno = ENOSPC;
   return -1;
