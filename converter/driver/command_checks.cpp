@@ -80,8 +80,9 @@ void CheckRoot(FbxWrapper& scene, const ConversionArguments& args) {
     }
   } else if (root != "find") {
     Complain("the root '" + root + "' is no node of '" + args.inputFilename + "'");
-  } else if (isList ? !Has(args, MESH_OBJECT | TEXTURE_OBJECT) : args.type == MESH_OBJECT) {
-    Complain(command + " takes no --root=find, it needs the path of a node");
+  } else if (isList ? !Has(args, MESH_OBJECT | TEXTURE_OBJECT) : Has(args, MESH_OBJECT)) {
+    Complain((isList ? command : "export mesh") +
+             " takes no --root=find, it needs the path of a node");
   }
 }
 

@@ -279,11 +279,8 @@ bool FbxIO::ReadExtendedHeaderFields(FbxIOFileHeaderInfo* info) {
   if (info == nullptr) return true;
 
   info->fileVersion = fileVersion_;
-  const auto enter = [this](std::string_view name) {
-    return FieldReadBegin(name) && FieldReadBlockBegin();
-  };
   const auto text = [this](std::string_view name) { return FbxString(FieldReadC(name)); };
-  if (headerVersion >= 1001 && enter("CurrentCameraResolution")) {
+  if (headerVersion >= 1001 && FieldReadBlockBegin("CurrentCameraResolution")) {
     FbxIOFileHeaderInfo::RenderResolution& resolution = info->defaultRenderResolution;
     resolution.isOK = true;
     resolution.cameraName = text("CameraName");
@@ -292,7 +289,7 @@ bool FbxIO::ReadExtendedHeaderFields(FbxIOFileHeaderInfo* info) {
     resolution.height = FieldReadD("CameraResolutionH");
     FieldReadBlockEnd();
   }
-  if (headerVersion >= 1002 && enter("CreationTimeStamp")) {
+  if (headerVersion >= 1002 && FieldReadBlockBegin("CreationTimeStamp")) {
     if (FieldReadI("Version", 0) >= 1000) {
       FbxIOFileHeaderInfo::CreationTimeStamp& stamp = info->creationTimeStamp;
       stamp.isOK = true;
@@ -307,7 +304,7 @@ bool FbxIO::ReadExtendedHeaderFields(FbxIOFileHeaderInfo* info) {
     FieldReadBlockEnd();
   }
   if (headerVersion >= 1002) info->creator = text("Creator");
-  if (headerVersion >= 1003 && enter("OtherFlags")) {
+  if (headerVersion >= 1003 && FieldReadBlockBegin("OtherFlags")) {
     info->ple = FieldReadI("FlagPLE") == 1;
     info->ioPlugin = FieldReadI("FlagIOPlugin") == 1;
     FieldReadBlockEnd();

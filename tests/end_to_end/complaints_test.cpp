@@ -88,6 +88,8 @@ TEST_F(Complaints, WordsOfACommand) {
        "--root=find finds several skeletons: 'RootNode/Hips', 'RootNode'\n"},
       {{"--root=find", "s.fbx", "export", "anim", "Walk"},
        "--root=find finds several skeletons: 'RootNode/Hips', 'RootNode'\n"},
+      {{"--root=find", "s.fbx", "export", "texture"},
+       "--root=find finds several skeletons: 'RootNode/Hips', 'RootNode'\n"},
       {{"--root=find", "s.fbx", "list", "anim"},
        "list anim takes no --root=find, it needs the path of a node\n"},
       {{"--up=y", "s.fbx", "list"}, "--up 'y' and --front '-y', the default," + oneAxis},
@@ -111,6 +113,8 @@ TEST_F(Complaints, WordsOfACommand) {
     EXPECT_EQ(PlainWords(Told(words)), told) << testing::PrintToString(words);
   }
   EXPECT_EQ(PlainWords(Told({"s.fbx", "export", "mesh"}, 1)), "export mesh" + noRoot);
+  EXPECT_EQ(PlainWords(Told({"--root=find", "s.fbx", "export", "mesh"}, 1)),
+            "export mesh takes no --root=find, it needs the path of a node\n");
   EXPECT_EQ(Told({"-w", root}, 2), "veltrum: the command '-w " + root + "' names no input file\n");
 }
 
