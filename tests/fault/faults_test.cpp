@@ -1,6 +1,6 @@
 // Walks through what can go wrong on the machine: one system call or allocation after another
-// fails, once or from there on, or is interrupted by a signal, or the program is killed there. A few of the calls are tried, or
-// as many of each kind as VELTRUM_FAULTS says: 100000 means all.
+// fails, once or from there on, or is interrupted by a signal, or the program is killed there. A
+// few of the calls are tried, or as many of each kind as VELTRUM_FAULTS says: 100000 means all.
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>

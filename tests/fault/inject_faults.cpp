@@ -1,6 +1,6 @@
 // A library to preload that makes one system call or allocation of a program fail, or all from one
-// on, or as if a signal came, or kills the program there, so that a test can walk through everything
-// that can go wrong:
+// on, or one as if a signal came, or kills the program there, so that a test can walk through
+// everything that can go wrong:
 //
 //   VELTRUM_FAULT="<call> <number> <how>"   write 3 once, alloc 700 on, rename 1 kill
 //   VELTRUM_FAULT_CALLS=<file>              gets a line "<call> <count>" for each kind, at the end
