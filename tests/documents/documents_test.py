@@ -1,9 +1,11 @@
-"""Completion and manual pages against what the programs say of their options.
+"""Completion and manual pages against what the programs say of their options, and the document of the
+records against the sources. The end-to-end tests run its examples.
 
-    completion_test.py PROGRAMS SOURCES [unittest arguments]
+    documents_test.py PROGRAMS SOURCES [unittest arguments]
 
 PROGRAMS is the folder of the built programs, SOURCES that of the project.
 """
+import glob
 import os
 import re
 import subprocess
@@ -72,6 +74,33 @@ class CompletionTest(unittest.TestCase):
                 (["veltrum-view", "-t", ""], {"textures", "expected"})]:
             with self.subTest(words):
                 self.assertEqual(completed(*words), offered)
+
+
+class RecordsTest(unittest.TestCase):
+    # Traces are told of in the large; the rest is reached by no command, or is the help screen.
+    LEFT_OUT = re.compile(r"_trace\.(cpp|h)$|/(older_route|names|usage|output|scene_queries)\.cpp$")
+    PRINTING = re.compile(r"\b(?:Add(?:Output|Error|Warning)|Print(?:Formatted)?)\((.*?)\);",
+                          re.DOTALL)
+
+    def test_every_text_is_in_the_document(self):
+        with open(os.path.join(SOURCES, "docs/records.md"), encoding="utf-8") as file:
+            document = file.read()
+        pieces = 0
+        for folder in ("converter", "programs/veltrum"):
+            for path in glob.glob(os.path.join(SOURCES, folder, "**/*.cpp"), recursive=True):
+                if self.LEFT_OUT.search(path):
+                    continue
+                with open(path, encoding="utf-8") as file:
+                    calls = self.PRINTING.findall(file.read())
+                for literal in re.findall(r'"((?:[^"\\]|\\.)*)"', " ".join(calls)):
+                    # What is put into a text stands as <name> in the document.
+                    for piece in re.split(r"%\w+|\\n|[\[\]]", literal):
+                        piece = piece.strip(" '.:,")
+                        if len(piece) > 2:
+                            pieces += 1
+                            with self.subTest(os.path.basename(path)):
+                                self.assertTrue(piece in document, piece)
+        self.assertGreater(pieces, 50)
 
 
 if __name__ == "__main__":
