@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
-// The most characters that a number takes.
-inline constexpr size_t kLongestNumber = 16;
+// The most room that writing a number takes.
+inline constexpr size_t kLongestNumber = 20;
 
 // Write the number at `at`, where there is room for kLongestNumber characters, and return the end
 // of the text. A float gets the shortest decimal text that reads back to the same value, and "0" if

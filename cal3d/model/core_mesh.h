@@ -24,8 +24,8 @@ class CalCoreMorphTarget {
  public:
   // `vertexCount` is the number of vertices of the submesh, which the ids in `offsets` index into.
   CalCoreMorphTarget(std::string name, int32_t /*vertexCount*/,
-                     const cal3d::SSEArray<VertexOffset>& offsets)
-      : name_(std::move(name)), offsets_(offsets) {}
+                     cal3d::SSEArray<VertexOffset> offsets)
+      : name_(std::move(name)), offsets_(std::move(offsets)) {}
 
   const std::string& name() const { return name_; }
   const cal3d::SSEArray<VertexOffset>& vertexOffsets() const { return offsets_; }

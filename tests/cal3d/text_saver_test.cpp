@@ -1,6 +1,10 @@
 // The XML files to the letter.
+#include <bit>
+#include <charconv>
+#include <cstdint>
 #include <limits>
 #include <string>
+#include <string_view>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,6 +31,18 @@ TEST(TextSaver, WritesTheShortestNumbers) {
   EXPECT_EQ(texts,
             "0 -0 3 0.1 1e-05 -0.5 -99999 1e+05 100001 16777216 3.4028235e+38 -1.1754944e-38 1e-45 "
             "0 0 0 ");
+  // Fractions have a writer of their own, for the same texts as the standard library's.
+  for (uint32_t bits = 0x3A800000; bits < 0x47D00000; bits += 499) {
+    for (const uint32_t nearby : {bits, bits & 0xFF800000, (bits & 0xFF800000) - 1}) {
+      const auto value = std::bit_cast<float>(nearby | (bits % 2 == 0 ? 0 : 0x80000000));
+      char text[kLongestNumber];
+      char expected[kLongestNumber];
+      const std::string_view got(text, WriteNumber(text, value));
+      const std::string_view wanted(
+          expected, std::to_chars(expected, expected + kLongestNumber, value).ptr);
+      ASSERT_EQ(got, wanted);
+    }
+  }
 }
 
 TEST(TextSaver, EscapesWhatXmlCannotHold) {
