@@ -243,8 +243,7 @@ void AddMorphs(MorphListMap& map, CalCoreSubmesh& submesh) {
   }
   for (auto& [name, offsets] : map.offsets) {
     if (offsets.empty()) continue;
-    const cal3d::SSEArray<VertexOffset> taken = std::move(offsets);
     submesh.addMorphTarget(boost::make_shared<CalCoreMorphTarget>(
-        name, static_cast<int32_t>(submesh.vertices().size()), taken));
+        name, static_cast<int32_t>(submesh.vertices().size()), std::move(offsets)));
   }
 }

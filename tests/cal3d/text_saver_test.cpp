@@ -38,8 +38,8 @@ TEST(TextSaver, WritesTheShortestNumbers) {
       char text[kLongestNumber];
       char expected[kLongestNumber];
       const std::string_view got(text, WriteNumber(text, value));
-      const std::string_view wanted(
-          expected, std::to_chars(expected, expected + kLongestNumber, value).ptr);
+      const std::string_view wanted(expected,
+                                    std::to_chars(expected, expected + kLongestNumber, value).ptr);
       ASSERT_EQ(got, wanted);
     }
   }
