@@ -67,6 +67,7 @@ std::vector<std::string> WordsOfFile(const std::string& path, std::string_view v
     SplitCommandFileLine(line, words);
     text.remove_prefix(std::min(length + 1, text.size()));
   }
+  if (words.empty()) Complain("command file '" + path + "' holds no commands");
   return words;
 }
 

@@ -318,7 +318,12 @@ std::vector<ConversionArguments> breakCommandlineIntoSegments(std::span<const st
   while (!words.empty()) {
     const auto length = static_cast<size_t>(
         std::distance(words.begin(), std::find(words.begin(), words.end(), "-")));
-    if (length == 0) break;
+    if (length == 0) {
+      const std::vector<std::string> rest(words.begin() + 1, words.end());
+      if (!rest.empty())
+        Complain("an empty command ends them all, passed over: " + QuotedList(rest));
+      break;
+    }
     auto segmentRecords = ProcessSegment(words.first(length), openFiles);
     std::move(segmentRecords.begin(), segmentRecords.end(), std::back_inserter(records));
     anySegment = true;
