@@ -5,7 +5,6 @@
 #include <string_view>
 #include <unordered_set>
 
-#include "cal3d/io/file_format.h"
 #include "cal3d/io/saver.h"
 #include "converter/animation/animation_trace.h"
 #include "converter/animation/curve_visitors.h"
@@ -102,12 +101,12 @@ std::vector<std::string> ExportAnimation::ExportAnimationsFromList(
 }
 
 void ExportAnimation::ExportOne(const AnimationInfoHolder& holder, const BoneNameMap& bones) {
-  const std::string path =
-      OutputPath(args_, holder.fileName, holder.isMorph ? kMorphAnimationFile : kAnimationFile);
+  const ObjectKind& kind = holder.isMorph ? kMorphAnimKind : kAnimKind;
+  const std::string path = OutputPath(args_, holder.fileName, kind);
   const bool saved = holder.isMorph ? SaveMorph(Channels(), holder, path)
                                     : SaveSkeletal(args_, Channels(), holder, bones, path);
   if (saved) {
-    AddOutput(holder.isMorph ? "MORPHANIMS" : "ANIMATION", holder.fileName, false);
+    AddOutput(kind.label, holder.fileName, false);
     AddOutput("FILENAME", path, true);
   } else {
     AddError("Failed to create file " + path + " for ANIMATION " + holder.fileName);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 
-#include "cal3d/io/file_format.h"
 #include "cal3d/io/saver.h"
 #include "cal3d/model/core_animation.h"
 #include "converter/animation/export_animation.h"
@@ -179,7 +178,7 @@ void exportASingleAutomationFile(FbxWrapper& scene, const std::string& name,
                                  ConversionArguments& args, zevoMagicStops stops) {
   LOG_INFO(args.toString());
   if (args.outputFilename.empty()) {
-    args.outputFilename = OutputPath(args, name, kAnimationFile);
+    args.outputFilename = OutputPath(args, name, kAnimKind);
   }
   args.exportObjectName = name;
   ExportAnimation(scene, args).Export(args, stops);

@@ -29,22 +29,10 @@ const char* ModeTypeAsString::getStringForEnumValue(ModeType mode) {
 }
 
 const char* ObjectTypeAsString::getStringForEnumValue(ObjectType type) {
-  switch (type) {
-    case UNKNOWN_OBJECT:
-      return "UNKNOWN_OBJECT";
-    case MESH_OBJECT:
-      return "MESH";
-    case NODE_OBJECT:
-      return "NODE";
-    case ANIM_OBJECT:
-      return "ANIM";
-    case MORPHANIM_OBJECT:
-      return "MORPHANIM";
-    case TEXTURE_OBJECT:
-      return "TEXTURE";
-    case ALL_OBJECT:
-    case LIST_ALL_OBJECT:
-      return "ALL";
+  if (type == UNKNOWN_OBJECT) return "UNKNOWN_OBJECT";
+  if (type == ALL_OBJECT || type == LIST_ALL_OBJECT) return "ALL";
+  for (const ObjectKind& kind : kObjectKinds) {
+    if (kind.type == type) return kind.name;
   }
   return "OUT OF RANGE";
 }

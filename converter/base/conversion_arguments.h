@@ -2,9 +2,13 @@
 // every exporter reads directly; loops that export one object after another work on copies of it.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
+
+#include "cal3d/io/file_format.h"
 
 enum ModeType : int32_t {
   UNKNOWN_MODE = 0,
@@ -26,6 +30,31 @@ enum ObjectType : int32_t {
   ALL_OBJECT = 0xff,
   LIST_ALL_OBJECT = 0x100,  // never parsed; a listing takes it for every type
 };
+
+// A type of object that goes into files of its own, and what it is called.
+struct ObjectKind {
+  // Whether a command may say `text` for it.
+  constexpr bool IsCalled(std::string_view text) const { return text == word || text == otherWord; }
+
+  ObjectType type;
+  std::string_view word;       // in commands and messages
+  std::string_view otherWord;  // also in commands
+  const char* name;            // in dumps of a command
+  std::string_view label;      // of the record of an export
+  const CalFileKind* file;
+};
+
+inline constexpr ObjectKind kMeshKind = {MESH_OBJECT, "mesh", "mesh", "MESH", "MESH", &kMeshFile};
+inline constexpr ObjectKind kNodeKind = {NODE_OBJECT, "skel",     "node",
+                                         "NODE",      "SKELETON", &kSkeletonFile};
+inline constexpr ObjectKind kAnimKind = {ANIM_OBJECT, "anim",      "anim",
+                                         "ANIM",      "ANIMATION", &kAnimationFile};
+inline constexpr ObjectKind kMorphAnimKind = {MORPHANIM_OBJECT, "morphanim",  "morphanim",
+                                              "MORPHANIM",      "MORPHANIMS", &kMorphAnimationFile};
+inline constexpr ObjectKind kTextureKind = {TEXTURE_OBJECT, "texture",  "texture",
+                                            "TEXTURE",      "MATERIAL", &kMaterialFile};
+inline constexpr std::array kObjectKinds = {kMeshKind, kNodeKind, kAnimKind, kMorphAnimKind,
+                                            kTextureKind};
 
 // The texts of the two enumerations; "OUT OF RANGE" for a value without one.
 struct ModeTypeAsString {

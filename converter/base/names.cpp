@@ -4,7 +4,6 @@
 
 #include <boost/filesystem.hpp>
 
-#include "cal3d/io/file_format.h"
 #include "converter/base/records.h"
 
 namespace fs = boost::filesystem;
@@ -14,9 +13,9 @@ std::string prependPathToFileName(std::string_view directory, std::string_view f
 }
 
 std::string OutputPath(const ConversionArguments& args, std::string_view name,
-                       const CalFileKind& kind) {
+                       const ObjectKind& kind) {
   return prependPathToFileName(args.directoryForOutputFiles,
-                               urlencode(name).append(kind.extension));
+                               urlencode(name).append(kind.file->extension));
 }
 
 std::string removeUnneededDoubleQuotes(std::string_view text) {

@@ -8,13 +8,11 @@
 
 #include "converter/base/conversion_arguments.h"
 
-struct CalFileKind;
-
 // `directory` is expected to end in its separator already; none is added.
 std::string prependPathToFileName(std::string_view directory, std::string_view fileName);
 // Where an object of that name goes: the output directory, the encoded name, the kind's extension.
 std::string OutputPath(const ConversionArguments& args, std::string_view name,
-                       const CalFileKind& kind);
+                       const ObjectKind& kind);
 // Takes off a pair of enclosing quotes from a text of at least 3 characters.
 std::string removeUnneededDoubleQuotes(std::string_view text);
 // The pieces between separators; one empty piece for an empty text.

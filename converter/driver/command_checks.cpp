@@ -21,20 +21,10 @@ bool Has(const ConversionArguments& args, int types) { return (args.type & types
 // The command in words: "export anim".
 std::string CommandText(const ConversionArguments& args) {
   std::string text = args.mode == LIST_MODE ? "list" : "export";
-  switch (args.type) {
-    case MESH_OBJECT:
-      return text += " mesh";
-    case NODE_OBJECT:
-      return text += " skel";
-    case ANIM_OBJECT:
-      return text += " anim";
-    case MORPHANIM_OBJECT:
-      return text += " morphanim";
-    case TEXTURE_OBJECT:
-      return text += " texture";
-    default:
-      return text;
+  for (const ObjectKind& kind : kObjectKinds) {
+    if (kind.type == args.type) text.append(" ").append(kind.word);
   }
+  return text;
 }
 
 void CheckNumberOfNames(const ConversionArguments& args) {

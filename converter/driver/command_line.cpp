@@ -238,23 +238,18 @@ void SegmentReader::ReadType() {
   if (!expectType_ || words_.empty()) return;
   const std::string given = NextWord();
   const std::string word = ToLower(given);
-  const std::string_view prefix = std::string_view(word).substr(0, 4);
-  if (prefix == "mesh") {
-    record_.type = MESH_OBJECT;
-  } else if (prefix == "skel" || prefix == "node") {
-    record_.type = NODE_OBJECT;
-  } else if (prefix == "morp" && record_.mode != CAL3D_2_TEXT_MODE) {
-    record_.type = MORPHANIM_OBJECT;
-  } else if (prefix == "anim") {
-    record_.type = ANIM_OBJECT;
-  } else if (prefix == "text") {
-    record_.type = TEXTURE_OBJECT;
-  } else {
-    std::fprintf(stderr, "type '%s' is invalid\n", word.c_str());
-    AddError("type '" + word + "' is invalid");
-    CheckForOption(given, "a type");
-    needHelp_ = true;
+  // The first four letters tell the types apart.
+  const auto prefix = [](std::string_view text) { return text.substr(0, 4); };
+  for (const ObjectKind& kind : kObjectKinds) {
+    if (prefix(word) != prefix(kind.word) && prefix(word) != prefix(kind.otherWord)) continue;
+    if (kind.type == MORPHANIM_OBJECT && record_.mode == CAL3D_2_TEXT_MODE) break;
+    record_.type = kind.type;
+    return;
   }
+  std::fprintf(stderr, "type '%s' is invalid\n", word.c_str());
+  AddError("type '" + word + "' is invalid");
+  CheckForOption(given, "a type");
+  needHelp_ = true;
 }
 
 void SegmentReader::CheckType() {

@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "cal3d/io/file_format.h"
 #include "converter/animation/export_animation.h"
 #include "converter/base/complaint.h"
 #include "converter/base/log.h"
@@ -24,13 +23,13 @@ namespace {
 
 void ExportSkeletonNamed(FbxWrapper& scene, const std::string& name, ConversionArguments args) {
   if (args.outputFilename.empty()) {
-    args.outputFilename = OutputPath(args, name, kSkeletonFile);
+    args.outputFilename = OutputPath(args, name, kNodeKind);
   }
   args.exportObjectName = name;
   LOG_INFO(args.toString());
   const std::string shownName = encodeName(args.encodeNames, name);
   if (ExportSkeleton(scene, args)) {
-    AddOutput("SKELETON", shownName, false);
+    AddOutput(kNodeKind.label, shownName, false);
     AddOutput("FILENAME", args.outputFilename, true);
   } else {
     // Callers know this text, the wrong word included.

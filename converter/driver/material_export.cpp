@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include "cal3d/io/file_format.h"
 #include "cal3d/io/saver.h"
 #include "converter/base/complaint.h"
 #include "converter/base/log.h"
@@ -43,12 +42,12 @@ void ExportMaterials(FbxWrapper& scene, const ConversionArguments& args) {
     const CalCoreMaterial material = MakeMaterial(map);
     if (material.maps.empty()) continue;
     const std::string& name = MaterialName(map);
-    const std::string file = OutputPath(args, name, kMaterialFile);
+    const std::string file = OutputPath(args, name, kTextureKind);
     if (!CalSaver::saveCoreMaterial(file, &material)) {
       ComplainOfOutput(file);
       continue;
     }
-    AddOutput(_MATERIAL, std::to_string(id) + ' ' + name, false);
+    AddOutput(kTextureKind.label, std::to_string(id) + ' ' + name, false);
     AddOutput("FILENAME", file, false);
     AddOutput(MaterialMapToString(map, false), true);
   }

@@ -10,7 +10,6 @@
 
 #include <boost/make_shared.hpp>
 
-#include "cal3d/io/file_format.h"
 #include "cal3d/io/saver.h"
 #include "converter/base/complaint.h"
 #include "converter/base/names.h"
@@ -159,13 +158,13 @@ bool SaveMesh(const ConversionArguments& args, MeshGroup& group, const MeshTrace
   WarnOfSize(group.name, group.bounds);
   std::string fileName = args.outputFilename;
   if (fileName.empty()) {
-    fileName = OutputPath(args, group.name, kMeshFile);
+    fileName = OutputPath(args, group.name, kMeshKind);
   }
   if (!CalSaver::saveCoreMesh(fileName, &mesh)) {
     ComplainOfOutput(fileName);
     return false;
   }
-  AddOutput("MESH", encodeName(args.encodeNames, group.name), false);
+  AddOutput(kMeshKind.label, encodeName(args.encodeNames, group.name), false);
   AddOutput("MATERIAL", JoinIds(group) + " ", false);
   AddOutput("FILENAME", fileName, true);
   return true;

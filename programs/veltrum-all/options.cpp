@@ -1,5 +1,6 @@
 #include "programs/veltrum-all/options.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -87,19 +88,10 @@ bool IsAxis(std::string_view text) {
 int32_t ReadKinds(std::string_view text) {
   int32_t kinds = 0;
   for (const std::string& word : Split(text, ',')) {
-    if (word == "skel" || word == "node") {
-      kinds |= NODE_OBJECT;
-    } else if (word == "mesh") {
-      kinds |= MESH_OBJECT;
-    } else if (word == "texture") {
-      kinds |= TEXTURE_OBJECT;
-    } else if (word == "anim") {
-      kinds |= ANIM_OBJECT;
-    } else if (word == "morphanim") {
-      kinds |= MORPHANIM_OBJECT;
-    } else {
-      return 0;
-    }
+    const auto* kind = std::ranges::find_if(
+        kObjectKinds, [&word](const ObjectKind& any) { return any.IsCalled(word); });
+    if (kind == kObjectKinds.end()) return 0;
+    kinds |= kind->type;
   }
   return kinds;
 }
