@@ -1,14 +1,9 @@
 #include "tests/cal3d/sample_models.h"
 
-#include <stdexcept>
 #include <vector>
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
-
-#include "cal3d/io/loader.h"
-#include "cal3d/io/saver.h"
-#include "tests/support/temp_dir.h"
 
 namespace {
 
@@ -19,23 +14,6 @@ boost::shared_ptr<CalCoreBone> Bone(const std::string& name, int parent, float s
   bone->boneSpaceTranslation = {-seed, 0, -100};
   bone->boneSpaceRotation = {0.5F, -0.5F, 0.5F, 0.5F};
   return bone;
-}
-
-template <typename Load>
-std::string ErrorOf(const std::string& bytes, const Load& load) {
-  try {
-    return load(bytes) ? "accepted" : "null";
-  } catch (const std::exception& error) {
-    return error.what();
-  }
-}
-
-template <typename Object, typename Save>
-std::string SavedBy(const Save& save, const Object& object, std::string_view ending) {
-  const TempDir folder;
-  const std::string path = folder.File("object") + std::string(ending);
-  EXPECT_TRUE(save(path, &object));
-  return ReadFile(path);
 }
 
 }  // namespace
@@ -86,54 +64,6 @@ CalCoreMaterial SampleMaterial() {
 
 CalCoreMorphAnimation SampleMorphAnimation() {
   return {0.25F, {{"smile \"wide\"", {{0, 0.5F}, {0.25F, 1}}}, {"", {}}}};
-}
-
-std::string Saved(const CalCoreSkeleton& skeleton, std::string_view ending) {
-  return SavedBy(CalSaver::saveCoreSkeleton, skeleton, ending);
-}
-
-std::string Saved(const CalCoreMesh& mesh, std::string_view ending) {
-  return SavedBy(CalSaver::saveCoreMesh, mesh, ending);
-}
-
-std::string Saved(const CalCoreAnimation& animation, std::string_view ending) {
-  return SavedBy(CalSaver::saveCoreAnimation, animation, ending);
-}
-
-std::string Saved(const CalCoreMaterial& material, std::string_view ending) {
-  return SavedBy(CalSaver::saveCoreMaterial, material, ending);
-}
-
-std::string Saved(const CalCoreMorphAnimation& animation, std::string_view ending) {
-  return SavedBy(CalSaver::saveCoreMorphAnimation, animation, ending);
-}
-
-boost::shared_ptr<CalCoreSkeleton> LoadSkeleton(const std::string& bytes) {
-  return CalLoader::loadCoreSkeleton(CalBufferSource(bytes.data(), bytes.size()));
-}
-
-boost::shared_ptr<CalCoreMesh> LoadMesh(const std::string& bytes) {
-  return CalLoader::loadCoreMesh(CalBufferSource(bytes.data(), bytes.size()));
-}
-
-boost::shared_ptr<CalCoreAnimation> LoadAnimation(const std::string& bytes) {
-  return CalLoader::loadCoreAnimation(CalBufferSource(bytes.data(), bytes.size()));
-}
-
-boost::shared_ptr<CalCoreMaterial> LoadMaterial(const std::string& bytes) {
-  return CalLoader::loadCoreMaterial(CalBufferSource(bytes.data(), bytes.size()));
-}
-
-boost::shared_ptr<CalCoreMorphAnimation> LoadMorphAnimation(const std::string& bytes) {
-  return CalLoader::loadCoreMorphAnimation(CalBufferSource(bytes.data(), bytes.size()));
-}
-
-std::string SkeletonError(const std::string& bytes) { return ErrorOf(bytes, LoadSkeleton); }
-std::string MeshError(const std::string& bytes) { return ErrorOf(bytes, LoadMesh); }
-std::string MaterialError(const std::string& bytes) { return ErrorOf(bytes, LoadMaterial); }
-std::string AnimationError(const std::string& bytes) { return ErrorOf(bytes, LoadAnimation); }
-std::string MorphAnimationError(const std::string& bytes) {
-  return ErrorOf(bytes, LoadMorphAnimation);
 }
 
 std::string Replaced(std::string text, std::string_view from, std::string_view to) {

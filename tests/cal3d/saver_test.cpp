@@ -1,24 +1,17 @@
 // What the saver does to the file system, and what it refuses to write.
 #include "cal3d/io/saver.h"
 
-#include <chrono>
 #include <csignal>
-#include <cstddef>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
 #include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/time.h>
 
 #include "cal3d/io/output_file.h"
 #include "tests/cal3d/sample_models.h"
@@ -90,24 +83,6 @@ TEST(Saver, AFailedSaveLeavesNothingAndSaysWhy) {
   EXPECT_EQ(EntryCount(folder), 1u);
 }
 
-TEST(Saver, ALimitOfFileSizesIsAWriteError) {
-  const TempDir folder;
-  const std::string path = folder.Write("x", "old");
-  const auto save = [&path] {
-    RemoveUnfinishedFilesOnSignals();
-    const rlimit limit = {512, 512};
-    setrlimit(RLIMIT_FSIZE, &limit);
-    const CalCoreSkeleton skeleton = SampleSkeleton();
-    std::exit(!CalSaver::saveCoreSkeleton(path, &skeleton) &&
-                      CalSaver::lastError() == "File too large"
-                  ? 0
-                  : 1);
-  };
-  EXPECT_EXIT(save(), testing::ExitedWithCode(0), "");
-  EXPECT_EQ(ReadFile(path), "old");
-  EXPECT_EQ(EntryCount(folder), 1u);
-}
-
 TEST(Saver, SignalsTakeTheTemporaryFileAlong) {
   const TempDir folder;
   const std::string path = folder.Write("x", "old");
@@ -131,40 +106,6 @@ TEST(Saver, SignalsTakeTheTemporaryFileAlong) {
   EXPECT_EXIT(write(SIGHUP), testing::ExitedWithCode(0), "");
   std::signal(SIGHUP, ignored);
   EXPECT_EQ(ReadFile(path).size(), size_t{3} << 20);
-}
-
-TEST(Saver, InterruptedCallsGoOn) {
-  const TempDir folder;
-  const std::string path = folder.File("pipe");
-  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-  // An alarm each millisecond, for this thread alone, while the reader is slow to open and to read.
-  struct sigaction action {};
-  action.sa_handler = [](int) {};
-  ASSERT_EQ(sigaction(SIGALRM, &action, nullptr), 0);
-  sigset_t alarm;
-  sigemptyset(&alarm);
-  sigaddset(&alarm, SIGALRM);
-  pthread_sigmask(SIG_BLOCK, &alarm, nullptr);
-  size_t received = 0;
-  std::thread reader([&path, &received] {
-    const auto wait = [] { std::this_thread::sleep_for(std::chrono::milliseconds(30)); };
-    wait();
-    std::ifstream pipe(path, std::ios::binary);
-    wait();
-    for (; pipe.get() != EOF; ++received) {
-    }
-  });
-  pthread_sigmask(SIG_UNBLOCK, &alarm, nullptr);
-  const itimerval often = {{0, 1000}, {0, 1000}};
-  setitimer(ITIMER_REAL, &often, nullptr);
-  OutputFile file(path);
-  file.Append(std::string(1 << 20, 'x'));
-  const bool written = file.Commit();
-  const itimerval never = {};
-  setitimer(ITIMER_REAL, &never, nullptr);
-  reader.join();
-  EXPECT_TRUE(written) << std::strerror(file.Error());
-  EXPECT_EQ(received, size_t{1} << 20);
 }
 
 TEST(Saver, KeepsDevicesAndLinks) {

@@ -75,4 +75,6 @@ std::string ProgramPath(const std::string& name) {
   return name.starts_with("/") ? name : VELTRUM_PROGRAMS "/" + name;
 }
 
-std::string SamplesDirectory() { return VELTRUM_SAMPLES; }
+std::string SamplesDirectory() { return VELTRUM_SOURCE "/samples"; }
+
+std::string TestScenesDirectory() { return VELTRUM_SOURCE "/tests/end_to_end/scenes"; }
