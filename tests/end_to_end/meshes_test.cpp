@@ -1,4 +1,5 @@
 // Scenes in, mesh listings and mesh files out, through the program.
+#include <filesystem>
 #include <set>
 
 #include <gmock/gmock.h>
@@ -37,22 +38,6 @@ TEST_F(Meshes, Lists) {
                                 "MESH: Body MATERIALS: 0  \nMESH: Body_1 MATERIALS: 0  \n"));
 }
 
-TEST_F(Meshes, TheFormOfTheSceneDoesntShow) {
-  const SceneBuilder::MeshIds mesh =
-      scene_.Mesh("my m", {0, 0, 0, 150, 0, 0, 0, 150, 0.5}, {{0, 1, 2}});
-  scene_.Material(mesh.node, "Skin[3]");
-  scene_.Target(scene_.Channel(scene_.BlendShape(mesh.mesh), "up"), {1}, {0, 0, 2.5});
-  std::set<std::string> files;
-  for (const FbxFormat& format :
-       {FbxFormat{}, FbxFormat{.ascii = true}, FbxFormat{.version = 7500, .compress = true}}) {
-    dir_.Write("f.fbx", scene_.Write(format));
-    EXPECT_EQ(Run({"-rRootNode", "-d.", "f.fbx", "export", "mesh"}),
-              "MESH: my m MATERIAL: 3  FILENAME: ./my%20m.xmf\n");
-    files.insert(File("my%20m.xmf"));
-  }
-  EXPECT_THAT(files, ElementsAre(HasSubstr("<POSITION>150 0 2.5</POSITION>")));
-}
-
 TEST_F(Meshes, FailuresAreReportedAndGiveStatus1) {
   scene_.Mesh("m");
   const std::string start = "WARNING: could not create file for meshes from  s.fbx  with root  ";
@@ -67,6 +52,37 @@ TEST_F(Meshes, FailuresAreReportedAndGiveStatus1) {
   // The last command decides; a help screen decides nothing.
   Run({"-rHips", "s.fbx", "export", "mesh", "-", "s.fbx", "list", "mesh"}, 0);
   Run({"-rHips", "s.fbx", "export", "mesh", "-", "-h"}, 1);
+}
+
+// `list texture` and `export texture` over scenes made for the purpose.
+
+class Materials : public SceneTest {
+ protected:
+  // A mesh with one material that has one texture.
+  void AddDressed(const std::string& mesh, const std::string& material, const std::string& path,
+                  int64_t parent = SceneBuilder::kRoot) {
+    scene_.Texture(scene_.Material(scene_.Mesh(mesh, {}, parent).node, material), "DiffuseColor",
+                   path);
+  }
+};
+
+TEST_F(Materials, AFileThatCannotBeWrittenLeavesNoRecord) {
+  AddDressed("Body", "A", "a.png");
+  AddDressed("Hat", "B", "b.png");
+  std::filesystem::create_directories(dir_.File("B.xrf/in the way"));
+  EXPECT_EQ(Run({"s.fbx", "export", "texture"}),
+            "MATERIAL: 1 A FILENAME: A.xrf TEXTURE: DiffuseColor a.png\n");
+}
+
+TEST_F(Materials, FilesOfTheMediaFolderAreListed) {
+  scene_.Mesh("Body");
+  std::filesystem::create_directories(dir_.File("s.fbm/folder"));
+  dir_.Write("s.fbm/my skin.png", "pixels");
+  const std::string rest =
+      "\nMATERIAL: 0 unused TEXTURE: DiffuseColor unused\n"
+      "TEXTURE: DiffuseColor FILENAME: unused MATERIAL: unused\n";
+  EXPECT_EQ(Run({"s.fbx", "list", "texture"}), "TEXTURE: s.fbm/my skin.png\n" + rest);
+  EXPECT_EQ(Run({"-e", "s.fbx", "list", "texture"}), "TEXTURE: s.fbm%2Fmy%20skin.png\n" + rest);
 }
 
 }  // namespace

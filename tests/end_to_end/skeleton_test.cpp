@@ -75,25 +75,6 @@ TEST_F(Skeletons, ListsWithTheirMeshes) {
                 "zz BONECOUNT: 6\n");
 }
 
-TEST_F(Skeletons, ListsTheNodesOfOne) {
-  const int64_t hips = scene_.Bone("Hips");
-  scene_.Bone("Spine", hips);
-  scene_.Node("bare", hips);
-  scene_.Mesh("Body");
-  EXPECT_EQ(Run({"-rRootNode/Hips", "s.fbx", "list", "node"}),
-            "NODE: Hips\nNODE: Hips/Spine\nNODE: Hips/bare\n");
-  // The numbers are by full path, so a skeleton below the scene's root shows none.
-  EXPECT_THAT(Run({"-v", "-rRootNode/Hips", "s.fbx", "list", "node"}),
-              EndsWith("\nNODE 0:eSkeleton: Hips\nNODE 0:eSkeleton: Hips/Spine\n"
-                       "NODE 0:eNull: Hips/bare\n"));
-  EXPECT_THAT(Run({"-v", "-rRootNode", "s.fbx", "list", "node"}),
-              EndsWith("\nNODE 0:eNull: RootNode\nNODE 1:eMesh: RootNode/Body\n"));
-  EXPECT_THAT(Run({"-vvv", "-rRootNode/Hips", "s.fbx", "list", "node"}),
-              HasSubstr("\nNODE 0:eSkeleton: Hips\n\tT:"));
-  // A path without a skeleton shows no nodes, and no error.
-  EXPECT_EQ(Run({"-rRootNode/Hips/Spine", "s.fbx", "list", "node"}), "");
-}
-
 TEST_F(Skeletons, BeginAtNodesWithANameOfRoots) {
   const int64_t hips = scene_.Bone("Hips", scene_.Node("MyROOTs"));
   const int64_t spine = scene_.Bone("Spine_root", hips);
@@ -196,25 +177,6 @@ TEST_F(Skeletons, RoomsGetARootNameACameraAndAnAmbientColour) {
                                             "camera.01.01.root.Target"));
   EXPECT_THAT(skeleton->coreBones[0]->childIds, ElementsAre(1, 2, 3));
   EXPECT_EQ(skeleton->sceneAmbientColor, (CalVector{1, 1, 1}));
-}
-
-TEST_F(Skeletons, RenamedRooms) {
-  const int64_t room = scene_.Node("room_skeleton");
-  for (const char* name : {"Camera1", "camera1.target", "seat7.Sit", "LightAmbient_rgb336699"}) {
-    scene_.Node(name, room);
-  }
-  const std::string out = Run({"--room", "--rename", "-v", "--root=RootNode/room_skeleton", "s.fbx",
-                               "export", "skel", "r"});
-  EXPECT_THAT(out, HasSubstr("found 2 nodes for camera\n"));
-  EXPECT_THAT(out, HasSubstr("found 1 nodes for ((room).*(skeleton))|((skeleton).*(room))\n"));
-  EXPECT_THAT(out, HasSubstr("node seat7.Sit was renamed Seat1.Sit\n"));
-  EXPECT_THAT(out, Not(HasSubstr("Adding camera")));
-  const auto skeleton = Load("r.xsf");
-  EXPECT_THAT(Names(*skeleton),
-              ElementsAre("skeleton.Room", "camera.01.01.root", "camera.01.01.root.Target",
-                          "Seat1.Sit", "LightAmbient_rgb336699"));
-  ExpectVector(skeleton->sceneAmbientColor, {0.2F, 0.4F, 0.6F});
-  EXPECT_EQ(skeleton->coreBones[4]->lightType, CalLightType::kAmbient);
 }
 
 TEST_F(Skeletons, DeepTrees) {

@@ -200,22 +200,4 @@ TEST(AxisConversion, PosesAndClustersFollow) {
   ExpectNear(cluster->transform, m);
 }
 
-// Every value of its own costs a node memory.
-TEST(AxisConversion, WritesOnlyWhatChanges) {
-  for (const FbxAxisSystem& source : {FbxAxisSystem::Max, FbxAxisSystem::MayaYUp}) {
-    SceneBuilder scene;
-    scene.Node("n", SceneBuilder::kRoot, {kTranslation});
-    const LoadedScene file(scene);
-    ExpectConverted(file, source);
-    const FbxNode& node = file.Node("n");
-    const bool converts = source == FbxAxisSystem::MayaYUp;
-    EXPECT_EQ(node.FindProperty("PreRotation").Modified(), converts);
-    EXPECT_EQ(node.LclTranslation().Get<FbxDouble3>() == FbxDouble3({1, 2, 3}), !converts);
-    for (const char* name :
-         {"ScalingPivot", "RotationOffset", "RotationOrder", "TranslationMaxX"}) {
-      EXPECT_FALSE(node.FindProperty(name).Modified()) << name;
-    }
-  }
-}
-
 }  // namespace

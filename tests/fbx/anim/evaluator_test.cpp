@@ -158,27 +158,6 @@ TEST(Evaluator, AnimatedWeightCounts) {
   ExpectNear(file.Node("n").EvaluateLocalTranslation(Seconds(0.25)), {2, 0, 0});
 }
 
-TEST(Evaluator, ComputesOnceForATimeUnlessForced) {
-  SceneBuilder scene;
-  scene.Node("c", scene.Node("p"));
-  const LoadedScene file(scene);
-  const auto move = [&](double x) { file.Node("p").LclTranslation().Set(FbxDouble3{x, 0, 0}); };
-  const auto x = [&](double seconds, bool force = false) {
-    return file.Node("c")
-        .EvaluateGlobalTransform(Seconds(seconds), FbxNode::eSourcePivot, false, force)
-        .GetT()[0];
-  };
-  EXPECT_EQ(x(1), 0);
-  move(1);
-  EXPECT_EQ(x(1), 0);
-  EXPECT_EQ(x(2), 1);
-  move(2);
-  EXPECT_EQ(x(2, true), 2);
-  move(3);
-  file.scene->SetCurrentAnimationStack(nullptr);
-  EXPECT_EQ(x(2), 3);
-}
-
 TEST(Evaluator, WhatRestsFollowsWhatMoves) {
   SceneBuilder scene;
   const int64_t parent = scene.Node("p");
@@ -202,39 +181,6 @@ TEST(Evaluator, WhatRestsFollowsWhatMoves) {
   EXPECT_EQ(x(1), 10);
   child.UpdatePivotsAndLimitsFromProperties();
   EXPECT_EQ(x(2), 14);
-}
-
-TEST(Evaluator, AnimationMayGo) {
-  SceneBuilder scene;
-  scene.Key(scene.AddClip("clip", 0, 60).layer, scene.Node("n"), "TX", {0, 30}, {5, 5});
-  const LoadedScene file(scene);
-  const FbxNode& node = file.Node("n");
-  EXPECT_EQ(node.EvaluateLocalTranslation(Seconds(0))[0], 5);
-  node.LclTranslation().GetCurve(file.AnimLayer(), "X")->Destroy();
-  EXPECT_EQ(node.EvaluateLocalTranslation(Seconds(0))[0], 0);
-  file.scene->GetCurrentAnimationStack()->Destroy();
-  EXPECT_EQ(file.scene->GetCurrentAnimationStack(), nullptr);
-}
-
-TEST(Evaluator, ScenesSideBySideKeepTheirStates) {
-  SceneBuilder left, right;
-  left.Drive(left.AddClip("clip", 0, 60).layer, left.Node("n"), "Lcl Translation", {"X"}, {0, 30},
-             {10, 20});
-  right.Node("n", SceneBuilder::kRoot, {Translation(2, 0, 0)});
-  const LoadedScene a(left), b(right);
-  FbxNode& first = a.Node("n");
-  FbxNode& second = b.Node("n");
-  EXPECT_EQ(first.EvaluateGlobalTransform(Seconds(1)).GetT()[0], 20);
-  EXPECT_EQ(second.EvaluateGlobalTransform(Seconds(1)).GetT()[0], 2);
-  EXPECT_EQ(first.EvaluateGlobalTransform(Seconds(0)).GetT()[0], 10);
-  // A node that changes scenes brings no state along.
-  first.LclTranslation().Set(FbxDouble3{1, 0, 0});
-  a.scene->RootProperty().DisconnectSrcObject(&first);
-  a.scene->GetRootNode()->RootProperty().DisconnectSrcObject(&first);
-  b.scene->ConnectSrcObject(&first);
-  second.ConnectSrcObject(&first);
-  EXPECT_EQ(first.EvaluateGlobalTransform(Seconds(1)).GetT()[0], 3);
-  EXPECT_EQ(second.EvaluateGlobalTransform(Seconds(1)).GetT()[0], 2);
 }
 
 }  // namespace

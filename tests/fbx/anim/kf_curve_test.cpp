@@ -217,17 +217,4 @@ TEST(KFCurve, KeysAtOneTimeMakeAStep) {
   }
 }
 
-TEST(KFCurve, NegateTurnsValuesAndTangents) {
-  for (const uint32_t flags :
-       {kUser, Attr::kCubic | Attr::kTangentTCB, Attr::kCubic | Attr::kTangentAuto,
-        Attr::kCubic | Attr::kTangentAuto | Attr::kProgressiveClamp, uint32_t{Attr::kLinear}}) {
-    const KFCurve curve = Curve({1, 4, 2}, {flags, {Bits(0.5F), Bits(-0.25F), Bits(0.125F), 0}});
-    KFCurve negated = curve;
-    negated.Negate();
-    for (const double t : {-1.0, 0.0, 0.3, 1.0, 1.7}) {
-      EXPECT_EQ(negated.Evaluate(Seconds(t)), -curve.Evaluate(Seconds(t)));
-    }
-  }
-}
-
 }  // namespace

@@ -78,19 +78,4 @@ TEST_F(SceneTest, SettingsThatNameNoAxesCountAsTheDefault) {
   EXPECT_EQ(settings.GetAmbientColor().mAlpha, 1.0);
 }
 
-TEST_F(SceneTest, LayeredTexturesKeepInputsInStepWithTheirTextures) {
-  auto* layered = Add<FbxLayeredTexture>();
-  std::vector<FbxFileTexture*> textures;
-  for (int i = 0; i < 3; ++i) {
-    textures.push_back(Add<FbxFileTexture>(layered));
-    Add<FbxVideo>(layered);
-    layered->inputs.back().blendMode = i + 1;
-  }
-  const auto mode = [](int m) { return testing::Field(&FbxLayeredTexture::Input::blendMode, m); };
-  textures[1]->Destroy();
-  EXPECT_THAT(layered->inputs, ElementsAre(mode(1), mode(3)));
-  layered->RootProperty().DisconnectSrcObject(textures[0]);
-  EXPECT_THAT(layered->inputs, ElementsAre(mode(3)));
-}
-
 }  // namespace
