@@ -1,13 +1,12 @@
 // Writes seeds for the fuzz targets that take scene files into the folder named on the command
-// line: a scene with objects of every family, and a room with all that gets exported, in each form
-// of the file.
+// line: a scene with objects of every family, a room with all that gets exported, and a scene in
+// the words of version 6, in each form of the file.
 #include <cstdint>
 #include <fstream>
 #include <iostream>
 #include <string>
 #include <vector>
 
-#include "tests/support/fbx6_writer.h"
 #include "tests/support/scene_builder.h"
 
 namespace {
@@ -126,6 +125,51 @@ SceneBuilder MakeRoom() {
   return scene;
 }
 
+// A scene in the words of version 6, where plain values stand in the place of arrays.
+FbxRecords MakeOldDocument(int version) {
+  const auto connect = [](const char* source, const char* destination) {
+    return FbxRecord("Connect", {"OO", source, destination});
+  };
+  const FbxRecord properties(
+      "Properties60", {},
+      {{"Property", {"Lcl Translation", "Lcl Translation", "A+", 1.0, 2.0, 3.0}},
+       {"Property", {"smile", "Shape", "A+", 25.0}}});
+  const FbxRecord key(
+      "Key", {int64_t{0}, 1.0, 'L', int64_t{46186158000}, 2.0, 'U', 's', 1.0, 2.0, 'a', 0.25, 0.5});
+  const FbxRecord curve("Channel", {"X"}, {{"Default", {1.0}}, {"KeyCount", {2}}, key});
+  return {{"FBXHeaderExtension", {}, {{"FBXVersion", {version}}}},
+          {"Objects",
+           {},
+           {{"Model",
+             {"Model::face", "Mesh"},
+             {properties,
+              {"Vertices", {0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 1.0, 1.0, 0.0}},
+              {"PolygonVertexIndex", {0, 1, -3}},
+              {"Shape", {"smile"}, {{"Indexes", {1}}, {"Vertices", {0.0, 0.0, 1.0}}}},
+              {"LayerElementTexture",
+               {0},
+               {{"MappingInformationType", {"AllSame"}}, {"TextureId", {0}}}},
+              {"Layer", {0}, {LayerElement("LayerElementTexture")}}}},
+            {"Model", {"Model::bone", "LimbNode"}, {properties}},
+            {"Material", {"Material::skin", ""}, {{"ShadingModel", {"phong"}}}},
+            {"Texture", {"Texture::t", ""}, {{"FileName", {"skin.png"}}}},
+            {"Deformer", {"Deformer::skin", "Skin"}, {{"Version", {100}}}},
+            {"Deformer", {"Deformer::c", "Cluster"}, {{"Indexes", {0}}, {"Weights", {1.0}}}}}},
+          {"Connections",
+           {},
+           {connect("Model::face", "Model::Scene"), connect("Model::bone", "Model::Scene"),
+            connect("Material::skin", "Model::face"), connect("Texture::t", "Model::face"),
+            connect("Deformer::skin", "Model::face"), connect("Deformer::c", "Deformer::skin"),
+            connect("Model::bone", "Deformer::c")}},
+          {"Takes",
+           {},
+           {{"Take",
+             {"walk"},
+             {{"Model",
+               {"Model::bone"},
+               {{"Channel", {"Transform"}, {{"Channel", {"T"}, {curve}}}}}}}}}}};
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -136,9 +180,6 @@ int main(int argc, char** argv) {
   const std::vector<SceneBuilder> scenes = {MakeScene(), MakeRoom()};
   const std::vector<FbxFormat> formats = {{},
                                           {.ascii = true},
-                                          {.version = 6100},
-                                          {.ascii = true, .version = 6100},
-                                          {.version = 6000, .bigEndian = true},
                                           {.version = 7500, .compress = true},
                                           {.bigEndian = true},
                                           {.version = 7000, .footer = false}};
@@ -146,11 +187,15 @@ int main(int argc, char** argv) {
   for (const SceneBuilder& scene : scenes) {
     for (const FbxFormat& format : formats) {
       const std::string path = std::string(argv[1]).append("/").append(std::to_string(count++));
-      const FbxRecords document = scene.Document(format.version);
-      const std::string bytes =
-          WriteFbx(format.version < 7000 ? AsVersion6(document) : document, format);
-      if (!(std::ofstream(path, std::ios::binary) << bytes)) return 1;
+      if (!(std::ofstream(path, std::ios::binary) << scene.Write(format))) return 1;
     }
+  }
+  for (const FbxFormat& format :
+       {FbxFormat{.version = 6100}, FbxFormat{.ascii = true, .version = 6100},
+        FbxFormat{.version = 6000, .bigEndian = true}}) {
+    const std::string path = std::string(argv[1]).append("/").append(std::to_string(count++));
+    const std::string bytes = WriteFbx(MakeOldDocument(format.version), format);
+    if (!(std::ofstream(path, std::ios::binary) << bytes)) return 1;
   }
   return 0;
 }

@@ -174,6 +174,17 @@ TEST_F(Complaints, LogsAndFullDisks) {
   EXPECT_TRUE(replaced({"--log", "link", "s.fbx", "list"}, 2));
 }
 
+TEST_F(Complaints, TwoSlotsWithOneMaterial) {
+  const int64_t node = scene_
+                           .Mesh("m", {0, 0, 0, 9, 0, 0, 9, 9, 0, 0, 9, 0}, {{0, 1, 2}, {0, 2, 3}},
+                                 {Materials({0, 1})})
+                           .node;
+  for (int i = 0; i < 2; ++i) scene_.Material(node, "same");
+  EXPECT_EQ(Told({"--root=RootNode", "s.fbx", "export", "mesh", "m"}),
+            "veltrum: mesh 'm' has several material slots with one material; only the polygons of "
+            "the last of them are written, and 1 polygon is lost\n");
+}
+
 // A stack may bear the name that another one gets.
 TEST_F(Complaints, AnimationsKeepFilesOfTheirOwn) {
   const int64_t hips = scene_.Bone("Tail");

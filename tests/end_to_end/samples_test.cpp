@@ -18,7 +18,7 @@ class Samples : public ProgramTest {
     const std::string scene = dir_.Write("s.fbx", document);
     std::filesystem::create_directory(dir_.File("y"));
     std::string text;
-    for (const Words& command : commands) text += Run(command) + run_.err;
+    for (const Words& command : commands) text += Run(command);
     std::filesystem::remove(scene);
     std::set<std::string> names;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(dir_.Path())) {

@@ -126,16 +126,16 @@ std::vector<int> FirstOfTheSame(const std::vector<Value>& values, const IsSame& 
   return firsts;
 }
 
-constexpr size_t kCount = 1500;
+constexpr size_t kTriangles = 1500;
 
 // Each corner at the hub is the first vertex before it that agrees with it as far as neither has a
 // NaN.
 TEST_F(LargeMeshes, ANaNEndsAComparison) {
   std::mt19937 random(5);
-  const Disc disc(kCount);
+  const Disc disc(kTriangles);
   std::vector<double> written;
-  std::vector<std::array<double, 4>> colors(kCount);
-  for (size_t i = 0; i < kCount; ++i) {
+  std::vector<std::array<double, 4>> colors(kTriangles);
+  for (size_t i = 0; i < kTriangles; ++i) {
     for (size_t c = 0; c < 4; ++c) {
       const auto value = static_cast<double>(random() % (c == 0 ? 100 : 5));
       colors[i][c] = i > 60 && random() % 30 == 0 ? NAN : value;
@@ -151,17 +151,17 @@ TEST_F(LargeMeshes, ANaNEndsAComparison) {
   scene_.Mesh("m", disc.points, disc.polygons, {Colors("ByPolygon", "Direct", written)});
   Export();
   const auto faces = Faces(Submesh());
-  ASSERT_EQ(faces.size(), kCount);
-  for (size_t i = 0; i < kCount; ++i) ASSERT_EQ(faces[i][2], expected[i]) << i;
+  ASSERT_EQ(faces.size(), kTriangles);
+  for (size_t i = 0; i < kTriangles; ++i) ASSERT_EQ(faces[i][2], expected[i]) << i;
 }
 
 // The corners at the hub differ in their morph normals alone: the mesh's own are all the same,
 // since nobody knows the mapping of those that the morph starts from.
 TEST_F(LargeMeshes, MorphNormalsMayBeALittleApart) {
   std::mt19937 random(7);
-  const Disc disc(kCount);
+  const Disc disc(kTriangles);
   std::vector<double> written;
-  std::vector<FbxVector4> normals(kCount);
+  std::vector<FbxVector4> normals(kTriangles);
   for (FbxVector4& normal : normals) {
     for (size_t axis = 0; axis < 3; ++axis) {
       normal[axis] =
@@ -181,8 +181,8 @@ TEST_F(LargeMeshes, MorphNormalsMayBeALittleApart) {
   scene_.Target(scene_.Channel(scene_.BlendShape(ids.mesh), "a"), {1}, {1, 0, 0}, {1, 0, 0});
   Export();
   const auto faces = Faces(Submesh());
-  ASSERT_EQ(faces.size(), kCount);
-  for (size_t i = 0; i < kCount; ++i) ASSERT_EQ(faces[i][2], expected[i]) << i;
+  ASSERT_EQ(faces.size(), kTriangles);
+  for (size_t i = 0; i < kTriangles; ++i) ASSERT_EQ(faces[i][2], expected[i]) << i;
 }
 
 }  // namespace
