@@ -95,9 +95,9 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# veltrum-farm is a script on GNU parallel, which packs a job's environment with bzip2; other machines
-# it reaches by ssh and rsync.
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "bzip2, parallel, python3")
+# veltrum-farm is a script on GNU parallel; other machines it reaches by ssh and rsync, and pictures are
+# Chromium's.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "parallel, python3")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "openssh-client, rsync")
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "bash-completion, www-browser")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "bash-completion, chromium, www-browser")
 include(CPack)

@@ -16,6 +16,7 @@ import sys
 import tempfile
 import time
 import unittest
+import unittest.mock
 
 PROGRAMS = ""
 SAMPLES = ""
@@ -68,12 +69,12 @@ class FarmTest(unittest.TestCase):
         shutil.copy(os.path.join(SAMPLES, sample), path)
         return path
 
-    def script(self, text):
-        path = os.path.join(self.folder, "program")
+    def script(self, text, name="program"):
+        path = os.path.join(self.folder, name)
         with open(path, "w", encoding="utf-8") as file:
             file.write("#!/bin/bash\nscene=${@: -3:1}; out=${@: -1}\n" + text)
         os.chmod(path, 0o755)
-        return ["--program", path]
+        return ["--program", path] if name == "program" else path
 
     def test_killed_and_resumed(self):
         names = random.Random(1)
@@ -89,10 +90,7 @@ class FarmTest(unittest.TestCase):
             self.copy("avatar.fbx", "odd/" + odd)
         process = subprocess.Popen(self.command(), stdout=subprocess.DEVNULL,
                                    stderr=subprocess.DEVNULL, start_new_session=True)
-        limit = time.monotonic() + 120
-        while sum("farm.json" in name for name in tree_names(self.output)) < 60:
-            self.assertLess(time.monotonic(), limit)
-            time.sleep(0.02)
+        wait_until(lambda: sum("farm.json" in name for name in tree_names(self.output)) >= 60)
         process.kill()
         process.wait()
         before = tree(self.output)
@@ -146,6 +144,35 @@ echo made > "$out/file"
         self.assertEqual(rows["slow.fbx"]["reason"], "longer than 2 s")
         self.assertEqual(rows["crash.fbx"]["reason"], "ended by signal 11")
 
+    def check_no_job_outlives(self, number, *more):
+        """Ends a farm by a signal while its jobs are at work."""
+        log = os.path.join(self.folder, "jobs")
+        if os.path.exists(log):
+            os.remove(log)
+        # Jobs elsewhere tidy up when they are asked to end.
+        deaf = "" if more else 'trap "" TERM;'
+        program = self.script(f"{deaf} echo $$ >> {log}; sleep 60 & wait; sleep 60\n")
+        process = subprocess.Popen(self.command(*program, *more), stderr=subprocess.PIPE)
+        wait_until(lambda: os.path.exists(log) and os.path.getsize(log))
+        process.send_signal(number)
+        said = process.communicate()[1].decode()
+        with open(log, encoding="ascii") as file:
+            for job in file.read().split():
+                wait_until(lambda job=job: not os.path.exists(f"/proc/{job}"))
+        wait_until(lambda: not os.path.exists(os.path.join(self.output, ".farm")))
+        if number == signal.SIGKILL:
+            self.assertEqual(process.returncode, -number)
+        else:
+            self.assertEqual(process.returncode, 128 + number)
+            self.assertIn("--resume goes on", said)
+        self.assertEqual([name for name in tree_names(self.output) if ".farm" not in name], [])
+
+    def test_no_job_outlives_the_farm(self):
+        for name in "abc":
+            self.copy("avatar.fbx", name + ".fbx")
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGKILL):
+            self.check_no_job_outlives(number)
+
     def test_changed_scenes_and_options_are_made_again(self):
         self.copy("avatar.fbx", "a.fbx")
         self.copy("avatar.fbx", "b.fbx")
@@ -158,6 +185,47 @@ echo made > "$out/file"
         self.assertNotEqual(first["b.fbx/b.json"][0], second["b.fbx/b.json"][0])
         self.farm("--resume", "--scale", "2")
         self.assertNotEqual(contents(self.output)["a.fbx/Body.xmf"], second["a.fbx/Body.xmf"][0])
+
+    def test_pages_and_pictures(self):
+        self.copy("avatar.fbx", "a #1/a.fbx")
+        self.copy("avatar.fbx", "b.fbx")
+        # Two skeletons in the first scene; no page of the second.
+        program = self.script("""
+mkdir "$out/L?" "$out/R"; touch "$out/L?/x.xsf" "$out/R/x.xmf"
+case $scene in */b.fbx) rm -r "$out/L?"; touch "$out/bad.xsf" ;; esac
+""")
+        self.script("""
+case ${@: -1} in */files) echo "veltrum-view: bad" >&2; exit 2 ;; esac
+while [ "$1" != -o ]; do shift; done; echo page > "$2"
+""", "veltrum-view")
+        browser = """
+for word; do case $word in --screenshot=*) picture=${word#*=} ;; esac; done
+[ ! -e "$0.broken" ] && echo "$word" > "$picture"
+"""
+        browser = self.script(browser, "chromium")
+        with open(browser + ".broken", "w", encoding="ascii"):
+            pass
+        path = {"PATH": self.folder + ":" + os.environ["PATH"]}
+        with unittest.mock.patch.dict(os.environ, path):
+            done = self.farm(*program, "--view")
+            self.assertEqual(done.stderr.count("no-picture: chromium made none"), 1)
+            self.assertEqual(done.stderr.count("no-page: veltrum-view: bad"), 1)
+            self.assertEqual(self.report()["warnings"], {"no-picture": 3, "no-page": 1})
+            os.remove(browser + ".broken")
+            self.farm(*program, "--view", "--resume")
+        report = self.report()
+        self.assertEqual(report["warnings"], {"no-page": 1})
+        self.assertEqual([page for row in report["scenes"] for page in row["pages"]], [
+            {"page": "L?/L?.html", "picture": "L?/L?.html.png"},
+            {"page": "R/R.html", "picture": "R/R.html.png"},
+            {"page": "R/R.html", "picture": "R/R.html.png"}])
+        files = contents(self.output)
+        self.assertTrue(files["a #1/a.fbx/L?/L?.html.png"].endswith(
+            b"/0/files/L%3F/L%3F.html#picture\n"))
+        with open(os.path.join(self.output, "report.html"), encoding="utf-8") as file:
+            page = file.read()
+        self.assertIn('<a href="a%20%231/a.fbx/L%3F/L%3F.html"><img '
+                      'src="a%20%231/a.fbx/L%3F/L%3F.html.png"', page)
 
     def test_what_cannot_begin(self):
         missing = os.path.join(self.folder, "none")
@@ -184,6 +252,8 @@ echo made > "$out/file"
         shared = os.path.join(self.folder, "shared")
         self.farm("--textures", "--hosts", hosts, "--shared", *program, output=shared)
         self.assertEqual(contents(shared), contents(local))
+        shutil.rmtree(self.output)
+        self.check_no_job_outlives(signal.SIGKILL, "--hosts", hosts)
 
     def host(self):
         """Starts an sshd of our own; returns the command that logs in to it."""
@@ -206,13 +276,21 @@ echo made > "$out/file"
             server.terminate()
             server.wait()
         self.addCleanup(stop)
-        for _ in range(100):
+
+        def answers():
             with socket.socket() as probe:
-                if probe.connect_ex(("127.0.0.1", port)) == 0:
-                    break
-            time.sleep(0.05)
+                return probe.connect_ex(("127.0.0.1", port)) == 0
+        wait_until(answers)
         return (f"ssh -p {port} -i {home}/key -o StrictHostKeyChecking=no "
                 f"-o UserKnownHostsFile=/dev/null -o LogLevel=ERROR {getpass.getuser()}@127.0.0.1")
+
+
+def wait_until(holds):
+    limit = time.monotonic() + 120
+    while not holds():
+        if time.monotonic() > limit:
+            raise AssertionError("nothing happens")
+        time.sleep(0.02)
 
 
 def tree_names(folder):

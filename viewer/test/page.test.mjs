@@ -334,14 +334,14 @@ test('damaged models and models of bones only are told in words', async () => {
 });
 
 test('only the picture is shown for whoever photographs pages', () =>
-  showSample({ hash: '#picture' }).then((page) =>
+  showSample({ hash: '#picture', viewport: { width: 320, height: 240 } }).then((page) =>
     withPage(page, async () => {
       assert.equal(await page.locator('button:visible, aside:visible, header:visible').count(), 0);
       assert.deepEqual(await page.locator('#view3d').boundingBox(), {
         x: 0,
         y: 0,
-        width: 1100,
-        height: 720,
+        width: 320,
+        height: 240,
       });
     }),
   ));
