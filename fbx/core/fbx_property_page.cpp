@@ -11,6 +11,8 @@ bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
                     [&](char x, char y) { return lower(x) == lower(y); });
 }
 
+uint64_t BitOf(int index) { return uint64_t{1} << (static_cast<unsigned>(index) % 64); }
+
 }  // namespace
 
 FbxPropertyValue DefaultPropertyValue(EFbxType type) {
@@ -70,7 +72,7 @@ int FbxPropertyPage::Declare(std::string_view name, FbxDataType type, FbxPropert
 }
 
 int FbxPropertyPage::Find(std::string_view name, int parent) const {
-  const auto found = byName_.find(std::string(name));
+  const auto found = byName_.find(name);
   if (found == byName_.end()) return -1;
   for (const int index : found->second) {
     if (At(index).parent == parent) return index;
@@ -141,15 +143,34 @@ int FbxPropertyStore::Create(std::string_view name, FbxDataType type, int parent
 }
 
 const FbxPropertyLocal* FbxPropertyStore::Local(int index) const {
-  const auto found = locals_.find(index);
-  return found == locals_.end() ? nullptr : &found->second;
+  if ((localBits_ & BitOf(index)) == 0) return nullptr;
+  if (localPlaces_.empty()) {
+    const auto found = std::find(localIndices_.begin(), localIndices_.end(), index);
+    return found == localIndices_.end()
+               ? nullptr
+               : &locals_[static_cast<size_t>(found - localIndices_.begin())];
+  }
+  const auto found = localPlaces_.find(index);
+  return found == localPlaces_.end() ? nullptr : &locals_[found->second];
 }
 
 FbxPropertyLocal* FbxPropertyStore::Local(int index) {
   return const_cast<FbxPropertyLocal*>(std::as_const(*this).Local(index));
 }
 
-FbxPropertyLocal& FbxPropertyStore::MakeLocal(int index) { return locals_[index]; }
+FbxPropertyLocal& FbxPropertyStore::MakeLocal(int index) {
+  constexpr size_t kScanned = 32;
+  if (FbxPropertyLocal* local = Local(index)) return *local;
+  locals_.resize(localIndices_.size() + 1);
+  localIndices_.push_back(index);
+  localBits_ |= BitOf(index);
+  if (localIndices_.size() > kScanned) {
+    for (size_t i = localPlaces_.size(); i < localIndices_.size(); ++i) {
+      localPlaces_.emplace(localIndices_[i], i);
+    }
+  }
+  return locals_.back();
+}
 
 const FbxPropertyLocal* FbxPropertyStore::TemplateLocal(int index) const {
   return template_ == nullptr || index >= FirstOwn() ? nullptr : template_->Local(index);

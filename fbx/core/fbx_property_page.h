@@ -8,7 +8,7 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -69,8 +69,13 @@ class FbxPropertyPage {
   int Find(std::string_view name, int parent = -1) const;
 
  private:
+  // Lets a view be looked up without a string made of it.
+  struct NameHash : std::hash<std::string_view> {
+    using is_transparent = void;
+  };
+
   std::vector<FbxPropertyDeclaration> declarations_;
-  std::unordered_map<std::string, std::vector<int>> byName_;
+  std::unordered_map<std::string, std::vector<int>, NameHash, std::equal_to<>> byName_;
 };
 
 // What one object holds of one of its properties.
@@ -109,7 +114,8 @@ class FbxPropertyStore {
   // Adds a property of the object's own and returns its index.
   int Create(std::string_view name, FbxDataType type, int parent);
 
-  // What this object holds of a property, null when it holds nothing.
+  // What this object holds of a property, null when it holds nothing. Good until the object makes
+  // another.
   const FbxPropertyLocal* Local(int index) const;
   FbxPropertyLocal* Local(int index);
   FbxPropertyLocal& MakeLocal(int index);
@@ -129,7 +135,7 @@ class FbxPropertyStore {
 
   template <typename Function>
   void ForEachLocal(Function&& function) {
-    for (auto& [index, local] : locals_) function(index, local);
+    for (size_t i = 0; i < locals_.size(); ++i) function(localIndices_[i], locals_[i]);
   }
 
  private:
@@ -142,7 +148,14 @@ class FbxPropertyStore {
   const FbxPropertyPage& class_;
   const FbxPropertyStore* template_ = nullptr;
   uint64_t revision_ = 1;
-  std::map<int, FbxPropertyLocal> locals_;  // by index
+  // In the order in which they were made. Most objects override a handful of properties, which a
+  // scan finds sooner than a tree would, and without an allocation for each.
+  std::vector<FbxPropertyLocal> locals_;
+  std::vector<int> localIndices_;
+  // A bit for each index, modulo 64, that is among them. Most look-ups are for what isn't there.
+  uint64_t localBits_ = 0;
+  // Places by index, made when the object overrides more than a scan should look at.
+  std::unordered_map<int, size_t> localPlaces_;
   std::vector<FbxPropertyDeclaration> own_;
   // Made when the object has more than a handful of own properties.
   mutable std::unordered_map<std::string, int> ownIndex_;

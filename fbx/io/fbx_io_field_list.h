@@ -218,6 +218,10 @@ class FbxIOFieldList {
   bool InflateArray(uint32_t offset, uint32_t stored, size_t count, std::vector<T>& out);
   template <class T, class Element>
   bool ReadTextArray(std::vector<Element>& out);
+  // The numbers of a block from `start` on that holds nothing else, `count` of them. False, with
+  // anything in `out`, for any other block.
+  template <class T, class Element>
+  bool ReadPlainTextArray(int64_t start, int64_t limit, int64_t count, std::vector<Element>& out);
   // The rest of the record's values, each read alone.
   template <class T>
   void ReadPlainList(std::vector<T>& out);

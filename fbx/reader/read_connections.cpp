@@ -307,6 +307,7 @@ void MakeConnections(std::vector<FbxConnection> connections, const FbxNode* root
   FilterConnections(connections, rootNode);
   // Kept here, since looking through the ends of an object that has very many costs their number.
   std::unordered_set<FbxConnection, ConnectionHash, SameConnection> made;
+  made.reserve(connections.size());
   for (FbxConnection& connection : connections) {
     const bool isNew = made.insert(connection).second;
     if (isNew || MayRepeat(connection)) {

@@ -148,19 +148,30 @@ void ReadExtras(FbxIO& io, FbxProperty& property, EFbxType type) {
   if (io.FieldReadGetRemain() > 0 && read()) property.SetMaxLimit(limit);
 }
 
-void ReadProperty(FbxIO& io, FbxObject& object) {
-  // Copies: a view of a long text is good only until the record's next one.
-  const std::string name(io.FieldReadC());
-  const std::string typeName(io.FieldReadC());
-  const std::string subTypeName(io.IsBeforeVersion7() ? std::string_view() : io.FieldReadC());
-  const std::string letters(io.FieldReadC());
+// What stands before a property's value. Copies, since a view of a long text is good only until the
+// record's next one; their storage serves one property after the other.
+struct PropertyHead {
+  std::string name;
+  std::string type;
+  std::string subType;
+  std::string letters;
 
-  const FbxDataType type = ResolveType(typeName, subTypeName);
+  void Read(FbxIO& io) {
+    name = io.FieldReadC();
+    type = io.FieldReadC();
+    subType = io.IsBeforeVersion7() ? std::string_view() : io.FieldReadC();
+    letters = io.FieldReadC();
+  }
+};
+
+void ReadProperty(FbxIO& io, FbxObject& object, PropertyHead& head) {
+  head.Read(io);
+  const FbxDataType type = ResolveType(head.type, head.subType);
   if (!type.IsValid()) return;
-  FbxProperty property = FindOrCreate(object, name, type);
+  FbxProperty property = FindOrCreate(object, head.name, type);
   if (!property.IsValid()) return;
 
-  const uint32_t flags = FlagsFromLetters(letters);
+  const uint32_t flags = FlagsFromLetters(head.letters);
   const uint32_t changed = (property.GetFlags() ^ flags) & kLetterFlags;
   if (changed != 0) property.ModifyFlags(changed, flags);
 
@@ -177,8 +188,9 @@ void ReadProperties(FbxIO& io, FbxObject& object) {
   if (!io.FieldReadBlockBegin(isOld ? "Properties60" : "Properties70")) return;
   const char* record = isOld ? "Property" : "P";
   const int32_t count = io.FieldGetInstanceCount(record);
+  PropertyHead head;
   for (int32_t i = 0; i < count; ++i) {
-    if (io.FieldReadBegin(record, i)) ReadProperty(io, object);
+    if (io.FieldReadBegin(record, i)) ReadProperty(io, object, head);
   }
   io.FieldReadBlockEnd();
   io.FieldReadEnd();

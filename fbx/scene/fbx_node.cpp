@@ -271,7 +271,9 @@ void FbxNode::UpdatePivotsAndLimitsFromProperties() {
   };
   const auto rotation = [&](int PropertyIndex::*which, FbxAMatrix& target) {
     target.SetIdentity();
-    target.SetROnly(vector(which));
+    const FbxVector4 angles = vector(which);
+    if (angles.IsZero(3)) return false;
+    target.SetROnly(angles);
     return !target.IsIdentity();
   };
   const auto limits = [&](int PropertyIndex::*active, int PropertyIndex::*min,

@@ -1,6 +1,8 @@
 // Which files open, and what their heads and tails say.
 #include <cstdlib>
+#include <iterator>
 #include <limits>
+#include <random>
 #include <sstream>
 
 #include <gmock/gmock.h>
@@ -473,6 +475,38 @@ TEST(FbxIOAscii, Arrays) {
   EXPECT_THAT(bools, ElementsAre(true, true));
   EXPECT_EQ(file.io.FieldReadGetType(), 'S') << "numbers are text";
   EXPECT_EQ(file.io.FieldReadI(), 7);
+}
+
+// Arrays of numbers only are parsed where they stand; a comment leaves them to the general way.
+TEST(FbxIOAscii, PlainArraysReadAsAllOthersDo) {
+  const auto read = [](const std::string& block) {
+    OpenedIO file(MakeAscii("A: *4 {" + block + "B: 7\n"));
+    std::vector<double> out;
+    file.io.FieldReadArray("A", out);
+    EXPECT_EQ(file.io.FieldReadI("B"), block.ends_with("}\n") ? 7 : 0);
+    return out;
+  };
+  const char* const pieces[] = {"1",  "-2.5e3", "+",     ".",      "e",      "-", "0x10", "7",
+                                ",",  " ",      "\n",    "\t",     ",",      " ", ",",    ",",
+                                "b:", "a:",     "\"3\"", "\n;4\n", "&quot;", "@"};
+  std::mt19937 random(20240229);
+  size_t arrays = 0;
+  for (int round = 0; round < 3000; ++round) {
+    // Half of them of common characters, and with as many values as they should have.
+    const size_t kinds = round % 2 == 0 ? 4 : std::size(pieces);
+    std::string block = random() % 16 == 0 ? "\n b:" : "\n a: ";
+    for (int i = 0; i < 4 || random() % 4 != 0; ++i) {
+      block += std::string(pieces[random() % kinds]) + pieces[8 + random() % 8];
+    }
+    if (random() % 16 != 0) block += "}\n";
+    const std::vector<double> values = read(block);
+    EXPECT_EQ(values, read("\n;" + block)) << block;
+    if (!values.empty()) ++arrays;
+  }
+  EXPECT_GT(arrays, 100U);
+  // Longer than what is seen of a file at once.
+  const std::string zeros(10000, '0');
+  EXPECT_THAT(read("a:1," + zeros + "2,3," + zeros + "}\n"), ElementsAre(1.0, 2.0, 3.0, 0.0));
 }
 
 TEST(FbxIOAscii, NumbersReadAsTheCLibraryReadsThem) {
