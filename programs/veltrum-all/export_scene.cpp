@@ -2,13 +2,17 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <exception>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <set>
+#include <system_error>
 #include <unordered_map>
 #include <utility>
 
+#include "cal3d/io/output_file.h"
 #include "cal3d/io/saver.h"
 #include "converter/base/complaint.h"
 #include "converter/base/names.h"
@@ -141,6 +145,19 @@ class Messages {
   std::string lastComplaint_;
 };
 
+// Copies a file, whole or not at all. Returns the errno of what failed, 0 if nothing did.
+int CopyWhole(const std::string& from, const std::string& to) {
+  std::ifstream source(from, std::ios::binary);
+  OutputFile copy(to);
+  while (source) {
+    char* at = copy.Room();
+    source.read(at, OutputFile::kRoom);
+    copy.Advance(at + source.gcount());
+  }
+  if (!source.eof()) return EIO;
+  return copy.Commit() ? 0 : copy.Error();
+}
+
 class SceneExport {
  public:
   SceneExport(const Options& options, std::string scene, std::string folder, SceneReport& report)
@@ -159,6 +176,8 @@ class SceneExport {
 
   void Load() { session_.SceneOf(SceneArguments()); }
   void Run();
+  // Warns of files that take each other's place on a disk where case doesn't count.
+  void CompareCases();
   // Why the scene can't be loaded.
   std::string LoadFault() { return messages_.TakeLastComplaint(); }
 
@@ -361,9 +380,19 @@ void SceneExport::FindTexture(MaterialReport::Map& map, const std::string& folde
   }
   report_.files.push_back(map.copy);
   if (options_.dryRun) return;
-  std::error_code error;
-  fs::copy_file(map.found, copy, fs::copy_options::overwrite_existing, error);
-  if (error) AddError("texture", map.file, copy + ": " + error.message());
+  if (const int error = CopyWhole(map.found, copy); error != 0) {
+    AddError("texture", map.file, copy + ": " + std::generic_category().message(error));
+  }
+}
+
+void SceneExport::CompareCases() {
+  std::map<std::string, std::string> files;
+  for (const std::string& file : report_.files) {
+    const auto [known, isNew] = files.try_emplace(ToLower(file), file);
+    if (isNew || known->second == file) continue;
+    report_.warnings.push_back(
+        {"case", file, "file " + file + " differs from " + known->second + " in case alone"});
+  }
 }
 
 bool SceneExport::Save(const std::string& path, const CalObject& object,
@@ -446,6 +475,7 @@ void ExportInto(SceneReport& report, const Options& options, const std::string& 
   }
   try {
     job.Run();
+    job.CompareCases();
   } catch (const std::exception& exception) {
     report.errors.push_back({"exception", report.fileName, exception.what()});
   }
@@ -455,7 +485,7 @@ void ExportInto(SceneReport& report, const Options& options, const std::string& 
 
 std::string UniqueName(const std::string& name, std::set<std::string>& taken) {
   std::string unique = name;
-  for (int number = 2; !taken.insert(unique).second; ++number) {
+  for (int number = 2; !taken.insert(ToLower(unique)).second; ++number) {
     unique = name + '_' + std::to_string(number);
   }
   return unique;

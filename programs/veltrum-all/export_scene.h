@@ -8,7 +8,8 @@
 #include "programs/veltrum-all/options.h"
 #include "programs/veltrum-all/scene_report.h"
 
-// `name`, or with a number behind it if it is taken, which it is from now on.
+// `name`, or with a number behind it if it is taken, which it is from now on. Names that differ in
+// case alone are one: their folders would be, on some disks.
 std::string UniqueName(const std::string& name, std::set<std::string>& taken);
 
 // `folder` is where the scene's files go, relative to the output folder: empty or ending in "/".

@@ -83,6 +83,7 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  RemoveUnfinishedFilesOnSignals();
   // The JSON library needs memory to free its trees. Where there is none left, its destructors end
   // the program here, past all handlers.
   std::set_terminate([] {

@@ -124,34 +124,38 @@ TEST_F(VeltrumAll, SkeletonsDoNotDisturbEachOther) {
   }
 }
 
-// A scene may name any file.
+// A scene may name any file, and two in one place on a disk where case doesn't count.
 TEST_F(VeltrumAll, OnlyPicturesAreCopied) {
   SceneBuilder scene;
   const auto body = scene.Mesh("Body");
   scene.Texture(scene.Material(body.node, "Skin"), "DiffuseColor", dir_.Write("secret.txt", "x"));
+  scene.Texture(scene.Material(body.node, "skin"), "DiffuseColor", "skin.png");
   dir_.Write("s.fbx", scene.Write());
   All({"s.fbx", "-oall", "--textures"});
   EXPECT_FALSE(Exists("all/secret.txt"));
-  EXPECT_THAT(Manifest("all/s.json")["warnings"].dump(), HasSubstr("texture-kind"));
+  EXPECT_EQ(File("all/skin.png"), "picture");
+  const std::string warnings = Manifest("all/s.json")["warnings"].dump();
+  EXPECT_THAT(warnings, HasSubstr("texture-kind"));
+  EXPECT_THAT(warnings, HasSubstr(R"("kind":"case")"));
 }
 
 TEST_F(VeltrumAll, ManyScenesAndBadOnes) {
   fs::create_directory(dir_.File("other"));
-  dir_.Write("other/avatar.fbx", ReadFile(dir_.File("avatar.fbx")));
+  dir_.Write("other/Avatar.fbx", ReadFile(dir_.File("avatar.fbx")));
   dir_.Write("bad.fbx", "no scene");
-  const RunResult run = All({"avatar.fbx", "bad.fbx", "other/avatar.fbx", "none.fbx", "-oall",
+  const RunResult run = All({"avatar.fbx", "bad.fbx", "other/Avatar.fbx", "none.fbx", "-oall",
                              "--textures", "--only=mesh,texture"},
                             2);
   EXPECT_THAT(run.err, HasSubstr("veltrum-all: bad.fbx: "));
   EXPECT_THAT(run.err, HasSubstr("veltrum-all: none.fbx: "));
   EXPECT_EQ(Manifest("all/bad.json")["state"], "unreadable");
   EXPECT_EQ(Manifest("all/none.json")["errors"].at(0)["kind"], "unreadable");
-  EXPECT_EQ(Manifest("all/avatar_2.json")["files"].at(0), "avatar_2/Body.xmf");
+  EXPECT_EQ(Manifest("all/Avatar_2.json")["files"].at(0), "Avatar_2/Body.xmf");
   Words names;
   for (const auto& [name, bytes] : FilesOf("all")) names.push_back(name);
-  EXPECT_THAT(names, ElementsAre("avatar/Body.xmf", "avatar/Shirt.xrf", "avatar/Skin.xrf",
-                                 "avatar/skin.png", "avatar_2/Body.xmf", "avatar_2/Shirt.xrf",
-                                 "avatar_2/Skin.xrf"));
+  EXPECT_THAT(names, ElementsAre("Avatar_2/Body.xmf", "Avatar_2/Shirt.xrf", "Avatar_2/Skin.xrf",
+                                 "avatar/Body.xmf", "avatar/Shirt.xrf", "avatar/Skin.xrf",
+                                 "avatar/skin.png"));
 }
 
 TEST_F(VeltrumAll, WhatCannotBeWrittenIsTold) {
@@ -160,8 +164,10 @@ TEST_F(VeltrumAll, WhatCannotBeWrittenIsTold) {
   EXPECT_FALSE(Exists("dry"));
 
   fs::create_directories(dir_.File("all/Body.xmf/in the way"));
-  const RunResult run = All({"avatar.fbx", "-oall"}, 1);
+  fs::create_directories(dir_.File("all/skin.png/in the way"));
+  const RunResult run = All({"avatar.fbx", "-oall", "--textures"}, 1);
   EXPECT_THAT(run.err, HasSubstr("all/Body.xmf: "));
+  EXPECT_THAT(run.err, HasSubstr("all/skin.png: Is a directory"));
   const Json manifest = Manifest("all/avatar.json");
   EXPECT_EQ(manifest["state"], "partial");
   EXPECT_EQ(manifest["errors"].at(0)["about"], "Body.xmf");
