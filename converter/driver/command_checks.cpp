@@ -8,6 +8,7 @@
 
 #include "cal3d/io/number_text.h"
 #include "converter/base/complaint.h"
+#include "converter/base/log.h"
 #include "converter/driver/usage.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/space/axis_mod.h"
@@ -100,6 +101,12 @@ void CheckScale(const std::string& value, float scale) {
   AppendNumber(text, scale);
   if (scale == 0.0F) text += ", which leaves nothing of the size";
   Complain(text);
+}
+
+void CheckLog(const std::string& name) {
+  if (name == FileLogOutput::getFileName()) return;
+  Complain("no log '" + name +
+           "' is opened: the first --log FILE or -g FILE of the command line, in two words, does");
 }
 
 void CheckAxes(const ConversionArguments& args) {

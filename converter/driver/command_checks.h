@@ -17,6 +17,8 @@ bool IsOption(const std::string& word);
 void CheckForOption(const std::string& word, const char* meaning);
 // A value of --scale that isn't wholly a finite number, or 0; `scale` is what it counts as.
 void CheckScale(const std::string& value, float scale);
+// A log of that name that nothing opens.
+void CheckLog(const std::string& name);
 // Axes that leave the coordinates as they are, and a word of --coord that has no meaning.
 void CheckAxes(const ConversionArguments& args);
 // Names of objects that are options.

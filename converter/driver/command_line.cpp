@@ -119,7 +119,8 @@ void SegmentReader::ReadOption(const ParsedOption& option) {
     case kScaleOption:
       ReadScale(option);
       break;
-    case kLogOption:  // the log was opened before parsing
+    case kLogOption:  // the log's name was taken before parsing
+      CheckLog(removeUnneededDoubleQuotes(*option.arg));
       break;
     case kGroupOption:
       record_.groupMeshes = true;

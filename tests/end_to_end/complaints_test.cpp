@@ -62,6 +62,10 @@ TEST_F(Complaints, WordsOfACommand) {
        "an empty command ends them all, passed over: 'b.fbx'\n"},
       {{"-z", "/dev/null"}, "command file '/dev/null' holds no commands\n"},
       {{"-r"}, "Option 'r' requires an argument\n"},
+      {{"--log=x.log", "s.fbx", "list"},
+       "no log 'x.log' is opened: the first --log FILE or -g FILE of the command line, in two "
+       "words, "
+       "does\n"},
       {{"--scale="}, "Option '--scale=' requires an argument\n"},
       {{"s.fbx", "list", "mesh", root}, "'" + root + "' is taken as a name" + first},
       {{"s.fbx", root, "list"}, "'" + root + "' is taken as an action" + first},
