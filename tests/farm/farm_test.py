@@ -117,6 +117,8 @@ class FarmTest(unittest.TestCase):
         bad = [row["folder"] for row in rows if row["state"] != "done"]
         self.assertTrue(bad)
         self.assertTrue(all(folder.startswith("damaged/") for folder in bad), bad)
+        # The same reason is told once, whatever the scene is called.
+        self.assertLess(len(self.report()["reasons"]), len(bad))
         # Once more over what did not change: no byte does, and no file is written anew.
         again = tree(fresh)
         self.farm(status=1, output=fresh)
