@@ -165,7 +165,7 @@ TEST_F(Samples, Version6SaysWhatVersion7Says) {
       {root, "s.fbx", "export", "skel", "bound"},
       {"-u", "--up=y", "--front=z", root, "s.fbx", "export", "skel", "rest"},
       {root, "-vvv", "s.fbx", "export", "mesh"},
-      {"-g", "-dy", root, "s.fbx", "export", "mesh", "-", "s.fbx", "export", "texture"},
+      {"-lg", "-dy", root, "s.fbx", "export", "mesh", "-", "s.fbx", "export", "texture"},
       {root, "s.fbx", "export", "anim", "Walk", "Still"},
       {root, "-dy", "-vvv", "-u", "--up=y", "--front=z", "s.fbx", "export", "anim", "Walk"},
       {root, "s.fbx", "export", "morphanim", "Walk-frown"},
