@@ -1,11 +1,12 @@
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <set>
 #include <string>
+#include <system_error>
 
 #include "cal3d/io/output_file.h"
 #include "converter/base/names.h"
@@ -55,7 +56,7 @@ bool WriteManifest(const SceneReport& report, const Options& options) {
   OutputFile file(path);
   file.Append(text);
   if (file.Commit()) return true;
-  Tell(path + " could not be written");
+  Tell("'" + path + "' can't be written: " + std::generic_category().message(file.Error()));
   return false;
 }
 
@@ -76,6 +77,10 @@ int Run(int argc, char** argv) {
     if (report.state != SceneReport::kUnreadable) Summarise(report, options);
     status = std::max(status, static_cast<int>(report.state));
     if (!options.dryRun && !WriteManifest(report, options)) status = std::max(status, 1);
+  }
+  // The manifests have it all, so the status stays. Who stops reading knows that.
+  if (std::fflush(stdout) != 0 && errno != EPIPE) {
+    Tell("standard output can't be written: " + std::generic_category().message(errno));
   }
   return status;
 }

@@ -172,6 +172,12 @@ TEST_F(VeltrumAll, WhatCannotBeWrittenIsTold) {
   EXPECT_EQ(manifest["state"], "partial");
   EXPECT_EQ(manifest["errors"].at(0)["about"], "Body.xmf");
   EXPECT_THAT(manifest["skeletons"].at(0)["meshes"], IsEmpty());
+  fs::create_directories(dir_.File("m/avatar.json/in the way"));
+  EXPECT_EQ(All({"avatar.fbx", "-om"}, 1).err,
+            "veltrum-all: 'm/avatar.json' can't be written: Is a directory\n");
+  const std::string full = ProgramPath("veltrum-all") + " avatar.fbx -ofull >/dev/full";
+  EXPECT_EQ(RunProgram("/bin/sh", {"-c", full}, dir_.Path()).err,
+            "veltrum-all: standard output can't be written: No space left on device\n");
 }
 
 TEST_F(VeltrumAll, WrongCommandLines) {
