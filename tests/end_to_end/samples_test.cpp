@@ -95,6 +95,31 @@ TEST_F(Samples, LayoutsDoNotShow) {
   }
 }
 
+TEST_F(Samples, SkeletonsOfEveryKind) {
+  const std::string scene = TestScenesDirectory() + "/skeletons";
+  const std::string hips = "-rRootNode/twin/Hips";
+  const std::string posed = "-rRootNode/Posed";
+  const std::string left = "-rRootNode/Left Hip";
+  ExpectKept(ResultOf(ReadFile(scene + ".fbx"),
+                      {{"s.fbx", "list", "skel"},
+                       {"--room", "s.fbx", "list", "nodes"},
+                       {hips, "s.fbx", "list", "node"},
+                       {hips, "-v", "s.fbx", "list", "node"},
+                       {"-rRootNode", "-v", "s.fbx", "list", "node"},
+                       {"-rRootNode/twin/Hips/Spine", "s.fbx", "list", "node"},
+                       {posed, "s.fbx", "export", "skel", "bound"},
+                       {posed, "-u", "s.fbx", "export", "skel", "rest"},
+                       {"-rRootNode", "s.fbx", "export", "skel", "from the scene's root"},
+                       {left, "s.fbx", "export", "skel", "Left Hip", "x/y"},
+                       {left, "-e", "-dy", "s.fbx", "export", "skel", "Left Hip"},
+                       {left, "s.fbx", "export", "skel"},
+                       {left, "-dno/such", "s.fbx", "export", "skel", "b"},
+                       {"-rNone", "s.fbx", "export", "skel", "My Hip"},
+                       {"--room", "-rRootNode/roomRoot", "s.fbx", "export", "skel", "r", "-",
+                        "s.fbx", "list", "skel"}}),
+             scene + ".txt");
+}
+
 // Names of stacks say what the case is.
 TEST_F(Samples, AnimationsOfEveryKind) {
   const std::string scene = TestScenesDirectory() + "/animations";

@@ -6,7 +6,6 @@
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
-#include "converter/scene/scene_queries.h"
 #include "converter/skeleton/bone_lights.h"
 #include "converter/skeleton/export_node.h"
 #include "converter/skeleton/node_matrices.h"
@@ -15,7 +14,6 @@
 #include "fbx/scene/fbx_deformer.h"
 #include "fbx/scene/fbx_node.h"
 #include "fbx/scene/fbx_scene.h"
-#include "tests/support/printed.h"
 
 namespace {
 
@@ -81,51 +79,38 @@ TEST_F(BoneNames, BelowAnotherRoot) {
   EXPECT_EQ(BoneNameMap().Find(root_), nullptr);
 }
 
-FbxMatrix Placed(double x, double y, double z) {
-  return FbxAMatrix({x, y, z}, {0, 0, 0}, {1, 1, 1}).ToMatrix();
+FbxAMatrix Placed(double x, double y, double z) { return {{x, y, z}, {0, 0, 0}, {1, 1, 1}}; }
+
+std::string At(const FbxAMatrix& matrix) {
+  std::string text;
+  for (size_t i = 0; i < 3; ++i) text += std::to_string(std::lround(matrix.GetT()[i])) + " ";
+  return text;
 }
 
-void ExpectAt(const FbxAMatrix& matrix, double x, double y, double z) {
-  const FbxVector4 t = matrix.GetT();
-  EXPECT_NEAR(t[0], x, 1e-7);
-  EXPECT_NEAR(t[1], y, 1e-7);
-  EXPECT_NEAR(t[2], z, 1e-7);
-}
+// No command asks so.
+TEST_F(BoneNames, PlacesFromAPoseAndWithoutOne) {
+  FbxScene* scene = FbxScene::Create(manager_, "");
+  FbxNode* parent = Node("parent", scene->GetRootNode());
+  FbxNode* child = Node("child", parent);
+  parent->LclTranslation().Set(FbxDouble3{10, 0, 0});
+  child->LclTranslation().Set(FbxDouble3{0, 5, 0});
+  FbxPose* pose = FbxPose::Create(manager_, "pose");
+  const auto place = [pose](const FbxNode* node, const FbxAMatrix* above = nullptr) {
+    return At(GetGlobalPosition(node, FbxTime::Infinite(), pose, above));
+  };
+  EXPECT_EQ(place(child), "10 5 0 ");
+  pose->Add(child, Placed(0, 0, 1).ToMatrix(), true);
+  EXPECT_EQ(place(child), "10 0 1 ") << "relative to the parent, which the pose doesn't know";
+  const FbxAMatrix given = Placed(0, 100, 0);
+  EXPECT_EQ(place(child, &given), "0 100 1 ");
+  pose->Add(parent, Placed(7, 7, 7).ToMatrix(), false);
+  EXPECT_EQ(place(child), "7 7 8 ");
+  // Without the scaling of either.
+  const FbxAMatrix local = getLocalTransform(FbxAMatrix({1, 0, 0}, {0, 0, 90}, {2, 2, 2}),
+                                             FbxAMatrix({1, 3, 0}, {0, 0, 90}, {5, 5, 5}));
+  EXPECT_EQ(At(local), "3 0 0 ");
+  EXPECT_NEAR(local.GetS()[0], 1.0, 1e-9);
 
-class NodeMatrices : public testing::Test {
- protected:
-  ~NodeMatrices() override { manager_->Destroy(); }
-
-  FbxNode* Add(const char* name, FbxNode* parent, const FbxDouble3& translation) {
-    FbxNode* node = FbxNode::Create(manager_, name);
-    parent->ConnectSrcObject(node);
-    node->LclTranslation().Set(translation);
-    return node;
-  }
-
-  FbxManager* manager_ = FbxManager::Create();
-  FbxScene* scene_ = FbxScene::Create(manager_, "");
-  FbxNode* parent_ = Add("parent", scene_->GetRootNode(), {10, 0, 0});
-  FbxNode* child_ = Add("child", parent_, {0, 5, 0});
-  FbxPose* pose_ = FbxPose::Create(manager_, "pose");
-};
-
-TEST_F(NodeMatrices, PlacesFromAPoseAndWithoutOne) {
-  const FbxTime rest = FbxTime::Infinite();
-  ExpectAt(GetGlobalPosition(child_, rest, nullptr), 10, 5, 0);
-  pose_->Add(child_, Placed(0, 0, 1), true);
-  // Stored relative to the parent, whose own place the pose doesn't know.
-  ExpectAt(GetGlobalPosition(child_, rest, pose_), 10, 0, 1);
-  const FbxAMatrix given({0, 100, 0}, {0, 0, 0}, {1, 1, 1});
-  ExpectAt(GetGlobalPosition(child_, rest, pose_, &given), 0, 100, 1);
-  pose_->Add(parent_, Placed(7, 7, 7), false);
-  ExpectAt(GetGlobalPosition(child_, rest, pose_), 7, 7, 8);
-  FbxNode* hand = Add("hand", child_, {0, 0, 0});
-  pose_->Add(hand, Placed(3, 3, 3), false);
-  ExpectAt(GetGlobalPosition(hand, rest, pose_), 3, 3, 3);
-}
-
-TEST_F(NodeMatrices, SkeletalMatrixIsTheProductFromTheRootDown) {
   std::vector<boost::shared_ptr<CalCoreBone>> bones;
   for (int i = 0; i < 3; ++i) {
     bones.push_back(boost::make_shared<CalCoreBone>("bone", i - 1));
@@ -134,7 +119,7 @@ TEST_F(NodeMatrices, SkeletalMatrixIsTheProductFromTheRootDown) {
   }
   FbxAMatrix matrix;
   getSkeletalMatrix(matrix, bones, 2);
-  ExpectAt(matrix, -2, 2, 0);
+  EXPECT_EQ(At(matrix), "-2 2 0 ") << "the product from the root down";
   getSkeletalMatrix(matrix, bones, -1);
   EXPECT_TRUE(matrix.IsIdentity());
 }

@@ -180,6 +180,24 @@ TEST(ReadObjects, MakesTheClassOfTypeAndSubclass) {
   EXPECT_TRUE(LoadedScene(scene.Write(), {"Shape"}).Names<FbxShape>().empty());
 }
 
+// Of the first versions, beside the properties.
+TEST(ReadObjects, OldFieldsOfBones) {
+  SceneBuilder scene;
+  const FbxRecord block("Properties", {}, {{"Size", {3.0}}, {"Color", {0.1, 0.2, 0.3}}});
+  for (const char* kind : {"Root", "Limb", "LimbNode", "Effector"}) {
+    scene.AddNodeAttribute(kind, kind, {}, {{"LimbLength", {2.5}}, block});
+  }
+  const LoadedScene file(scene);
+  std::string found;
+  for (const char* kind : {"Root", "Limb", "LimbNode", "Effector"}) {
+    const auto* bone = file.Find<FbxSkeleton>(kind);
+    for (const char* name : {"LimbLength", "Size", "Color"}) {
+      found += bone->FindProperty(name).Get<FbxString>().Text() + " ";
+    }
+  }
+  EXPECT_EQ(found, "1 3 0.8 0.8 0.8 2.5 3 0.1 0.2 0.3 1 3 0.1 0.2 0.3 1 100 0.8 0.8 0.8 ");
+}
+
 TEST(ReadObjects, PassesOverWhatHasNoBlockOrAKnownId) {
   FbxRecords records = SceneBuilder().Document();
   FbxRecords& objects = records[records.size() - 2].children;
