@@ -158,29 +158,4 @@ TEST(Evaluator, AnimatedWeightCounts) {
   ExpectNear(file.Node("n").EvaluateLocalTranslation(Seconds(0.25)), {2, 0, 0});
 }
 
-TEST(Evaluator, WhatRestsFollowsWhatMoves) {
-  SceneBuilder scene;
-  const int64_t parent = scene.Node("p");
-  scene.Node("c", parent);
-  scene.Key(scene.AddClip("clip", 0, 30).layer, parent, "TX", {0, 30}, {0, 10});
-  const LoadedScene file(scene);
-  FbxNode& child = file.Node("c");
-  const auto x = [&](double seconds) {
-    return child.EvaluateGlobalTransform(Seconds(seconds)).GetT()[0];
-  };
-  EXPECT_EQ(x(0), 0);
-  EXPECT_EQ(x(1), 10);
-  EXPECT_EQ(x(0), 0);
-  // What changes between two times is noticed at the second one.
-  child.LclTranslation().Set(FbxDouble3{1, 0, 0});
-  EXPECT_EQ(x(1), 11);
-  EXPECT_EQ(child.EvaluateLocalTransform(Seconds(1)).GetT()[0], 1);
-  child.LclTranslation().SetValueInheritType(FbxProperty::eInherit);
-  EXPECT_EQ(x(0), 0);
-  child.FindProperty("RotationOffset").Set(FbxDouble3{4, 0, 0});
-  EXPECT_EQ(x(1), 10);
-  child.UpdatePivotsAndLimitsFromProperties();
-  EXPECT_EQ(x(2), 14);
-}
-
 }  // namespace

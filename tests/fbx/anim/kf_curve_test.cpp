@@ -17,10 +17,6 @@ constexpr uint32_t kUser = Attr::kCubic | Attr::kTangentUser;
 
 uint32_t Bits(float value) { return std::bit_cast<uint32_t>(value); }
 
-uint32_t Weights(int right, int nextLeft) {
-  return static_cast<uint32_t>(right) | static_cast<uint32_t>(nextLeft) << 16;
-}
-
 TEST(KFCurve, WithoutKeysGivesTheDefaultAndWithOneKeyItsValue) {
   KFCurve curve;
   curve.SetDefaultValue(7.5F);
@@ -44,20 +40,6 @@ TEST(KFCurve, InterpolatesByTheLeftKeysAttribute) {
   EXPECT_EQ(mixed.Evaluate(Seconds(0.5)), 5.0F);
   EXPECT_EQ(mixed.Evaluate(Seconds(1.5)), 10.0F);
   EXPECT_EQ(mixed.KeyGetAttr(2).flags, 0U);
-}
-
-TEST(KFCurve, CubicFollowsItsSlopes) {
-  const KFCurve smooth = Curve({0, 1}, {kUser, {}});
-  EXPECT_EQ(smooth.Evaluate(Seconds(0.5)), 0.5F);
-  EXPECT_FLOAT_EQ(smooth.Evaluate(Seconds(0.25)), 0.15625F);  // 3f^2 - 2f^3
-  // Slopes 3 and -3 give the arch 3f(1-f) over values of 0.
-  const KFCurve arch = Curve({0, 0}, {kUser, {Bits(3), Bits(-3), 0, 0}});
-  EXPECT_FLOAT_EQ(arch.Evaluate(Seconds(0.5)), 0.75F);
-  EXPECT_EQ(arch.RightDerivative(0), 3.0);
-  EXPECT_EQ(arch.LeftDerivative(1), -3.0);
-  // The last key leaves as it is reached, the first is reached as it is left.
-  EXPECT_EQ(arch.RightDerivative(1), -3.0);
-  EXPECT_EQ(arch.LeftDerivative(0), 3.0);
 }
 
 TEST(KFCurve, AutoTangentsMixTheSlopesToTheNeighbours) {
@@ -109,40 +91,6 @@ TEST(KFCurve, AutoTangentsMixTheSlopesToTheNeighbours) {
   mixed.SetAttributes({{kUser, {0, Bits(100), 0, 0}}, broken, {}}, {1, 1, 2});
   EXPECT_DOUBLE_EQ(mixed.LeftDerivative(1), 2);
   EXPECT_DOUBLE_EQ(mixed.LeftDerivative(2), -8);
-}
-
-TEST(KFCurve, WeightsBendTimeToo) {
-  constexpr uint32_t kWeighted = kUser | Attr::kWeightedRight | Attr::kWeightedNextLeft;
-  // Weights of a third are no weights.
-  const std::array<uint32_t, 4> slopes = {Bits(2), Bits(-1), Weights(3333, 3333), 0};
-  const KFCurve plain = Curve({0, 4}, {kUser, slopes});
-  const KFCurve thirds = Curve({0, 4}, {kWeighted, slopes});
-  for (const double t : {0.1, 0.4, 0.5, 0.9}) {
-    EXPECT_NEAR(plain.Evaluate(Seconds(t)), thirds.Evaluate(Seconds(t)), 1e-3);
-  }
-  // The curve in time 3(1-u)u^2/2 * ... with weights 0.5 and 0.5: x(0.25) = 0.25 * 1.1875 by hand:
-  // 3 * 0.75^2 * 0.25 * 0.5 + 3 * 0.75 * 0.25^2 * 0.5 + 0.25^3 = 0.296875; y = 3u^2 - 2u^3.
-  const KFCurve halves = Curve({0, 1}, {kWeighted, {0, 0, Weights(5000, 5000), 0}});
-  EXPECT_NEAR(halves.Evaluate(Seconds(0.296875)), 0.15625, 1e-4);
-  EXPECT_NEAR(halves.Evaluate(Seconds(0.5)), 0.5, 1e-4);
-  // The right weight counts only with its bit and a tangent that stores it.
-  const KFCurve leftOnly =
-      Curve({0, 1}, {kUser | Attr::kWeightedNextLeft, {0, 0, Weights(9999, 3333), 0}});
-  EXPECT_NEAR(leftOnly.Evaluate(Seconds(0.25)), 0.15625, 1e-4);
-}
-
-TEST(KFCurve, TensionContinuityBias) {
-  const auto tcb = [](float t, float c, float b) {
-    return Curve({0, 2, 8}, {Attr::kCubic | Attr::kTangentTCB, {Bits(t), Bits(c), Bits(b), 0}});
-  };
-  // Slopes to the neighbours of the middle key: 2 and 6.
-  EXPECT_DOUBLE_EQ(tcb(0, 0, 0).RightDerivative(1), 4.0);
-  EXPECT_DOUBLE_EQ(tcb(1, 0, 0).RightDerivative(1), 0.0);
-  EXPECT_DOUBLE_EQ(tcb(0, 0, 1).LeftDerivative(1), 2.0);
-  EXPECT_DOUBLE_EQ(tcb(0, -1, 0).RightDerivative(1), 6.0);
-  EXPECT_DOUBLE_EQ(tcb(0, -1, 0).LeftDerivative(1), 2.0);
-  EXPECT_DOUBLE_EQ(tcb(0.5, 0, 0).RightDerivative(0), 1.0);
-  EXPECT_DOUBLE_EQ(tcb(0.5, 0, 0).LeftDerivative(2), 3.0);
 }
 
 TEST(KFCurve, ExtrapolatesByModeAndCount) {

@@ -24,16 +24,6 @@ FbxAMatrix About(int axis, double degrees) {
   return matrix;
 }
 
-TEST(FbxVector4, ProductsLeaveTheFourthComponentOut) {
-  FbxVector4 v(3, 4, 0, 7);
-  EXPECT_EQ(v.Length(), 5.0);
-  EXPECT_EQ(FbxVector4(1, 0, 0).CrossProduct({0, 1, 0}), FbxVector4(0, 0, 1, 0));
-  v.Normalize();
-  EXPECT_EQ(v, FbxVector4(0.6, 0.8, 0, 7));
-  EXPECT_TRUE(FbxVector4().IsZero(3));
-  EXPECT_FALSE(FbxVector4().IsZero());
-}
-
 TEST(FbxAMatrix, IdentityHasNoParts) {
   FbxAMatrix m({1, 2, 3}, {10, 20, 30}, {4, 5, 6});
   m.SetIdentity();
