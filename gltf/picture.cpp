@@ -97,7 +97,12 @@ Picture Png(int width, int height, const uint8_t* rgba) {
 
 Picture EmbeddedPicture(const std::string& file) {
   CheckHead(file);
-  if (file.starts_with("\x89PNG\r\n\x1A\n")) return {file, "image/png"};
+  if (file.starts_with("\x89PNG\r\n\x1A\n")) {
+    // Some viewers show nothing of it. The rest of a JPEG is shown by all, and some good ones have
+    // no end.
+    if (file.find("IEND") == std::string::npos) throw std::runtime_error("is a picture cut off");
+    return {file, "image/png"};
+  }
   if (file.starts_with("\xFF\xD8\xFF")) return {file, "image/jpeg"};
   const Pixels pixels = Decoded(file);
   return Png(pixels.width, pixels.height, pixels.rgba.get());

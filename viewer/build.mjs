@@ -18,7 +18,7 @@ const MAX_BYTES = 1_400_000;
 // Each of these stands in the page exactly once, since the program replaces its one occurrence.
 const PLACES = [
   '<title>veltrum</title>',
-  '<script id="veltrum-model" type="application/octet-stream;base64"></script>',
+  '<script id="veltrum-model" type="application/gltf-binary;deflate;base64"></script>',
   '<script id="veltrum-manifest" type="application/json"></script>',
 ];
 
@@ -28,7 +28,7 @@ async function bundle(entry, options) {
     bundle: true,
     minify: true,
     write: false,
-    target: ['chrome100', 'firefox102', 'safari16'],
+    target: ['chrome100', 'firefox113', 'safari16.4'],
     charset: 'ascii',
     // The notices of the libraries' licences have to stay in the copy.
     legalComments: 'inline',

@@ -133,6 +133,7 @@ class ModelLoader {
     if (!manifest.is_object())
       throw std::runtime_error("'" + path + "' is no manifest: no JSON object");
     TakeAllMaterials(manifest, path, true);
+    if (loaded_.model.name.empty()) loaded_.model.name = FileStem(NameOf(path));
     const auto warnings = manifest.find("warnings");
     if (warnings == manifest.end() || !warnings->is_array()) return;
     for (const ManifestJson& warning : *warnings) {

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include <nlohmann/json.hpp>
+#include <zlib.h>
 
 #include "cal3d/io/file_format.h"
 #include "cal3d/io/input_file.h"
@@ -34,6 +35,19 @@ std::string Base64(std::string_view bytes) {
   }
   for (size_t i = 0; i < (3 - bytes.size() % 3) % 3; ++i) text[text.size() - 1 - i] = '=';
   return text;
+}
+
+// In zlib's format: what the page costs beside its template is less than the model itself then,
+// where textures aren't most of it. Throws std::runtime_error if there isn't memory enough.
+std::string Deflated(std::string_view bytes) {
+  uLongf size = compressBound(bytes.size());
+  std::string packed(size, '\0');
+  if (compress(reinterpret_cast<Bytef*>(packed.data()), &size,
+               reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()) != Z_OK) {
+    throw std::runtime_error("there is not enough memory");
+  }
+  packed.resize(size);
+  return packed;
 }
 
 std::string HtmlText(std::string_view text) {
@@ -151,11 +165,11 @@ std::string MakePage(const std::string& pageTemplate, const std::string& glb,
     words.replace(at, 1, "\\u003c");
   }
   const std::string model64 =
-      R"(<script id="veltrum-model" type="application/octet-stream;base64">)";
+      R"(<script id="veltrum-model" type="application/gltf-binary;deflate;base64">)";
   const std::string manifest = R"(<script id="veltrum-manifest" type="application/json">)";
   std::string page = pageTemplate;
   Fill(page, "<title>veltrum</title>", "<title>" + HtmlText(model.name) + " - veltrum</title>");
   Fill(page, manifest + "</script>", manifest + words + "</script>");
-  Fill(page, model64 + "</script>", model64 + Base64(glb) + "</script>");
+  Fill(page, model64 + "</script>", model64 + Base64(Deflated(glb)) + "</script>");
   return page;
 }

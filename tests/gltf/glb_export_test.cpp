@@ -319,6 +319,7 @@ TEST(GlbExport, Materials) {
     if (name == "gray.tga") return std::optional(TextureFile{name, Targa(0, 0, 0, 255)});
     if (name == "text.png") return std::optional(TextureFile{name, "no picture"});
     if (name == "half.png") return std::optional(TextureFile{name, half});
+    if (name == "empty.png") return std::optional(TextureFile{name, half + "IEND"});
     return std::optional<TextureFile>();
   };
   ViewModel model = ModelOf({Submesh({{}, {}, {}})});
@@ -333,9 +334,9 @@ TEST(GlbExport, Materials) {
   add({{"gone.png", "Diffuse Color"}});
   add({{"skin.tga", "Diffuse Color"}, {"hair.tga", "Opacity"}});
   add({{"skin.tga", "Diffuse Color"}, {"gray.tga", "Opacity"}});
-  add({{"text.png", "Diffuse Color"}});
+  add({{"text.png", "Diffuse Color"}, {"half.png", "Normal"}});
   add({{"unused", "Diffuse Color"}});
-  add({{"skin.tga", "Diffuse Color"}, {"half.png", "Opacity"}});
+  add({{"skin.tga", "Diffuse Color"}, {"empty.png", "Opacity"}});
   model.materials.push_back(model.materials.back());
   const Made made = Make(model, find);
   const json& materials = made.file.json["materials"];
@@ -361,9 +362,10 @@ TEST(GlbExport, Materials) {
   EXPECT_EQ(made.file.json["meshes"][0]["primitives"][0]["extras"]["material"], "M0");
   EXPECT_THAT(made.notes.warnings[0],
               HasSubstr("material M5: the texture text.png is no picture that can be shown"));
+  EXPECT_THAT(made.notes.warnings[1], HasSubstr("texture half.png is a picture cut off"));
   EXPECT_EQ(image(7), image(0));
   EXPECT_THAT(
-      made.notes.warnings[1],
+      made.notes.warnings[2],
       HasSubstr("material M7: its opacity isn't shown, since a texture is a damaged picture"));
   EXPECT_THAT(made.notes.warnings.back(), HasSubstr("both have the number 7"));
   ASSERT_EQ(made.notes.missingTextures.size(), 2U);

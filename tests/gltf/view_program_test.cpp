@@ -146,17 +146,17 @@ TEST_F(ViewProgram, PageHoldsModelAndManifest) {
   std::filesystem::create_directories(dir_.File("share/veltrum"));
   std::filesystem::copy(ProgramPath("veltrum-view"), dir_.File("bin/veltrum-view"));
   const std::string title = "<title>veltrum</title>";
-  const std::string model = R"(<script id="veltrum-model" type="application/octet-stream;base64">)";
+  const std::string model =
+      R"(<script id="veltrum-model" type="application/gltf-binary;deflate;base64">)";
   const std::string manifest = R"(<script id="veltrum-manifest" type="application/json">)";
   dir_.Write("share/veltrum/viewer.html", title + model + "</script>|" + manifest + "</script>|");
   const RunResult run =
       RunProgram(dir_.File("bin/veltrum-view"), {"a", "-n", "A<b>&", "-o", "p.html"}, dir_.Path());
   ASSERT_EQ(run.status, 0) << run.err;
   const std::string page = ReadFile(dir_.File("p.html"));
-  EXPECT_THAT(page,
-              testing::StartsWith("<title>A&lt;b>&amp; - veltrum</title>" + model + "Z2xURgIAAA"));
+  EXPECT_THAT(page, testing::StartsWith("<title>A&lt;b>&amp; - veltrum</title>" + model + "eJ"));
   const size_t base64 = page.find("</script>") - page.find(model) - model.size();
-  EXPECT_EQ(base64, (std::filesystem::file_size(dir_.File("m.glb")) + 2) / 3 * 4);
+  EXPECT_LT(base64, std::filesystem::file_size(dir_.File("m.glb")) / 2);
   const size_t words = page.find(manifest) + manifest.size();
   const std::string text = page.substr(words, page.find("</script>", words) - words);
   EXPECT_EQ(text.find('<'), std::string::npos);

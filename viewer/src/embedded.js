@@ -18,17 +18,23 @@ export function bytesOfBase64(text) {
   return bytes;
 }
 
+async function inflate(bytes) {
+  const stream = new Blob([bytes]).stream().pipeThrough(new DecompressionStream('deflate'));
+  return new Uint8Array(await new Response(stream).arrayBuffer());
+}
+
 /**
- * What the page holds: the bytes of the .glb or null, and the manifest, empty when there is none.
- * The text of the model leaves the document, which frees a third more than its size.
+ * What the page holds: the bytes of the .glb, which stand there in zlib's format as base64, or null;
+ * and the manifest, empty when there is none. The text of the model leaves the document. Throws when
+ * the bytes are damaged.
  */
-export function takeEmbedded(document) {
+export async function takeEmbedded(document) {
   const model = document.getElementById('veltrum-model');
   const text = model.textContent.trim();
   model.textContent = '';
   const manifest = document.getElementById('veltrum-manifest').textContent.trim();
   return {
-    bytes: text ? bytesOfBase64(text) : null,
+    bytes: text ? await inflate(bytesOfBase64(text)) : null,
     manifest: manifest ? JSON.parse(manifest) : {},
   };
 }

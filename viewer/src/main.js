@@ -20,7 +20,7 @@ async function start() {
   }
   let embedded;
   try {
-    embedded = takeEmbedded(document);
+    embedded = await takeEmbedded(document);
   } catch (error) {
     page.showTrouble(`The page is damaged: ${error.message}`);
     return;

@@ -5,6 +5,7 @@ import { existsSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { pathToFileURL } from 'node:url';
+import { deflateSync } from 'node:zlib';
 import { chromium } from 'playwright-core';
 
 // A large model takes its time without a graphics card.
@@ -17,9 +18,9 @@ export function pageOf(template, glb, manifest = {}) {
     return page.replace(place, () => filled);
   };
   const element = (id, type, text = '') => `<script id="${id}" type="${type}">${text}</script>`;
-  const model = ['veltrum-model', 'application/octet-stream;base64'];
+  const model = ['veltrum-model', 'application/gltf-binary;deflate;base64'];
   const words = ['veltrum-manifest', 'application/json'];
-  let page = put(template, element(...model), element(...model, glb.toString('base64')));
+  let page = put(template, element(...model), element(...model, deflateSync(glb).toString('base64')));
   page = put(
     page,
     element(...words),
