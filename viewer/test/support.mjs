@@ -92,7 +92,7 @@ export class Browser {
     await page.goto(pathToFileURL(file).href + hash);
     await page.waitForSelector(
       'body:is([data-state=ready], [data-state=empty], [data-state=trouble])',
-      { timeout: LOAD_MS },
+      { state: 'attached', timeout: LOAD_MS },
     );
     return page;
   }
