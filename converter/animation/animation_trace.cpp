@@ -1,7 +1,6 @@
 #include "converter/animation/animation_trace.h"
 
 #include "converter/animation/curve_visitors.h"
-#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/node_paths.h"

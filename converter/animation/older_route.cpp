@@ -8,7 +8,6 @@
 #include "converter/animation/export_animation.h"
 #include "converter/base/log.h"
 #include "converter/base/names.h"
-#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/scene/fbx_wrapper.h"
 #include "converter/scene/node_paths.h"

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "cal3d/io/saver.h"
-#include "converter/base/output.h"
+#include "converter/base/records.h"
 
 namespace {
 

@@ -1,13 +1,30 @@
-// The labelled records on standard output that calling tools read line by line: a label, ": ", a
-// value, and a newline or a blank, so that several records can make one line. A newline flushes.
-// Every record is copied to the log, when one is open, exactly as it stands.
+// The one way to standard output, and the labelled records on it: a label, ": ", a value, and a
+// newline or a blank, so that several records can make one line. Calling tools read it line by
+// line, records and the traces of verbose commands alike, so nothing else in the converter writes
+// there: one stream keeps all texts in their order. A closed or full standard output stops no
+// command; it is for the end of a program to tell what was lost.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
-// An empty label writes no ": ". Standard output may be closed or full.
+// The text as it stands, zero bytes included. It may stay in the stream's buffer.
+void Print(std::string_view text);
+// Formats as std::printf does.
+[[gnu::format(printf, 1, 2)]] void PrintFormatted(const char* format, ...);
+// What was printed so far reaches whoever reads it.
+void FlushOutput();
+// The errno of the first text that standard output didn't take, 0 if it took all.
+int OutputError();
+
+// From now on texts go there instead; empty for standard output again. For programs that turn the
+// records into something else.
+void RedirectOutput(std::function<void(std::string_view)> sink);
+
+// A record. A newline flushes. Every record is copied to the log, when one is open, exactly as it
+// stands. An empty label writes no ": ". Standard output may be closed or full.
 void AddOutput(std::string_view label, std::string_view value, bool newline);
 // Continues a line: a record without a label.
 void AddOutput(std::string_view value, bool newline);

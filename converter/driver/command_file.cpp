@@ -12,7 +12,6 @@
 
 #include "converter/base/complaint.h"
 #include "converter/base/names.h"
-#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/driver/command_line.h"
 

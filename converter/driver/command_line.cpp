@@ -9,7 +9,6 @@
 #include "converter/base/complaint.h"
 #include "converter/base/log.h"
 #include "converter/base/names.h"
-#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/driver/command_checks.h"
 #include "converter/driver/command_set.h"

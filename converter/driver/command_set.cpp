@@ -2,14 +2,16 @@
 
 #include <exception>
 #include <new>
+#include <stdexcept>
 #include <string>
 
+#include "cal3d/io/input_file.h"
+#include "cal3d/io/loader.h"
+#include "cal3d/io/saver.h"
 #include "converter/animation/export_animation.h"
 #include "converter/base/complaint.h"
 #include "converter/base/log.h"
-#include "converter/base/output.h"
 #include "converter/base/records.h"
-#include "converter/driver/cal3d_to_text.h"
 #include "converter/driver/command_checks.h"
 #include "converter/driver/export_commands.h"
 #include "converter/driver/list_commands.h"
@@ -88,5 +90,44 @@ int processCommandSet(ConversionArguments args, Session& session) {
     // A command without a file is told where its words were read.
     if (!args.inputFilename.empty()) Complain(PlainWords(exception, args));
     return 0;
+  }
+}
+
+namespace {
+
+// Passes `saved` on; a failure is told.
+bool Told(bool saved, const ConversionArguments& args) {
+  if (!saved) ComplainOfOutput(args.outputFilename);
+  return saved;
+}
+
+bool Convert(const CalBufferSource& source, const ConversionArguments& args) {
+  if ((args.type & NODE_OBJECT) != 0) {
+    const auto loaded = CalLoader::loadCoreSkeleton(source);
+    CalCoreSkeleton skeleton(loaded->coreBones);
+    skeleton.sceneAmbientColor = loaded->sceneAmbientColor;
+    return Told(CalSaver::saveCoreSkeleton(args.outputFilename, &skeleton), args);
+  }
+  if ((args.type & MESH_OBJECT) != 0) {
+    const CalCoreMesh mesh{CalLoader::loadCoreMesh(source)->submeshes};
+    return Told(CalSaver::saveCoreMesh(args.outputFilename, &mesh), args);
+  }
+  if ((args.type & ANIM_OBJECT) != 0) {
+    const auto loaded = CalLoader::loadCoreAnimation(source);
+    const CalCoreAnimation animation{loaded->duration, loaded->tracks};
+    return Told(CalSaver::saveCoreAnimation(args.outputFilename, &animation), args);
+  }
+  Complain("'" + args.outputFilename + "' isn't written: --cal3d2text takes skel, mesh or anim");
+  return false;
+}
+
+}  // namespace
+
+bool Cal3d2Text(const ConversionArguments& args) {
+  const std::string bytes = ReadInputFile(args.inputFilename);
+  try {
+    return Convert(CalBufferSource(bytes.data(), bytes.size()), args);
+  } catch (const std::runtime_error& fault) {
+    throw std::runtime_error("'" + args.inputFilename + "': " + fault.what());
   }
 }

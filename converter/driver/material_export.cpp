@@ -3,13 +3,13 @@
 #include <string>
 #include <vector>
 
+#include <boost/filesystem.hpp>
+
 #include "cal3d/io/saver.h"
 #include "converter/base/complaint.h"
 #include "converter/base/log.h"
 #include "converter/base/names.h"
-#include "converter/base/output.h"
 #include "converter/base/records.h"
-#include "converter/driver/media_folder.h"
 #include "converter/material/material_text.h"
 #include "converter/mesh/export_mesh.h"
 
@@ -68,4 +68,38 @@ void PrintTextureList(FbxWrapper& scene, const ConversionArguments& args) {
   for (const std::string& text : MaterialMasterMapToTextureStrings(master, name)) {
     AddOutput(_TEXTURE, text, true);
   }
+}
+
+namespace fs = boost::filesystem;
+
+namespace {
+
+constexpr char kTexturesSuffix[] = "_textures";
+
+}  // namespace
+
+std::string GetMediaFolder(const std::string& fbxFileName) {
+  return getBaseDirectoryFromFBXFileName(fbxFileName) + ".fbm";
+}
+
+std::vector<std::string> gatherTextureListFromDirectory(const std::string& fbxFileName) {
+  ListFilesInDirectory(getBaseDirectoryFromFBXFileName(fbxFileName) + kTexturesSuffix);
+  return {};
+}
+
+bool MoveFileFromSDKTextureDirectoryToZEVOTextureDirectory(const std::string& fbxFileName,
+                                                           const std::string& texture,
+                                                           const ConversionArguments& args) {
+  if (texture.empty() || !fileExists(GetMediaFolder(fbxFileName))) return true;
+  const std::string prefix =
+      args.directoryForOutputFiles.empty()
+          ? getBaseDirectoryFromFBXFileName(fbxFileName)
+          : args.directoryForOutputFiles + getBaseFilenameFromFBXFileName(fbxFileName);
+  CheckDirectoryExistsAndCreate(prefix + kTexturesSuffix);
+  if (fs::path(texture).has_root_directory()) {
+    fs::rename(texture, prefix);
+  } else {
+    fs::copy_file(texture, prefix, fs::copy_options::overwrite_existing);
+  }
+  return true;
 }

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "converter/base/names.h"
-#include "converter/base/output.h"
+#include "converter/base/records.h"
 #include "converter/scene/fbx_wrapper.h"
 
 namespace {

@@ -1,7 +1,6 @@
 #include <utility>
 
 #include "converter/base/log.h"
-#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/mesh/export_mesh.h"
 #include "converter/scene/fbx_wrapper.h"

@@ -4,7 +4,6 @@
 #include <cstdarg>
 #include <cstdio>
 
-#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/mesh/corner_geometry.h"
 #include "converter/mesh/mesh_group.h"

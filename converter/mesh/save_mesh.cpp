@@ -13,7 +13,6 @@
 #include "cal3d/io/saver.h"
 #include "converter/base/complaint.h"
 #include "converter/base/names.h"
-#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/mesh/mesh_stages.h"
 #include "converter/mesh/vertex_splitting.h"

@@ -8,7 +8,7 @@
 
 #include "converter/base/complaint.h"
 #include "converter/base/names.h"
-#include "converter/base/output.h"
+#include "converter/base/records.h"
 #include "converter/scene/node_paths.h"
 #include "converter/scene/node_visitors.h"
 #include "converter/scene/scene_channels.h"

@@ -1,6 +1,6 @@
 #include "converter/scene/scene_queries.h"
 
-#include "converter/base/output.h"
+#include "converter/base/records.h"
 #include "converter/scene/node_paths.h"
 #include "fbx/math/fbx_matrix.h"
 #include "fbx/scene/fbx_mesh.h"

@@ -11,12 +11,13 @@
 #include "cal3d/io/number_text.h"
 #include "converter/base/log.h"
 #include "converter/base/names.h"
-#include "converter/base/text.h"
 #include "converter/skeleton/room_names.h"
 #include "converter/space/axis_mod.h"
 #include "fbx/scene/fbx_node.h"
 
 namespace {
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 using NameMatches = std::regex_iterator<std::string_view::const_iterator>;
 

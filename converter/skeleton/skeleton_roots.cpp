@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "converter/base/complaint.h"
-#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/scene/node_paths.h"
 #include "fbx/scene/fbx_node.h"

@@ -1,6 +1,6 @@
 #include "converter/skeleton/skeleton_trace.h"
 
-#include "converter/base/output.h"
+#include "converter/base/records.h"
 #include "converter/scene/scene_queries.h"
 #include "fbx/scene/fbx_node.h"
 

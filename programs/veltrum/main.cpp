@@ -17,7 +17,6 @@
 #include "cal3d/io/output_file.h"
 #include "converter/base/complaint.h"
 #include "converter/base/log.h"
-#include "converter/base/output.h"
 #include "converter/base/records.h"
 #include "converter/driver/command_line.h"
 #include "converter/driver/usage.h"

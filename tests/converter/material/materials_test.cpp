@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "converter/driver/media_folder.h"
+#include "converter/driver/material_export.h"
 #include "converter/material/material_master_map.h"
 #include "converter/material/material_text.h"
 #include "converter/scene/mesh_holder.h"
