@@ -71,7 +71,7 @@ class FbxPropertyPage {
  private:
   // Lets a view be looked up without a string made of it.
   struct NameHash : std::hash<std::string_view> {
-    using is_transparent = void;
+    using is_transparent = void;  // NOLINT(readability-identifier-naming): the library's name
   };
 
   std::vector<FbxPropertyDeclaration> declarations_;
