@@ -237,6 +237,14 @@ for word; do case $word in --screenshot=*) picture=${word#*=} ;; esac; done
         self.assertIn("none: no such file or folder", self.farm(missing, status=1).stderr)
         self.assertIn("no such file of hosts", self.farm("--hosts", missing, status=2).stderr)
         self.assertIn("not found", self.farm("--program", missing, status=2).stderr)
+        # The scene's own place, and one that a file bars.
+        kept = tree(self.source)
+        self.assertIn("isn't a farm's", self.farm(output=self.source, status=2).stderr)
+        self.assertEqual(tree(self.source), kept)
+        self.copy("avatar.fbx", "sub/a.fbx")
+        with open(os.path.join(self.output, "sub"), "w", encoding="ascii"):
+            pass
+        self.assertIn("out/sub: File exists; --resume", self.farm(status=2).stderr)
 
     @unittest.skipUnless(os.path.exists("/usr/sbin/sshd"), "no sshd")
     def test_two_hosts(self):
