@@ -376,11 +376,15 @@ void SceneExport::FindTexture(MaterialReport::Map& map, const std::string& folde
     }
     return;
   }
-  report_.files.push_back(map.copy);
-  if (options_.dryRun) return;
-  if (const int error = CopyWhole(map.found, copy); error != 0) {
-    AddError("texture", map.file, copy + ": " + std::generic_category().message(error));
+  if (!options_.dryRun) {
+    if (const int error = CopyWhole(map.found, copy); error != 0) {
+      AddError("texture", map.file, copy + ": " + std::generic_category().message(error));
+      copies_.erase(copy);
+      map.copy.clear();
+      return;
+    }
   }
+  report_.files.push_back(map.copy);
 }
 
 void SceneExport::CompareCases() {

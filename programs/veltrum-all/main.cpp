@@ -19,7 +19,11 @@ namespace {
 
 constexpr int kUnreadableStatus = 2;
 
-void Tell(const std::string& text) { std::fprintf(stderr, "veltrum-all: %s\n", text.c_str()); }
+void Tell(std::string line) {
+  // One line, whatever the names in it hold.
+  std::ranges::replace(line, '\n', ' ');
+  std::fprintf(stderr, "veltrum-all: %s\n", line.c_str());
+}
 
 // The file's name without its extension, as names of files are written.
 std::string StemOf(const std::string& scene) {
@@ -64,7 +68,14 @@ int Run(int argc, char** argv) {
   const ParsedOptions parsed = ParseOptions(argc, argv);
   if (parsed.status >= 0) return parsed.status;
   const Options& options = parsed.options;
-  if (!options.dryRun) std::filesystem::create_directories(options.directory);
+  if (!options.dryRun) {
+    std::error_code error;
+    std::filesystem::create_directories(options.directory, error);
+    if (error) {
+      Tell("'" + options.directory + "' can't be made: " + error.message());
+      return kUnreadableStatus;
+    }
+  }
   std::set<std::string> names;
   int status = 0;
   for (const std::string& scene : options.scenes) {

@@ -7,6 +7,7 @@
 #include <map>
 #include <optional>
 #include <regex>
+#include <set>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -89,6 +90,9 @@ class ModelLoader {
 
   void Collect(const std::string& path) {
     if (!fs::is_directory(path)) {
+      if (!IsOurs(path) && !fs::exists(path)) {
+        throw std::runtime_error("'" + path + "' can't be opened: No such file or directory");
+      }
       files_.push_back(path);
       return;
     }
@@ -110,10 +114,13 @@ class ModelLoader {
     files_.insert(files_.end(), found.begin(), found.end());
   }
 
-  // The manifest of a scene with several skeletons lies above their folders. It counts only for
-  // the files that it names, so others may lie there too.
+  // The manifest of a scene with several skeletons lies above their folders, or beside the scene's
+  // folder and named like it. It counts only for the files that it names, so others may lie there
+  // too.
   void LookAbove(const std::string& folder) {
     std::vector<std::string> manifests;
+    const std::string beside = WholePath(fs::path(folder) / "..") + ".json";
+    if (fs::is_regular_file(beside)) manifests.push_back(beside);
     for (const fs::directory_entry& entry : fs::directory_iterator(fs::path(folder) / "..")) {
       std::error_code ignored;
       if (entry.is_regular_file(ignored) && IsManifest(entry.path())) {
@@ -123,7 +130,45 @@ class ModelLoader {
     std::ranges::sort(manifests);
     for (const std::string& path : manifests) {
       const ManifestJson manifest = ManifestJson::parse(ReadInputFile(path), nullptr, false);
-      if (manifest.is_object()) TakeAllMaterials(manifest, path, false);
+      if (!manifest.is_object()) continue;
+      TakeAllMaterials(manifest, path, false);
+      TakeMessagesOf(folder, manifest, path);
+    }
+  }
+
+  // What a manifest elsewhere tells, if files in the folder are from its scene: all but what is
+  // about files that lie in other folders.
+  void TakeMessagesOf(const std::string& folder, const ManifestJson& manifest,
+                      const std::string& path) {
+    const auto files = manifest.find("files");
+    if (files == manifest.end() || !files->is_array()) return;
+    bool isOfScene = false;
+    std::set<std::string> elsewhere;
+    for (const ManifestJson& file : *files) {
+      if (!file.is_string()) continue;
+      const std::string name = file.get<std::string>();
+      if (WholePath((fs::path(path).parent_path() / name).parent_path()) == WholePath(folder)) {
+        isOfScene = true;
+      } else {
+        elsewhere.insert(name);
+      }
+    }
+    if (isOfScene) TakeMessages(manifest, elsewhere);
+  }
+
+  void TakeMessages(const ManifestJson& manifest, const std::set<std::string>& elsewhere) {
+    for (const char* kind : {"warnings", "errors"}) {
+      const auto messages = manifest.find(kind);
+      if (messages == manifest.end() || !messages->is_array()) continue;
+      for (const ManifestJson& message : *messages) {
+        const bool isObject = message.is_object();
+        if (isObject && message.contains("about") && message["about"].is_string() &&
+            elsewhere.contains(message["about"].get<std::string>())) {
+          continue;
+        }
+        const ManifestJson& text = isObject && message.contains("text") ? message["text"] : message;
+        if (text.is_string()) loaded_.notes.warnings.push_back(text.get<std::string>());
+      }
     }
   }
 
@@ -134,13 +179,7 @@ class ModelLoader {
       throw std::runtime_error("'" + path + "' is no manifest: no JSON object");
     TakeAllMaterials(manifest, path, true);
     if (loaded_.model.name.empty()) loaded_.model.name = FileStem(NameOf(path));
-    const auto warnings = manifest.find("warnings");
-    if (warnings == manifest.end() || !warnings->is_array()) return;
-    for (const ManifestJson& warning : *warnings) {
-      const ManifestJson& text =
-          warning.is_object() && warning.contains("text") ? warning["text"] : warning;
-      if (text.is_string()) loaded_.notes.warnings.push_back(text.get<std::string>());
-    }
+    TakeMessages(manifest, {});
   }
 
   // Several skeletons have their materials each.

@@ -12,6 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using Json = nlohmann::json;
 namespace fs = std::filesystem;
 
@@ -171,10 +172,13 @@ TEST_F(VeltrumAll, WhatCannotBeWrittenIsTold) {
   const Json manifest = Manifest("all/avatar.json");
   EXPECT_EQ(manifest["state"], "partial");
   EXPECT_EQ(manifest["errors"].at(0)["about"], "Body.xmf");
+  EXPECT_THAT(manifest["files"].dump(), Not(HasSubstr("skin.png")));
   EXPECT_THAT(manifest["skeletons"].at(0)["meshes"], IsEmpty());
   fs::create_directories(dir_.File("m/avatar.json/in the way"));
   EXPECT_EQ(All({"avatar.fbx", "-om"}, 1).err,
             "veltrum-all: 'm/avatar.json' can't be written: Is a directory\n");
+  EXPECT_EQ(All({"avatar.fbx", "-oavatar.fbx"}, 2).err,
+            "veltrum-all: 'avatar.fbx/' can't be made: File exists\n");
   const std::string full = ProgramPath("veltrum-all") + " avatar.fbx -ofull >/dev/full";
   EXPECT_EQ(RunProgram("/bin/sh", {"-c", full}, dir_.Path()).err,
             "veltrum-all: standard output can't be written: No space left on device\n");

@@ -119,23 +119,34 @@ TEST_F(ViewProgram, TexturesAndNumbersOfMaterials) {
   EXPECT_EQ(materialOf(1), "Shirt");
   dir_.Write("a/a.json",
              R"({"materials": [{"id": 0, "file": "x/Shirt.xrf"}, {"id": 1, "file": "Skin.xrf"}, 7,
-                             {"id": "2", "file": "Skin.xrf"}], "warnings": ["beware", {"text": "of dogs"}, 3]})");
+                             {"id": "2", "file": "Skin.xrf"}], "warnings": ["beware", {"text": "of dogs"}, 3],
+                  "errors": [{"text": "of cats", "about": "a.xmf"}]})");
   std::filesystem::create_directory(dir_.File("a/Avatar.fbm"));
   std::filesystem::copy(SamplesDirectory() + "/textures/skin.png",
                         dir_.File("a/Avatar.fbm/SKIN.PNG"));
   const RunResult run = View({"-t", SamplesDirectory() + "/textures", "a", "-o", "m.glb"});
-  EXPECT_EQ(run.err, "veltrum-view: beware\nveltrum-view: of dogs\n");
+  EXPECT_EQ(run.err, "veltrum-view: beware\nveltrum-view: of dogs\nveltrum-view: of cats\n");
   EXPECT_EQ(materialOf(0), "Shirt");
   // The manifest above the folders of several skeletons counts for the files that it names.
   std::filesystem::remove(dir_.File("a/a.json"));
   dir_.Write("a.json",
              R"({"skeletons": [{"materials": [{"id": 0, "file": "b/Skin.xrf"}]}, {"materials": [
-                           {"id": 0, "file": "a/Shirt.xrf"}, {"id": 1, "file": "a/Skin.xrf"}]}]})");
-  EXPECT_EQ(View({"-t", SamplesDirectory() + "/textures", "a", "-o", "m.glb"}).err, "");
+                           {"id": 0, "file": "a/Shirt.xrf"}, {"id": 1, "file": "a/Skin.xrf"}]}],
+               "files": ["a/Skin.xrf", "b/Skin.xrf"], "warnings": [{"text": "of others", "about": "b/Skin.xrf"},
+               {"text": "of us", "about": "a/Skin.xrf"}]})");
+  EXPECT_EQ(View({"-t", SamplesDirectory() + "/textures", "a", "-o", "m.glb"}).err,
+            "veltrum-view: of us\n");
   EXPECT_EQ(materialOf(0), "Shirt");
   const GlbFile file(ReadFile(dir_.File("m.glb")));
   EXPECT_EQ(file.json["images"].size(), 2U);
   EXPECT_EQ(file.json["images"][0]["mimeType"], "image/png");
+  // Or it is named like the scene's folder, which holds theirs.
+  std::filesystem::create_directory(dir_.File("x"));
+  std::filesystem::rename(dir_.File("a"), dir_.File("x/a"));
+  dir_.Write("x.json", R"({"materials": [{"id": 0, "file": "x/a/Shirt.xrf"},
+                                         {"id": 1, "file": "x/a/Skin.xrf"}]})");
+  EXPECT_EQ(View({"x/a", "-o", "m.glb"}).status, 0);
+  EXPECT_EQ(materialOf(0), "Shirt");
 }
 
 TEST_F(ViewProgram, PageHoldsModelAndManifest) {
@@ -182,14 +193,16 @@ TEST_F(ViewProgram, WhatCannotBeUsedIsToldAndTheRestShown) {
   dir_.Write("a/Broken.xmf", mesh.substr(0, mesh.size() / 2));
   dir_.Write("a/Other.xsf", ReadFile(dir_.File("a/s.xsf")));
   dir_.Write("a/bad.json", "[");
+  dir_.Write("a/s.txt", "");
   dir_.Write("a/Lost.xpf", std::string("CPF\0\x97\x03\0\0\0\0\0\0\xff\xff\xff\x7f", 16));
-  const RunResult run = View({"a", "gone.xaf", "a/s.txt", "-o", "m.glb"});
+  const RunResult run = View({"a", "gone.xaf", "a/s.txt", "none", "-o", "m.glb"});
   EXPECT_EQ(run.status, 1);
   for (const char* line :
        {"veltrum-view: 'a/Broken.xmf': the XML is broken at byte",
         "veltrum-view: 'gone.xaf' can't be opened: No such file or directory",
         "'a/s.xsf': not shown: the skeleton is Other.xsf", "'a/bad.json' is no manifest",
-        "'a/Lost.xpf': a count of 2147483647 tracks", "'a/s.txt' has a name of no kind"}) {
+        "'a/Lost.xpf': a count of 2147483647 tracks", "'a/s.txt' has a name of no kind",
+        "'none' can't be opened: No such file or directory"}) {
     EXPECT_THAT(run.err, HasSubstr(line));
   }
   EXPECT_EQ(GlbFile(ReadFile(dir_.File("m.glb"))).json["meshes"].size(), 1U);
