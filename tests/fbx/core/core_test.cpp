@@ -140,6 +140,20 @@ TEST(FbxTime, CountsFramesFromTicks) {
   }
 }
 
+TEST(FbxTime, FollowsTheGlobalMode) {
+  const FbxTime second(FbxTime::kTicksPerSecond);
+  FbxTime::SetGlobalTimeMode(FbxTime::eFrames24);
+  EXPECT_EQ(second.GetFrameCount(), 24);
+  FbxTime::SetGlobalTimeMode(FbxTime::eDefaultMode);
+  EXPECT_EQ(second.GetFrameCount(), 30);
+  FbxTime::SetGlobalTimeMode(FbxTime::eCustom, 10.0);
+  EXPECT_EQ(second.GetFrameCount(), 10);
+  EXPECT_EQ(second.GetFrameCount(FbxTime::eFrames24), 24);
+  FbxTime::SetGlobalTimeMode(FbxTime::eCustom, -1.0);
+  EXPECT_EQ(second.GetFrameCountPrecise(), 12.5) << "the rate where the file has none";
+  FbxTime::SetGlobalTimeMode(FbxTime::eDefaultMode);
+}
+
 TEST(FbxTime, TruncatesSecondsAndStopsAtItsRange) {
   const auto ticks = [](double seconds) {
     FbxTime time(7);

@@ -345,6 +345,18 @@ TEST(ReadProperties, KeepsTheTypesOfKnownProperties) {
   EXPECT_TRUE(node.LclScaling().Modified());
 }
 
+TEST(ReadProperties, BuildsTreesOfNames) {
+  const LoadedScene file(WithNode(
+      {P("Group", "Compound", "", "", {}), P("Group|x", "double", "Number", "", {1.0}),
+       P("Group|x|deep", "int", "Integer", "", {2}), P("Nowhere|x", "double", "Number", "", {1.0}),
+       P("Group|x", "double", "Number", "", {3.0})}));
+  const FbxProperty root = file.Node("Node").RootProperty();
+  EXPECT_EQ(root.FindHierarchical("Group|x").Get<double>(), 3.0);
+  EXPECT_EQ(root.FindHierarchical("Group|x|deep").Get<int>(), 2);
+  EXPECT_FALSE(root.Find("Nowhere").IsValid());
+  EXPECT_FALSE(root.Find("Group|x").IsValid());
+}
+
 TEST(Templates, GiveTheirClassAndNoOtherTheirValues) {
   SceneBuilder scene;
   scene.AddTemplate("Model", "FbxNode",
