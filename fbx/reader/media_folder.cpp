@@ -117,6 +117,12 @@ bool WriteFile(const fs::path& folder, const std::string& name,
   for (std::string_view bytes = next(); isWritten && !bytes.empty(); bytes = next()) {
     isWritten = file.WriteAll(bytes);
   }
+  if (struct stat old{}; ::fstatat(directory.Get(), name.c_str(), &old, AT_SYMLINK_NOFOLLOW) == 0 &&
+                         S_ISREG(old.st_mode)) {
+    // A picture that was there keeps its permissions. A file system without them may refuse.
+    constexpr mode_t kPermissions = 0777;
+    static_cast<void>(::fchmod(file.Get(), old.st_mode & kPermissions));
+  }
   // A name that is a symbolic link is replaced by this, not followed.
   return isWritten && file.Close() &&
          ::renameat(part.Get(), PartFolder::kFile, directory.Get(), name.c_str()) == 0;

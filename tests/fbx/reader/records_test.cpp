@@ -434,6 +434,18 @@ TEST_F(MediaTest, FollowNoLinks) {
   EXPECT_FALSE(FileExists(folder.File("elsewhere/a.png")));
 }
 
+TEST_F(MediaTest, KeepPermissions) {
+  SceneBuilder builder;
+  AddVideo(builder, "a.png", "new");
+  std::filesystem::create_directory(folder.File("scene.fbm"));
+  folder.Write("scene.fbm/a.png", "old");
+  const auto mine = std::filesystem::perms::owner_read | std::filesystem::perms::group_write;
+  std::filesystem::permissions(folder.File("scene.fbm/a.png"), mine);
+  Load(builder);
+  EXPECT_EQ(ReadFile(folder.File("scene.fbm/a.png")), "new");
+  EXPECT_EQ(std::filesystem::status(folder.File("scene.fbm/a.png")).permissions(), mine);
+}
+
 TEST_F(MediaTest, TexturesFindFilesBesideTheScene) {
   folder.Write("here.png", "x");
   std::filesystem::create_directory(folder.File("textures"));
