@@ -69,7 +69,8 @@ void ComplainOfUnknownName(const std::string& name, const std::string& what) {
 
 // After an export, which has made the scene's list of meshes.
 void ComplainOfUnknownMeshes(FbxWrapper& scene, const ConversionArguments& args) {
-  if (args.commandVersion == 1) return;
+  // Behind a root that is no node, which is told already, no mesh was looked for.
+  if (args.commandVersion == 1 || !scene.GetNodeByPath(args.skeletonRootPath)) return;
   std::unordered_set<std::string_view> known;
   for (const MeshHolder_* holder : scene.makeMeshList()) known.insert(holder->name);
   for (const std::string& name : args.exportObjectNames) {

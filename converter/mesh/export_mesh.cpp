@@ -1,6 +1,7 @@
 #include "converter/mesh/export_mesh.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include "converter/base/complaint.h"
@@ -11,6 +12,22 @@
 #include "converter/scene/node_paths.h"
 #include "converter/scene/node_visitors.h"
 #include "converter/skeleton/skeleton_roots.h"
+
+namespace {
+
+void ComplainOfMeshesLeftOut(const MeshGroupMap& groups,
+                             const std::vector<MeshHolder_*>& selected) {
+  std::set<const MeshHolder_*> grouped;
+  for (const auto& [name, holders] : groups) grouped.insert(holders.begin(), holders.end());
+  std::vector<std::string> names;
+  for (const MeshHolder_* holder : selected) {
+    if (!grouped.contains(holder)) names.push_back(holder->name);
+  }
+  if (names.empty()) return;
+  Complain("-g finds no group for these meshes, which aren't written: " + QuotedList(names));
+}
+
+}  // namespace
 
 bool ExportMesh::Export(bool /*unused*/) {
   LOG_INFO("Starting ExportMesh::Export");
@@ -24,6 +41,7 @@ bool ExportMesh::Export(bool /*unused*/) {
   const std::vector<MeshHolder_*> selected = BuildSelectedMeshList();
   GroupMap groups;
   BuildGroupedMeshLists(groups, selected);
+  ComplainOfMeshesLeftOut(groups, selected);
   if (!args_.outputFilename.empty() && groups.size() > 1) {
     Complain("several meshes are written to the one file '" + args_.outputFilename +
              "', which keeps the last");

@@ -77,6 +77,8 @@ TEST_F(Complaints, WordsOfACommand) {
       {{"s.fbx", "export", "texture", "Skin"},
        "export texture takes no names, all materials are written\n"},
       {{root, "s.fbx", "export", "mesh", "Body", "Bdoy"}, "no mesh of 's.fbx' is called 'Bdoy'\n"},
+      {{"-wg", root, "s.fbx", "export", "mesh"},
+       "-g finds no group for these meshes, which aren't written: 'Body'\n"},
       {{root, "s.fbx", "export", "anim", "Walk", "Wlak"},
        "no animation under " + root + " is called 'Wlak'\n"},
       {{root, "s.fbx", "export", "morphanim", "Nope"},
@@ -119,7 +121,7 @@ TEST_F(Complaints, WordsOfACommand) {
   for (const auto& [words, told] : cases) {
     EXPECT_EQ(PlainWords(Told(words)), told) << testing::PrintToString(words);
   }
-  EXPECT_EQ(PlainWords(Told({"s.fbx", "export", "mesh"}, 1)), "export mesh" + noRoot);
+  EXPECT_EQ(PlainWords(Told({"s.fbx", "export", "mesh", "Body"}, 1)), "export mesh" + noRoot);
   EXPECT_EQ(PlainWords(Told({"--root=find", "s.fbx", "export", "mesh"}, 1)),
             "export mesh takes no --root=find, it needs the path of a node\n");
   EXPECT_EQ(Told({"-w", root}, 2), "veltrum: the command '-w " + root + "' names no input file\n");
