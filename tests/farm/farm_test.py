@@ -264,6 +264,11 @@ for word; do case $word in --screenshot=*) picture=${word#*=} ;; esac; done
         self.farm("--textures", "--hosts", hosts, "--shared", *program, output=shared)
         self.assertEqual(contents(shared), contents(local))
         shutil.rmtree(self.output)
+        with open(hosts + "-gone", "w", encoding="utf-8") as file:
+            file.write("1/ssh -p 1 127.0.0.1\n")
+        self.farm("--hosts", hosts + "-gone", *program, status=1)
+        self.assertIn("the machine can't be reached", self.report()["reasons"][0]["reason"])
+        shutil.rmtree(self.output)
         self.check_no_job_outlives(signal.SIGKILL, "--hosts", hosts)
 
     def host(self):
