@@ -266,6 +266,11 @@ for word; do case $word in --screenshot=*) picture=${word#*=} ;; esac; done
         shutil.rmtree(self.output)
         with open(hosts + "-gone", "w", encoding="utf-8") as file:
             file.write("1/ssh -p 1 127.0.0.1\n")
+        with open(hosts + "-here", "w", encoding="utf-8") as file:
+            file.write(f"1/:\n1/{logins[0]}\n")
+        self.farm("--textures", "--hosts", hosts + "-here", *program)
+        self.assertEqual(contents(self.output), contents(local))
+        shutil.rmtree(self.output)
         self.farm("--hosts", hosts + "-gone", *program, status=1)
         self.assertIn("the machine can't be reached", self.report()["reasons"][0]["reason"])
         shutil.rmtree(self.output)
