@@ -170,3 +170,10 @@ void AppendNumber(std::string& text, float value) {
                         .ptr;
   text.append(digits.data(), end);
 }
+
+std::string Counted(size_t count, std::string_view noun, std::string_view ending) {
+  std::string text = std::to_string(count) + " ";
+  text += noun;
+  if (count != 1) text += ending;
+  return text;
+}

@@ -27,3 +27,6 @@ bool ReadNumbers(std::string_view text, std::span<int32_t> numbers);
 // output stream prints it by default ("1e+06", "inf").
 void AppendNumber(std::string& text, int64_t value);
 void AppendNumber(std::string& text, float value);
+
+// "1 mesh", "2 meshes": for people.
+std::string Counted(size_t count, std::string_view noun, std::string_view ending = "s");

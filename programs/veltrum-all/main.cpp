@@ -8,6 +8,7 @@
 #include <string>
 #include <system_error>
 
+#include "cal3d/io/number_text.h"
 #include "cal3d/io/output_file.h"
 #include "converter/base/names.h"
 #include "converter/base/records.h"
@@ -44,10 +45,12 @@ void Summarise(const SceneReport& report, const Options& options) {
     for (const MaterialReport& material : skeleton.materials) materials += !material.file.empty();
     animations += skeleton.animations.size();
   }
-  std::printf(
-      "%s: %zu skeletons (%zu bones), %zu meshes, %zu materials, %zu animations, %zu warnings%s\n",
-      report.fileName.c_str(), report.skeletons.size(), bones, meshes, materials, animations,
-      report.warnings.size(), options.dryRun ? "; nothing written" : "");
+  std::printf("%s: %s (%s), %s, %s, %s, %s%s\n", report.fileName.c_str(),
+              Counted(report.skeletons.size(), "skeleton").c_str(), Counted(bones, "bone").c_str(),
+              Counted(meshes, "mesh", "es").c_str(), Counted(materials, "material").c_str(),
+              Counted(animations, "animation").c_str(),
+              Counted(report.warnings.size(), "warning").c_str(),
+              options.dryRun ? "; nothing written" : "");
   for (const std::string& file : report.files) {
     std::printf("  %s%s\n", options.directory.c_str(), file.c_str());
   }

@@ -8,6 +8,7 @@
 
 #include <getopt.h>
 
+#include "cal3d/io/number_text.h"
 #include "cal3d/io/output_file.h"
 #include "gltf/glb_export.h"
 #include "programs/veltrum-view/model_files.h"
@@ -52,19 +53,14 @@ void Tell(std::string line) {
   std::fprintf(stderr, "veltrum-view: %s\n", line.c_str());
 }
 
-std::string Counted(size_t count, const char* what) {
-  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 std::string Summary(const ViewModel& model) {
   size_t vertices = 0;
   for (const auto& mesh : model.meshes) {
     for (const auto& submesh : mesh.core->submeshes) vertices += submesh->vertices().size();
   }
   const size_t bones = model.skeleton.core ? model.skeleton.core->coreBones.size() : 0;
-  return Counted(bones, "bone") + ", " + std::to_string(model.meshes.size()) +
-         (model.meshes.size() == 1 ? " mesh with " : " meshes with ") + std::to_string(vertices) +
-         (vertices == 1 ? " vertex, " : " vertices, ") +
+  return Counted(bones, "bone") + ", " + Counted(model.meshes.size(), "mesh", "es") + " with " +
+         (vertices == 1 ? "1 vertex, " : std::to_string(vertices) + " vertices, ") +
          Counted(model.materials.size(), "material") + ", " +
          Counted(model.animations.size() + model.morphAnimations.size(), "animation");
 }
