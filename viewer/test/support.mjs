@@ -20,7 +20,11 @@ export function pageOf(template, glb, manifest = {}) {
   const element = (id, type, text = '') => `<script id="${id}" type="${type}">${text}</script>`;
   const model = ['veltrum-model', 'application/gltf-binary;deflate;base64'];
   const words = ['veltrum-manifest', 'application/json'];
-  let page = put(template, element(...model), element(...model, deflateSync(glb).toString('base64')));
+  let page = put(
+    template,
+    element(...model),
+    element(...model, deflateSync(glb).toString('base64')),
+  );
   page = put(
     page,
     element(...words),
