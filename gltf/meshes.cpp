@@ -268,6 +268,6 @@ std::vector<MeshNode> AddMeshes(GlbBuilder& glb, const ViewModel& model,
     if (!maker.HasBones()) glb.At("nodes", 0)["children"].push_back(made.node);
     nodes.push_back(std::move(made));
   }
-  if (maker.HasBones() && !nodes.empty()) AddSkin(glb, model, maker.UsesRestJoint());
+  if (maker.HasBones()) AddSkin(glb, model, maker.UsesRestJoint());
   return nodes;
 }

@@ -222,6 +222,8 @@ TEST(GlbExport, NodesSkinsAndLights) {
   EXPECT_EQ(still["nodes"][0]["children"], json({1}));
   EXPECT_FALSE(still["nodes"][1].contains("skin"));
   EXPECT_FALSE(still.contains("skins"));
+  // Bones without a mesh are joints all the same, so that viewers show them.
+  EXPECT_EQ(Make(ModelOf({})).file.json["skins"][0]["joints"], json({1, 2, 3}));
 }
 
 TEST(GlbExport, FacesOfTheLastIndexTake32Bits) {
