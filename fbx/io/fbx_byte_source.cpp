@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr size_t kSmallestFill = FbxByteSource::kMaxView;
+constexpr size_t kSmallestFill = 16 * 1024;
 constexpr size_t kLargestFill = 256 * 1024;
 // Bytes before the position asked for that a refill takes along, since lists are read once for
 // their records and again, from a little before, for what the records hold.
