@@ -1,7 +1,6 @@
 #include "fbx/io/ascii_blocks.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 
 #include "fbx/io/fbx_byte_source.h"
@@ -12,15 +11,22 @@ namespace {
 // Smaller blocks are searched again rather than remembered.
 constexpr int64_t kSmallBlock = 256;
 
-constexpr std::array<bool, 256> kStops = [] {
-  std::array<bool, 256> stops = {};
-  for (const char stop : {'"', '{', '}', '\n'}) stops[static_cast<unsigned char>(stop)] = true;
-  return stops;
-}();
+constexpr bool IsBlockStop(char c) {
+  // Without branches, for the loop below.
+  return ((c == '"') | (c == '{') | (c == '}') | (c == '\n')) != 0;
+}
 
 const char* FindStop(const char* at, const char* end) {
-  while (at != end && !kStops[static_cast<unsigned char>(*at)]) ++at;
-  return at;
+  // Arrays are long rows without a stop. Compilers compare many characters at once in a loop that
+  // has no early end.
+  constexpr int kStep = 64;
+  const auto hasStop = [](const char* step) {
+    uint8_t has = 0;
+    for (int i = 0; i < kStep; ++i) has |= static_cast<uint8_t>(IsBlockStop(step[i]));
+    return has != 0;
+  };
+  while (end - at >= kStep && !hasStop(at)) at += kStep;
+  return std::find_if(at, end, IsBlockStop);
 }
 
 // The next `wanted`, or `end`.

@@ -7,6 +7,8 @@
 #include <array>
 #include <utility>
 
+#include <fast_float/fast_float.h>
+
 #include "fbx/io/fbx_byte_source.h"
 #include "fbx/io/fbx_inflater.h"
 #include "fbx/io/fbx_io_field_list.h"
@@ -28,6 +30,46 @@ std::string_view UnpackName(std::span<char> bytes) {
   }
   std::fill(end, bytes.end(), '\0');
   return {bytes.data(), static_cast<size_t>(end - bytes.begin())};
+}
+
+enum TextKind : uint8_t { kOther, kNumber, kSeparator };
+
+TextKind KindOf(char c) {
+  static constexpr std::array<TextKind, 256> kKinds = [] {
+    std::array<TextKind, 256> kinds = {};
+    for (const char number : std::string_view("0123456789+-.eE"))
+      kinds[static_cast<uint8_t>(number)] = kNumber;
+    for (const char separator : std::string_view(" \t\v\f\r\n,"))
+      kinds[static_cast<uint8_t>(separator)] = kSeparator;
+    return kinds;
+  }();
+  return kKinds[static_cast<uint8_t>(c)];
+}
+
+// Past the number that begins at `at`, with what ValueFromText makes of it in `out`; null for one
+// that is written in any but the usual ways.
+template <class T>
+const char* ParseUsual(const char* at, const char* end, T& out) {
+  const bool isNegative = at != end && *at == '-';
+  const char* const digits = at + (isNegative ? 1 : 0);
+  if (digits == end) return nullptr;
+  if constexpr (std::is_floating_point_v<T>) {
+    if ((*digits < '0' || *digits > '9') && *digits != '.') return nullptr;
+    // The same number as from the standard library, whose call takes twice the time.
+    double number = 0.0;
+    const auto [behind, error] = fast_float::from_chars(at, end, number);
+    out = FlushTiny(static_cast<T>(number));
+    return error == std::errc() ? behind : nullptr;
+  } else {
+    constexpr ptrdiff_t kNoOverflow = 9;
+    const char* const limit = digits + std::min(end - digits, kNoOverflow);
+    int32_t number = 0;
+    for (at = digits; at != limit && *at >= '0' && *at <= '9'; ++at) {
+      number = number * 10 + (*at - '0');
+    }
+    out = static_cast<T>(isNegative ? -number : number);
+    return at == digits ? nullptr : at;
+  }
 }
 
 }  // namespace
@@ -230,17 +272,6 @@ bool FbxIOFieldList::ReadBinaryArray(char letter, std::vector<T>& out) {
 template <class T, class Element>
 bool FbxIOFieldList::ReadPlainTextArray(int64_t start, int64_t limit, int64_t count,
                                         std::vector<Element>& out) {
-  enum : uint8_t { kOther, kNumber, kSeparator };
-  static constexpr std::array<uint8_t, 256> kKinds = [] {
-    std::array<uint8_t, 256> kinds = {};
-    for (const char c : std::string_view("0123456789+-.eE"))
-      kinds[static_cast<uint8_t>(c)] = kNumber;
-    for (const char c : std::string_view(" \t\v\f\r\n,"))
-      kinds[static_cast<uint8_t>(c)] = kSeparator;
-    return kinds;
-  }();
-  const auto kindOf = [](char c) { return kKinds[static_cast<uint8_t>(c)]; };
-
   bool hasName = false;
   for (int64_t position = start; position < limit;) {
     const std::string_view view = source_.View(position, FbxByteSource::kMaxView)
@@ -250,23 +281,28 @@ bool FbxIOFieldList::ReadPlainTextArray(int64_t start, int64_t limit, int64_t co
     // Past the last value that ends within the view.
     const char* done = at;
     if (!hasName) {
-      while (at != end && kindOf(*at) == kSeparator && *at != ',') ++at;
+      while (at != end && KindOf(*at) == kSeparator && *at != ',') ++at;
       if (end - at < 2 || *at != 'a' || at[1] != ':') return false;
       at += 2;
       done = at;
       hasName = true;
     }
     while (true) {
-      while (at != end && kindOf(*at) == kSeparator) ++at;
+      while (at != end && KindOf(*at) == kSeparator) ++at;
       done = at;
-      while (at != end && kindOf(*at) == kNumber) ++at;
+      T value{};
+      const char* const behind = ParseUsual(at, end, value);
+      const bool isUsual = behind != nullptr && behind != end && KindOf(*behind) != kNumber;
+      if (isUsual) at = behind;
+      while (at != end && KindOf(*at) == kNumber) ++at;
       if (at == end) break;
       if (at != done) {
         if (static_cast<int64_t>(out.size()) == count) return false;
-        out.push_back(ValueFromText<T>({done, static_cast<size_t>(at - done)}));
+        if (!isUsual) value = ValueFromText<T>({done, static_cast<size_t>(at - done)});
+        out.push_back(value);
       }
       if (*at == '}') return static_cast<int64_t>(out.size()) == count;
-      if (kindOf(*at) != kSeparator) return false;
+      if (KindOf(*at) != kSeparator) return false;
     }
     if (done == view.data()) return false;
     position += done - view.data();
