@@ -1,10 +1,9 @@
 // What whole scenes give, byte for byte, on every machine. The expected texts lie beside the
 // scenes.
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <set>
 
+#include "tests/support/expected_text.h"
 #include "tests/support/program_test.h"
 
 namespace {
@@ -34,15 +33,6 @@ class Samples : public ProgramTest {
   }
   static std::string Sample(const std::string& name) {
     return ReadFile(SamplesDirectory() + "/" + name + ".fbx");
-  }
-  // The text in a file of expected ones, which VELTRUM_UPDATE=1 writes anew.
-  static void ExpectKept(const std::string& result, const std::string& path) {
-    if (std::getenv("VELTRUM_UPDATE") != nullptr) std::ofstream(path) << result;
-    ExpectSame(result, ReadFile(path));
-  }
-  static void ExpectSame(const std::string& result, const std::string& expected) {
-    const auto at = std::mismatch(result.begin(), result.end(), expected.begin(), expected.end());
-    EXPECT_TRUE(result == expected) << std::string(at.first, result.end()).substr(0, 200);
   }
 };
 
@@ -96,7 +86,7 @@ TEST_F(Samples, LayoutsDoNotShow) {
 }
 
 TEST_F(Samples, SkeletonsOfEveryKind) {
-  const std::string scene = TestScenesDirectory() + "/skeletons";
+  const std::string scene = TestsDirectory() + "/end_to_end/scenes/skeletons";
   const std::string hips = "-rRootNode/twin/Hips";
   const std::string posed = "-rRootNode/Posed";
   const std::string left = "-rRootNode/Left Hip";
@@ -122,7 +112,7 @@ TEST_F(Samples, SkeletonsOfEveryKind) {
 
 // Names of stacks say what the case is.
 TEST_F(Samples, AnimationsOfEveryKind) {
-  const std::string scene = TestScenesDirectory() + "/animations";
+  const std::string scene = TestsDirectory() + "/end_to_end/scenes/animations";
   const std::string hips = "-rRootNode/Hips";
   WordLists commands;
   for (const char* root :
@@ -153,7 +143,7 @@ TEST_F(Samples, AnimationsOfEveryKind) {
 
 // Names of meshes say what the case is.
 TEST_F(Samples, MeshesOfEveryKind) {
-  const std::string scene = TestScenesDirectory() + "/meshes";
+  const std::string scene = TestsDirectory() + "/end_to_end/scenes/meshes";
   const std::string root = "-rRootNode";
   ExpectKept(
       ResultOf(ReadFile(scene + ".fbx"),
@@ -170,7 +160,7 @@ TEST_F(Samples, MeshesOfEveryKind) {
 
 // Names of materials say what the case is.
 TEST_F(Samples, MaterialsOfEveryKind) {
-  const std::string scene = TestScenesDirectory() + "/materials";
+  const std::string scene = TestsDirectory() + "/end_to_end/scenes/materials";
   ExpectKept(ResultOf(ReadFile(scene + ".fbx"),
                       {{"s.fbx", "list", "texture"},
                        {"s.fbx", "export", "texture"},
@@ -197,12 +187,13 @@ TEST_F(Samples, Version6SaysWhatVersion7Says) {
       {"--room", "--rename", "--root=RootNode/room_skeleton", "s.fbx", "export", "skel", "room"}};
   for (const char* version : {"/version7.fbx", "/version6.fbx"}) {
     SCOPED_TRACE(version);
-    std::string result = ResultOf(ReadFile(TestScenesDirectory() + version), commands);
+    std::string result =
+        ResultOf(ReadFile(TestsDirectory() + "/end_to_end/scenes" + version), commands);
     // Pictures are found under the test's own folder.
     for (size_t at; (at = result.find(dir_.Path())) != std::string::npos;) {
       result.replace(at, dir_.Path().size(), "FOLDER");
     }
-    ExpectKept(result, TestScenesDirectory() + "/version7.txt");
+    ExpectKept(result, TestsDirectory() + "/end_to_end/scenes/version7.txt");
   }
 }
 

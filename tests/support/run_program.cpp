@@ -77,4 +77,4 @@ std::string ProgramPath(const std::string& name) {
 
 std::string SamplesDirectory() { return VELTRUM_SOURCE "/samples"; }
 
-std::string TestScenesDirectory() { return VELTRUM_SOURCE "/tests/end_to_end/scenes"; }
+std::string TestsDirectory() { return VELTRUM_SOURCE "/tests"; }

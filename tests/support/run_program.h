@@ -24,5 +24,5 @@ RunResult RunProgram(const std::string& name, const std::vector<std::string>& ar
 
 // The folder of the sample scenes that the project ships.
 std::string SamplesDirectory();
-// The folder of scenes for tests alone.
-std::string TestScenesDirectory();
+// The folder of the tests, some of which have scenes there.
+std::string TestsDirectory();
