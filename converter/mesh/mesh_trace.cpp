@@ -126,7 +126,10 @@ void MeshTrace::MorphPoints(const GroupMesh& mesh, const MorphChannel& channel,
                             const ConversionArguments& args) const {
   if (verbosity_ == 0) return;
   std::vector<FbxVector4> raw = mesh.mesh->ControlPoints();
-  for (const auto& [point, moved] : channel.points.Moved()) raw[static_cast<size_t>(point)] = moved;
+  const PointValues& moved = channel.points.Moved();
+  for (size_t i = 0; i < moved.Points().size(); ++i) {
+    raw[static_cast<size_t>(moved.Points()[i])] = moved.At(i);
+  }
   std::vector<FbxVector4> placed;
   for (const FbxVector4& point : raw) placed.push_back(ToOutputSpace(mesh, point, args));
   Print("\nexporting %zu morph control points for %s\n", raw.size(), channel.name.c_str());

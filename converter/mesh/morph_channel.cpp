@@ -2,50 +2,49 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <utility>
 
 #include "fbx/scene/fbx_deformer.h"
 #include "fbx/scene/fbx_mesh.h"
 
 namespace {
 
-// Sums what `values` has for each point that `indices` lists, in file order, onto `start(point)`.
-// Points out of range are skipped. Sorted by point.
-template <typename Start>
-PointValues SumByPoint(const std::vector<int>& indices, const std::vector<FbxVector4>& values,
-                       size_t pointCount, Start&& start) {
-  PointValues sums;
-  const size_t count = std::min(indices.size(), values.size());
-  sums.reserve(count);
-  for (size_t i = 0; i < count; ++i) {
-    if (indices[i] < 0 || static_cast<size_t>(indices[i]) >= pointCount) continue;
-    sums.emplace_back(indices[i], values[i]);
-  }
-  const auto byPoint = [](const auto& a, const auto& b) { return a.first < b.first; };
-  if (!std::is_sorted(sums.begin(), sums.end(), byPoint)) {
-    std::stable_sort(sums.begin(), sums.end(), byPoint);
-  }
-  size_t last = 0;
-  for (size_t i = 0; i < sums.size(); ++i) {
-    const auto [point, value] = sums[i];
-    if (i > 0 && sums[last].first == point) {
-      sums[last].second += value;
-    } else {
-      last = i == 0 ? 0 : last + 1;
-      sums[last] = {point, start(point) + value};
-    }
-  }
-  if (!sums.empty()) sums.resize(last + 1);
-  return sums;
-}
-
-const FbxVector4* FindPoint(const PointValues& values, int point) {
-  const auto at =
-      std::lower_bound(values.begin(), values.end(), point,
-                       [](const auto& entry, int wanted) { return entry.first < wanted; });
-  return at == values.end() || at->first != point ? nullptr : &at->second;
+// Whether the points are in range, in ascending order, and each is there once.
+bool AreInOrder(std::span<const int> points, size_t pointCount) {
+  if (points.empty()) return true;
+  return points.front() >= 0 && static_cast<size_t>(points.back()) < pointCount &&
+         std::ranges::adjacent_find(points, std::ranges::greater_equal()) == points.end();
 }
 
 }  // namespace
+
+PointValues::PointValues(const std::vector<int>& points, const FbxPackedVectors& offsets,
+                         const FbxVector4* start, size_t pointCount)
+    : start_(start) {
+  listed_ = std::span(points).first(std::min(points.size(), offsets.size()));
+  if (AreInOrder(listed_, pointCount)) {
+    offsets_ = &offsets;
+    return;
+  }
+  std::vector<std::pair<int, size_t>> places;
+  for (size_t i = 0; i < listed_.size(); ++i) {
+    if (listed_[i] >= 0 && static_cast<size_t>(listed_[i]) < pointCount) {
+      places.emplace_back(listed_[i], i);
+    }
+  }
+  std::ranges::sort(places);
+  for (const auto& [point, place] : places) {
+    if (ownPoints_.empty() || ownPoints_.back() != point) {
+      ownPoints_.push_back(point);
+      ownValues_.push_back(StartOf(point));
+    }
+    ownValues_.back() += offsets[place];
+  }
+}
+
+PointValues::PointValues(std::vector<int> points, std::vector<FbxVector4> values)
+    : ownPoints_(std::move(points)), ownValues_(std::move(values)) {}
 
 std::vector<MorphSource> GatherMorphSources(const FbxMesh& mesh) {
   std::vector<MorphSource> sources;
@@ -73,20 +72,23 @@ ShapePoints::ShapePoints(const FbxShape& shape, const FbxMesh& mesh) {
   fits_ = points.size() == mesh.ControlPoints().size();
   if (!fits_) return;
   if (base != nullptr) {
-    moved_ = SumByPoint(shape.indices, shape.offsets, points.size(),
-                        [&](int point) { return points[static_cast<size_t>(point)]; });
+    moved_ = PointValues(shape.indices, shape.offsets, points.data(), points.size());
   }
   if (base == &mesh) return;
   // Points of the shape's own, or of another geometry that its blend shape deforms as well.
-  PointValues moved;
-  auto listed = moved_.begin();
+  std::vector<int> moved;
+  std::vector<FbxVector4> values;
+  const std::span<const int> listed = moved_.Points();
+  size_t place = 0;
   for (size_t i = 0; i < points.size(); ++i) {
     const int point = static_cast<int>(i);
-    const bool isListed = listed != moved_.end() && listed->first == point;
-    const FbxVector4& value = isListed ? (listed++)->second : points[i];
-    if (!(value == mesh.ControlPoints()[i])) moved.emplace_back(point, value);
+    const bool isListed = place < listed.size() && listed[place] == point;
+    const FbxVector4 value = isListed ? moved_.At(place++) : points[i];
+    if (value == mesh.ControlPoints()[i]) continue;
+    moved.push_back(point);
+    values.push_back(value);
   }
-  moved_ = std::move(moved);
+  moved_ = PointValues(std::move(moved), std::move(values));
 }
 
 BaseNormals::BaseNormals(const FbxMesh& mesh) : mesh_(&mesh), element_(mesh.GetElementNormal(0)) {}
@@ -120,9 +122,8 @@ ShapeNormals::ShapeNormals(const FbxShape& shape, const FbxMesh& mesh) : mesh_(&
   if (!shape.normalOffsets.empty() && shape.GetBaseGeometry() == &mesh) {
     if (mesh.GetElementNormal(0) == nullptr) return;
     base_.emplace(mesh);
-    offsets_ = SumByPoint(shape.indices, shape.normalOffsets,
-                          static_cast<size_t>(mesh.GetControlPointsCount()),
-                          [](int) { return FbxVector4(0.0, 0.0, 0.0, 0.0); });
+    offsets_ = PointValues(shape.indices, shape.normalOffsets, nullptr,
+                           static_cast<size_t>(mesh.GetControlPointsCount()));
     return;
   }
   const int count = shape.GetElementNormalCount();
@@ -139,8 +140,10 @@ FbxVector4 ShapeNormals::At(const MeshCorner& corner) const {
   }
   const std::optional<BaseNormal> base = base_->At(corner);
   if (!base.has_value()) return {0.0, 0.0, 0.0};
-  const FbxVector4* offset = FindPoint(offsets_, base->point);
-  return offset == nullptr ? base->normal : MovedNormal(base->normal, *offset);
+  const std::span<const int> points = offsets_.Points();
+  const auto found = std::ranges::lower_bound(points, base->point);
+  if (found == points.end() || *found != base->point) return base->normal;
+  return MovedNormal(base->normal, offsets_.At(static_cast<size_t>(found - points.begin())));
 }
 
 bool IsNearZero(const FbxVector4& vector) {
@@ -158,19 +161,17 @@ bool MorphChannel::NormalAt(const MeshCorner& corner, FbxVector4& normal) const 
   return false;
 }
 
-PointIndex::PointIndex(const std::vector<const PointValues*>& lists, size_t pointCount)
+PointIndex::PointIndex(const std::vector<std::span<const int>>& lists, size_t pointCount)
     : firsts_(pointCount + 1, 0) {
-  for (const PointValues* list : lists) {
-    if (list == nullptr) continue;
-    for (const auto& [point, value] : *list) ++firsts_[static_cast<size_t>(point) + 1];
+  for (const std::span<const int> list : lists) {
+    for (const int point : list) ++firsts_[static_cast<size_t>(point) + 1];
   }
   for (size_t i = 0; i < pointCount; ++i) firsts_[i + 1] += firsts_[i];
   entries_.resize(firsts_.back());
   std::vector<uint32_t> ends(firsts_.begin(), firsts_.end() - 1);
   for (uint32_t channel = 0; channel < lists.size(); ++channel) {
-    if (lists[channel] == nullptr) continue;
-    for (const auto& [point, value] : *lists[channel]) {
-      entries_[ends[static_cast<size_t>(point)]++] = {channel, &value};
+    for (uint32_t place = 0; place < lists[channel].size(); ++place) {
+      entries_[ends[static_cast<size_t>(lists[channel][place])]++] = {channel, place};
     }
   }
 }
@@ -196,15 +197,19 @@ MorphChannel& MeshMorphs::Find(const std::string& name) {
 }
 
 void MeshMorphs::Index(size_t pointCount) {
-  std::vector<const PointValues*> moved;
-  std::vector<const PointValues*> offsets;
+  std::vector<std::span<const int>> moved;
+  std::vector<std::span<const int>> turned;
   for (uint32_t i = 0; i < channels.size(); ++i) {
     const MorphChannel& channel = channels[i];
-    moved.push_back(&channel.points.Moved());
-    offsets.push_back(channel.HasBaseNormals() ? &channel.normals.front().Offsets() : nullptr);
+    moved.push_back(channel.points.Moved().Points());
+    turned.emplace_back();
+    if (channel.HasBaseNormals()) turned.back() = channel.normals.front().Offsets().Points();
     if (channel.HasBaseNormals()) ++baseNormalCount;
     if (channel.HasOtherNormals()) others.push_back(i);
   }
-  moves = PointIndex(moved, pointCount);
-  turns = PointIndex(offsets, pointCount);
+  moves_ = PointIndex(moved, pointCount);
+  turnsAreMoves_ = std::ranges::equal(moved, turned, [](const auto& a, const auto& b) {
+    return a.data() == b.data() && a.size() == b.size();
+  });
+  if (!turnsAreMoves_) turns_ = PointIndex(turned, pointCount);
 }

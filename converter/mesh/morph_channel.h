@@ -1,14 +1,14 @@
 // What a blend shape channel makes of a mesh: where its points go and what the normals of its
-// corners become. A face has dozens of channels that move a few points each, so both are kept as
-// sparse as the file has them, and an index tells which channels touch a point: the cost of a
-// vertex is that of the channels that change it.
+// corners become. A face has dozens of channels that move a few points each, so both are as sparse
+// as the file has them, and an index tells which channels touch a point: the cost of a vertex is
+// that of the channels that change it. Fifty channels of a large mesh are the most that an export
+// holds, so that what a shape lists in order, as nearly all do, is read where it lies in the scene.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "converter/mesh/layer_lookup.h"
@@ -38,7 +38,37 @@ bool IsNearZero(const FbxVector4& vector);
 inline constexpr FbxVector4 kNoNormal{0.0, 0.0, 0.0, 0.0};
 
 // Values of some control points, in ascending order of the points.
-using PointValues = std::vector<std::pair<int, FbxVector4>>;
+class PointValues {
+ public:
+  PointValues() = default;
+  // What a shape adds to `start`, the values of all points, which may be null where they are zero.
+  // Points out of range are skipped; what is listed for one point several times is summed in the
+  // order of the file. The shape's lists and `start` must stay where they are.
+  PointValues(const std::vector<int>& points, const FbxPackedVectors& offsets,
+              const FbxVector4* start, size_t pointCount);
+  // Of points in ascending order.
+  PointValues(std::vector<int> points, std::vector<FbxVector4> values);
+
+  std::span<const int> Points() const {
+    return offsets_ == nullptr ? std::span<const int>(ownPoints_) : listed_;
+  }
+  // The value of the point at that place among those.
+  FbxVector4 At(size_t place) const {
+    return offsets_ == nullptr ? ownValues_[place] : StartOf(listed_[place]) + (*offsets_)[place];
+  }
+
+ private:
+  FbxVector4 StartOf(int point) const {
+    return start_ == nullptr ? FbxVector4(0.0, 0.0, 0.0, 0.0) : start_[point];
+  }
+
+  // Where the shape lists points in order; otherwise the offsets are null and the values our own.
+  std::span<const int> listed_;
+  const FbxPackedVectors* offsets_ = nullptr;
+  const FbxVector4* start_ = nullptr;
+  std::vector<int> ownPoints_;
+  std::vector<FbxVector4> ownValues_;
+};
 
 // Where a target shape has the points of the mesh, in the mesh's own frame.
 class ShapePoints {
@@ -122,18 +152,17 @@ struct MorphChannel {
   bool NormalAt(const MeshCorner& corner, FbxVector4& normal) const;
 };
 
-// Values of many lists, by the points that they belong to.
+// Where lists of points, one for each channel, name a point.
 class PointIndex {
  public:
   struct Entry {
     uint32_t channel;
-    const FbxVector4* value;
+    uint32_t place;  // in the channel's list
   };
 
   PointIndex() = default;
-  // `lists` holds a list for each channel, or null; they must stay where they are. Points that they
-  // name must be below `pointCount`.
-  PointIndex(const std::vector<const PointValues*>& lists, size_t pointCount);
+  // Points must be below `pointCount`.
+  PointIndex(const std::vector<std::span<const int>>& lists, size_t pointCount);
 
   // The entries of the point, in the order of channels; none for a point out of range.
   std::span<const Entry> At(int point) const {
@@ -158,11 +187,29 @@ struct MeshMorphs {
   // Makes the indices; to be called when the points are known. The channels must not change after.
   void Index(size_t pointCount);
 
+  using Entries = std::span<const PointIndex::Entry>;
+  // The channels that move the point.
+  Entries MovesOf(int point) const { return moves_.At(point); }
+  // The channels with base normals that turn that of the point, which is a BaseNormal's.
+  Entries TurnsOf(int point) const { return (turnsAreMoves_ ? moves_ : turns_).At(point); }
+  // Where a channel takes the point.
+  FbxVector4 Moved(const PointIndex::Entry& move) const {
+    return channels[move.channel].points.Moved().At(move.place);
+  }
+  // What becomes of the base normal.
+  FbxVector4 Turned(const FbxVector4& normal, const PointIndex::Entry& turn) const {
+    return MovedNormal(normal, channels[turn.channel].normals.front().Offsets().At(turn.place));
+  }
+
   std::vector<MorphSource> sources;    // as the file has them
   std::vector<MorphChannel> channels;  // by name
   BaseNormals base;
   uint32_t baseNormalCount = 0;  // channels that have base normals
-  PointIndex turns;              // their offsets of normals, by BaseNormal::point
   std::vector<uint32_t> others;  // channels with other normals
-  PointIndex moves;              // moved points, by control point
+
+ private:
+  PointIndex moves_;
+  // Shapes mostly list a point and a normal in one place: then one index serves for both.
+  bool turnsAreMoves_ = false;
+  PointIndex turns_;
 };

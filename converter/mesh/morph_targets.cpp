@@ -37,6 +37,19 @@ class OffsetGatherer {
                  const MeshTrace& trace)
       : map_(map), mesh_(mesh), args_(args), trace_(trace), own_(mesh.morphs.channels.size()) {}
 
+  // Counts the offsets that moved points will make, so that lists needn't grow: growing took twice
+  // their memory.
+  void Expect(const std::vector<uint32_t>& vertices) {
+    uint64_t count = map_.count;
+    for (const uint32_t corner : vertices) {
+      const MeshMorphs::Entries moves = mesh_.morphs.MovesOf(mesh_.corners[corner].controlPoint);
+      for (const PointIndex::Entry& move : moves) ++own_[move.channel].expected;
+      count += moves.size();
+    }
+    if (count <= kMostOffsets) return;
+    for (Own& own : own_) own.expected = 0;
+  }
+
   void Add(uint32_t vertex, uint32_t corner) {
     const MeshMorphs& morphs = mesh_.morphs;
     const ControlPoint& point = mesh_.PointOf(corner);
@@ -59,19 +72,21 @@ class OffsetGatherer {
         for (const uint32_t i : baseNormals_) Nominate(i);
       }
     }
-    const std::span<const PointIndex::Entry> moves = morphs.moves.At(place.controlPoint);
-    const std::span<const PointIndex::Entry> turns =
-        base.has_value() ? morphs.turns.At(base->point) : std::span<const PointIndex::Entry>();
+    const MeshMorphs::Entries moves = morphs.MovesOf(place.controlPoint);
+    const MeshMorphs::Entries turns =
+        base.has_value() ? morphs.TurnsOf(base->point) : MeshMorphs::Entries();
     const FbxVector4& raw = mesh_.mesh->ControlPoints()[static_cast<size_t>(place.controlPoint)];
     for (const PointIndex::Entry& move : moves) {
-      if (*move.value == raw) continue;
-      own_[move.channel].moved = move.value;
-      Nominate(own_[move.channel].offered);
+      Own& own = own_[move.channel];
+      own.moved = morphs.Moved(move);
+      own.isMoved = !(own.moved == raw);
+      if (own.isMoved) Nominate(own.offered);
     }
     for (const PointIndex::Entry& turn : turns) {
-      own_[turn.channel].normal = Turned(MovedNormal(base->normal, *turn.value));
-      own_[turn.channel].isTurned = true;
-      Nominate(own_[turn.channel].offered);
+      Own& own = own_[turn.channel];
+      own.normal = Turned(morphs.Turned(base->normal, turn));
+      own.isTurned = true;
+      Nominate(own.offered);
     }
     // Each morph has a list of its own, so the order shows in the trace alone.
     if (trace_.IsOn()) std::sort(candidates_.begin(), candidates_.end());
@@ -79,7 +94,7 @@ class OffsetGatherer {
       AddOffset(vertex, point.position, vertexNormal, restNormal, offered_[i]);
       offered_[i].isCandidate = false;
     }
-    for (const PointIndex::Entry& move : moves) own_[move.channel].moved = nullptr;
+    for (const PointIndex::Entry& move : moves) own_[move.channel].isMoved = false;
     for (const PointIndex::Entry& turn : turns) own_[turn.channel].isTurned = false;
   }
 
@@ -89,10 +104,12 @@ class OffsetGatherer {
   // A channel of the mesh, and what it makes of the vertex at work.
   struct Own {
     bool isMet = false;
+    uint32_t expected = 0;  // offsets of a list that has none yet
     uint32_t offered = kNone;
-    const FbxVector4* moved = nullptr;  // in the mesh's frame; null where it stays
-    bool isTurned = false;              // by an offset of its own to the base normal
-    FbxVector4 normal;                  // in world orientation; of a turned one, and of others
+    bool isMoved = false;
+    bool isTurned = false;  // by an offset of its own to the base normal
+    FbxVector4 moved;       // in the mesh's frame; of a moved one
+    FbxVector4 normal;      // in world orientation; of a turned one, and of others
   };
   // A morph of the submesh, and the channel of the mesh that has its name.
   struct Offered {
@@ -153,6 +170,7 @@ class OffsetGatherer {
       const auto place = static_cast<uint32_t>(offered_.size());
       offered_.push_back({&offsets, isOwn ? next : kNone, false});
       if (isOwn) own_[next].offered = place;
+      if (isOwn && offsets.empty()) offsets.reserve(own_[next].expected);
       if (!isOwn || channels[next].normals.empty()) {
         noNormals_.push_back(place);
       } else if (channels[next].HasBaseNormals()) {
@@ -171,7 +189,7 @@ class OffsetGatherer {
     FbxVector4 normal = kNoNormal;
     if (morph.channel != kNone) {
       const Own& own = own_[morph.channel];
-      if (own.moved != nullptr) morphed = ToOutputSpace(mesh_, *own.moved, args_);
+      if (own.isMoved) morphed = ToOutputSpace(mesh_, own.moved, args_);
       const MorphChannel& channel = mesh_.morphs.channels[morph.channel];
       if (!channel.normals.empty()) {
         normal = !channel.HasBaseNormals() || own.isTurned ? own.normal : restNormal;
@@ -231,6 +249,7 @@ void BuildMorphListMap(MorphListMap& map, const GroupMesh& mesh,
                        const ConversionArguments& args, const MeshTrace& trace) {
   if (mesh.morphs.channels.empty()) return;
   OffsetGatherer gatherer(map, mesh, args, trace);
+  gatherer.Expect(vertices);
   for (size_t i = 0; i < vertices.size() && map.tooManyError.empty(); ++i) {
     gatherer.Add(firstVertex + static_cast<uint32_t>(i), vertices[i]);
   }

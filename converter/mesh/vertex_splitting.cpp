@@ -178,13 +178,14 @@ int ComparePolygonVertexPair::CompareMovedNormals(const std::optional<BaseNormal
   const bool areThere = a.has_value() && b.has_value();
   // The same offsets on the same normal.
   if (areThere && a->point == b->point && a->normal == b->normal) return 0;
-  using Entries = std::span<const PointIndex::Entry>;
-  Entries turnsOfA = a.has_value() ? mesh_.morphs.turns.At(a->point) : Entries();
-  Entries turnsOfB = b.has_value() ? mesh_.morphs.turns.At(b->point) : Entries();
-  const auto take = [](Entries& turns, uint32_t channel, const std::optional<BaseNormal>& base) {
+  const MeshMorphs& morphs = mesh_.morphs;
+  using Entries = MeshMorphs::Entries;
+  Entries turnsOfA = a.has_value() ? morphs.TurnsOf(a->point) : Entries();
+  Entries turnsOfB = b.has_value() ? morphs.TurnsOf(b->point) : Entries();
+  const auto take = [&](Entries& turns, uint32_t channel, const std::optional<BaseNormal>& base) {
     if (!base.has_value()) return kNoNormal;
     if (turns.empty() || turns.front().channel != channel) return base->normal;
-    const FbxVector4 turned = MovedNormal(base->normal, *turns.front().value);
+    const FbxVector4 turned = morphs.Turned(base->normal, turns.front());
     turns = turns.subspan(1);
     return turned;
   };
@@ -199,7 +200,7 @@ int ComparePolygonVertexPair::CompareMovedNormals(const std::optional<BaseNormal
     if (const int order = CompareNormals(normalOfA, normalOfB); order != 0) return order;
   }
   // All channels that touch neither do the same.
-  if (touched == mesh_.morphs.baseNormalCount) return 0;
+  if (touched == morphs.baseNormalCount) return 0;
   return CompareNormals(a.has_value() ? a->normal : kNoNormal,
                         b.has_value() ? b->normal : kNoNormal);
 }
@@ -301,8 +302,8 @@ FbxVector4 VertexSplitter::SumOfMorphNormals(uint32_t corner) const {
       morphs.baseNormalCount > 0 ? morphs.base.At(place) : std::nullopt;
   if (base.has_value()) {
     double untouched = baseWeight_;
-    for (const PointIndex::Entry& turn : morphs.turns.At(base->point)) {
-      add(MovedNormal(base->normal, *turn.value), weights_[turn.channel]);
+    for (const PointIndex::Entry& turn : morphs.TurnsOf(base->point)) {
+      add(morphs.Turned(base->normal, turn), weights_[turn.channel]);
       untouched -= weights_[turn.channel];
     }
     add(base->normal, untouched);

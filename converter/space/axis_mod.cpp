@@ -35,6 +35,8 @@ void AxisModOnDoubles(const ConversionArguments& args, Components& components) {
 }  // namespace
 
 void AxisMod(const ConversionArguments& args, FloatQuad& value) {
+  // The defaults, told early: this is called for every point and key.
+  if (args.upAxis.empty() && args.frontAxis.empty() && args.coordinateSystem != "left") return;
   const int up = SelectorOf(args.upAxis.empty() ? "z" : std::string_view(args.upAxis));
   const int front = SelectorOf(args.frontAxis.empty() ? "-y" : std::string_view(args.frontAxis));
   if (up == 0 || front == 0 || std::abs(up) == std::abs(front)) return;

@@ -257,11 +257,11 @@ void ReadBlendShapeChannel(FbxIO& io, FbxBlendShapeChannel& channel) {
 
 void ReadShape(FbxIO& io, FbxShape& shape) {
   io.FieldReadArray("Indexes", shape.indices);
-  shape.offsets = ReadVectors(io, "Vertices", 0.0);
-  shape.normalOffsets = ReadVectors(io, "Normals", 0.0);
+  io.FieldReadArray("Vertices", shape.offsets.values);
+  io.FieldReadArray("Normals", shape.normalOffsets.values);
   // What lies behind the last index belongs to no point. Without indices the shape is empty.
-  for (std::vector<FbxVector4>* entries : {&shape.offsets, &shape.normalOffsets}) {
-    if (entries->size() > shape.indices.size()) entries->resize(shape.indices.size());
+  for (FbxPackedVectors* entries : {&shape.offsets, &shape.normalOffsets}) {
+    if (entries->size() > shape.indices.size()) entries->values.resize(3 * shape.indices.size());
   }
   ReadProperties(io, shape);
 }

@@ -158,6 +158,18 @@ class FbxGeometry : public FbxGeometryBase {
                                 FbxStatus* status = nullptr) const;
 };
 
+// Vectors as a file has them, x, y and z one after the other; the fourth component is 0. The
+// targets of one head hold millions, so they stay as they were read.
+struct FbxPackedVectors {
+  std::vector<double> values;
+
+  bool empty() const { return size() == 0; }
+  size_t size() const { return values.size() / 3; }
+  FbxVector4 operator[](size_t i) const {
+    return {values[3 * i], values[3 * i + 1], values[3 * i + 2], 0.0};
+  }
+};
+
 // A target of a blend shape. It lists control points of the geometry that its blend shape deforms,
 // with their offsets, as the file has them. Its own control points and normals are the geometry's
 // with the offsets applied; they are made when first asked for, since a head may have hundreds of
@@ -173,9 +185,9 @@ class FbxShape : public FbxGeometryBase {
   // Own points where no offsets are listed, or there is no geometry to apply them to.
   const std::vector<FbxVector4>& ControlPoints() const override;
 
-  std::vector<int> indices;               // of the base's control points
-  std::vector<FbxVector4> offsets;        // parallel to the indices; may be shorter
-  std::vector<FbxVector4> normalOffsets;  // the same
+  std::vector<int> indices;        // of the base's control points
+  FbxPackedVectors offsets;        // parallel to the indices; may be shorter
+  FbxPackedVectors normalOffsets;  // the same
 
  protected:
   // Normals are by control point where the geometry's are, else by corner. Where the geometry has
