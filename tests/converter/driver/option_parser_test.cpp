@@ -13,11 +13,11 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr std::array<OptionDescriptor, 5> kTable{{
-    {1, 0, "v", "verbose", ArgumentCheck::kNone, "-v \tsay more"},
-    {2, 0, "r", "root", ArgumentCheck::kRequired, "-r=name --root=name \twhere to start from"},
-    {3, 0, "z", "", ArgumentCheck::kRequired, "-z file \tread a file"},
-    {4, 0, "", "up", ArgumentCheck::kRequired, " --up \tthe up axis"},
-    {0, 0, "", "", ArgumentCheck::kNone, "\nUSAGE:\n  one two three four five six seven"},
+    {1, "v", "verbose", ArgumentCheck::kNone, "-v \tsay more"},
+    {2, "r", "root", ArgumentCheck::kRequired, "-r=name --root=name \twhere to start from"},
+    {3, "z", "", ArgumentCheck::kRequired, "-z file \tread a file"},
+    {4, "", "up", ArgumentCheck::kRequired, " --up \tthe up axis"},
+    {0, "", "", ArgumentCheck::kNone, "\nUSAGE:\n  one two three four five six seven"},
 }};
 
 // What was parsed, as "index" or "index=value", then "|" and the positional words, or the error.

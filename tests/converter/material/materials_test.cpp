@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 
 #include "converter/driver/material_export.h"
+#include "converter/material/material_map.h"
 #include "converter/material/material_master_map.h"
 #include "converter/material/material_text.h"
 #include "converter/scene/mesh_holder.h"
+#include "fbx/scene/fbx_material.h"
 #include "tests/support/printed.h"
 #include "tests/support/temp_dir.h"
 
@@ -160,6 +162,17 @@ TEST(MaterialMasterMap, MapsThatRankAlikeMerge) {
 
 TEST(MaterialText, ANameWithoutTextures) {
   EXPECT_EQ(MaterialMapToString({{_MATERIAL, "Bare"}, {"Bump", "b.png"}}, true), "Bare ");
+}
+
+// No command asks so.
+TEST(MaterialText, WithoutADiffuseColor) {
+  FbxManager* manager = FbxManager::Create();
+  const auto* material = FbxSurfaceMaterial::Create(manager, "m");
+  MaterialMap map;
+  EXPECT_EQ(
+      Printed([&] { AssignMissingTextureToMaterial(map, material, material->RootProperty()); }),
+      "WARNING: DiffuseColor is not valid\n");
+  manager->Destroy();
 }
 
 TEST(TextureType, ChannelsWithAMeaning) {

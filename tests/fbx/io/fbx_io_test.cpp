@@ -61,7 +61,7 @@ TEST(FbxIOOpen, VersionsThatWereNotAskedForAreRefused) {
 TEST(FbxIOOpen, HeaderBlockFillsTheInfo) {
   for (const int headerVersion : {1003, 1001}) {
     OpenedIO file(WriteFbx({{"FBXHeaderExtension",
-                             {},
+                             {headerVersion},
                              {{"FBXHeaderVersion", {headerVersion}},
                               {"FBXVersion", {7300}},
                               {"CurrentCameraResolution", {}, {{"CameraResolutionH", {200.0}}}},

@@ -36,7 +36,11 @@ TEST(Importer, SaysWhyAFileIsRefused) {
               "6 FBX file version 8.0.0 is not supported in this product");
   }
   const std::string whole = scene.Write();
-  EXPECT_EQ(StatusOf(whole.substr(0, whole.size() / 2)), "1 File is corrupted (or invalid)");
+  const std::string half = whole.substr(0, whole.size() / 2);
+  EXPECT_EQ(StatusOf(half), "1 File is corrupted (or invalid)");
+  LoadedScene opened(whole);
+  EXPECT_TRUE(opened.importer->InitializeFromMemory(half, nullptr));
+  EXPECT_EQ(opened.Status(), "0 ") << "the head is whole, and what follows it is not yet read";
   EXPECT_EQ(StatusOf(WithPassword()), "5 Wrong password");
 
   FbxRecords records = scene.Document();
