@@ -146,15 +146,17 @@ TEST_F(Samples, MeshesOfEveryKind) {
   const std::string scene = TestsDirectory() + "/end_to_end/scenes/meshes";
   const std::string root = "-rRootNode";
   ExpectKept(
-      ResultOf(ReadFile(scene + ".fbx"),
-               {{root, "s.fbx", "export", "mesh"},
-                {"-rRootNode/Hips", "-dy", "s.fbx", "export", "mesh",
-                 "weights as they are by the last cluster", "weights by the node",
-                 "weights in the order of paths, normalized", "weights of a later skin"},
-                {root, "-dy", "-lg", "s.fbx", "export", "mesh"},
-                {root, "-dy", "-s.5", "--up=y", "--front=z", "s.fbx", "export", "mesh",
-                 "points turn, scale and change axes", "normals turn with the node, not with axes"},
-                {root, "-dy", "-e", "s.fbx", "export", "mesh", "size 100 1 1", "nothing"}}),
+      ResultOf(
+          ReadFile(scene + ".fbx"),
+          {{root, "s.fbx", "export", "mesh"},
+           {"-rRootNode/Hips", "-dy", "s.fbx", "export", "mesh",
+            "weights as they are by the last cluster", "weights by the node",
+            "weights in the order of paths, normalized", "weights of a later skin"},
+           {root, "-dy", "-lg", "s.fbx", "export", "mesh"},
+           {root, "-dy", "-v", "s.fbx", "export", "mesh", "polygon with a corner that points in"},
+           {root, "-dy", "-s.5", "--up=y", "--front=z", "s.fbx", "export", "mesh",
+            "points turn, scale and change axes", "normals turn with the node, not with axes"},
+           {root, "-dy", "-e", "s.fbx", "export", "mesh", "size 100 1 1", "nothing"}}),
       scene + ".txt");
 }
 
