@@ -1,7 +1,8 @@
 // A small model for the tests: a column of two materials on a chain of three bones, Z up, that
 // bends by an animation and bulges by a morph.
 
-import { deflateSync } from 'node:zlib';
+import { readFileSync } from 'node:fs';
+import { Matrix4 } from 'three';
 
 const FLOAT = 5126;
 const BYTE = 5121;
@@ -43,50 +44,14 @@ class Buffer3d {
     };
     if (normalized) accessor.normalized = true;
     if (bounds) {
-      const axis = (n) => [...array].filter((_, at) => at % width === n);
-      accessor.min = Array.from({ length: width }, (_, n) =>
-        axis(n).reduce((a, b) => Math.min(a, b)),
+      const axes = Array.from({ length: width }, (_, n) =>
+        [...array].filter((_, at) => at % width === n),
       );
-      accessor.max = Array.from({ length: width }, (_, n) =>
-        axis(n).reduce((a, b) => Math.max(a, b)),
-      );
+      accessor.min = axes.map((axis) => Math.min(...axis));
+      accessor.max = axes.map((axis) => Math.max(...axis));
     }
     return this.accessors.push(accessor) - 1;
   }
-}
-
-function crc(bytes) {
-  let value = ~0;
-  for (const byte of bytes) {
-    value ^= byte;
-    for (let n = 0; n < 8; n++) value = (value >>> 1) ^ (value & 1 ? 0xedb88320 : 0);
-  }
-  return ~value >>> 0;
-}
-
-/** A PNG of squares in two colours. */
-export function checkerPng(size = 16) {
-  const chunk = (name, data) => {
-    const body = Buffer.concat([Buffer.from(name), data]);
-    const [length, sum] = [Buffer.alloc(4), Buffer.alloc(4)];
-    length.writeUInt32BE(data.length);
-    sum.writeUInt32BE(crc(body));
-    return Buffer.concat([length, body, sum]);
-  };
-  const header = Buffer.from([0, 0, 0, size, 0, 0, 0, size, 8, 2, 0, 0, 0]);
-  const rows = [];
-  for (let y = 0; y < size; y++) {
-    rows.push(0);
-    for (let x = 0; x < size; x++)
-      rows.push(...(((x >> 2) + (y >> 2)) % 2 ? [230, 120, 60] : [60, 110, 200]));
-  }
-  const sign = Buffer.from([0x89, 0x50, 0x4e, 0x47, 0x0d, 0x0a, 0x1a, 0x0a]);
-  return Buffer.concat([
-    sign,
-    chunk('IHDR', header),
-    chunk('IDAT', deflateSync(Buffer.from(rows))),
-    chunk('IEND', Buffer.alloc(0)),
-  ]);
 }
 
 /** The bytes of a .glb of this JSON and buffer. */
@@ -110,52 +75,43 @@ export function packGlb(json, bytes) {
 
 const HEIGHT = 600;
 const RADIUS = 70;
+const LEVELS = 8;
+const SIDES = 12;
+const BONES = 3;
 
 /** A ring of vertices per level from `from` to `to`, as shares of the height; outward normals. */
-function tube(from, to, levels, sides, bones) {
-  const part = {
-    positions: [],
-    normals: [],
-    uvs: [],
-    joints: [],
-    weights: [],
-    colors: [],
-    indices: [],
-  };
-  for (let level = 0; level <= levels; level++) {
-    const at = from + ((to - from) * level) / levels;
-    for (let side = 0; side <= sides; side++) {
-      const angle = (2 * Math.PI * side) / sides;
+function tube(from, to) {
+  const [positions, normals, uvs, joints, weights, colors, indices] = [[], [], [], [], [], [], []];
+  for (let level = 0; level <= LEVELS; level++) {
+    const at = from + ((to - from) * level) / LEVELS;
+    for (let side = 0; side <= SIDES; side++) {
+      const angle = (2 * Math.PI * side) / SIDES;
       const [x, y] = [Math.cos(angle), Math.sin(angle)];
-      part.positions.push(RADIUS * x, RADIUS * y, HEIGHT * at);
-      part.normals.push(x, y, 0);
-      part.uvs.push(side / sides, 1 - at);
-      const place = Math.min(at * bones, bones - 1.001);
+      positions.push(RADIUS * x, RADIUS * y, HEIGHT * at);
+      normals.push(x, y, 0);
+      uvs.push(side / SIDES, 1 - at);
+      const place = Math.min(at * BONES, BONES - 1.001);
       const bone = Math.floor(place);
       const share = place - bone;
-      part.joints.push(bone, share ? bone + 1 : 0, 0, 0);
-      part.weights.push(1 - share, share, 0, 0);
-      part.colors.push(Math.round(255 * at), 128, Math.round(255 * (1 - at)), 255);
+      joints.push(bone, share ? bone + 1 : 0, 0, 0);
+      weights.push(1 - share, share, 0, 0);
+      colors.push(Math.round(255 * at), 128, Math.round(255 * (1 - at)), 255);
     }
   }
-  for (let level = 0; level < levels; level++) {
-    for (let side = 0; side < sides; side++) {
-      const first = level * (sides + 1) + side;
-      const above = first + sides + 1;
-      part.indices.push(first, first + 1, above + 1, first, above + 1, above);
+  for (let level = 0; level < LEVELS; level++) {
+    for (let side = 0; side < SIDES; side++) {
+      const first = level * (SIDES + 1) + side;
+      const above = first + SIDES + 1;
+      indices.push(first, first + 1, above + 1, first, above + 1, above);
     }
   }
-  return part;
+  return { positions, normals, uvs, joints, weights, colors, indices };
 }
 
-/**
- * The bytes of the model.
- * @param {{levels?: number, sides?: number, bones?: number, moreBones?: boolean}} options how fine
- *   it is, on how many bones, and whether the upper half hangs on a second set of bones as well
- */
-export function sampleGlb({ levels = 8, sides = 12, bones = 3, moreBones = false } = {}) {
+/** The bytes of the model, whose upper half may hang on a second set of bones as well. */
+export function sampleGlb({ moreBones = false } = {}) {
   const buffer = new Buffer3d();
-  const step = HEIGHT / bones;
+  const step = HEIGHT / BONES;
   const primitive = (part, material, extras, bulge, second) => {
     const count = part.positions.length / 3;
     const vertices = { target: 34962 };
@@ -187,40 +143,15 @@ export function sampleGlb({ levels = 8, sides = 12, bones = 3, moreBones = false
     };
   };
   const primitives = [
-    primitive(
-      tube(0, 0.5, levels, sides, bones),
-      0,
-      { material: 'Skin', materialId: 0 },
-      60,
-      false,
-    ),
-    primitive(
-      tube(0.5, 1, levels, sides, bones),
-      1,
-      { material: 'Cloth', materialId: 1 },
-      30,
-      moreBones,
-    ),
+    primitive(tube(0, 0.5), 0, { material: 'Skin', materialId: 0 }, 60, false),
+    primitive(tube(0.5, 1), 1, { material: 'Cloth', materialId: 1 }, 30, moreBones),
   ];
-  const image = buffer.view(checkerPng());
-  const inverse = Array.from({ length: bones }, (_, n) => [
-    1,
-    0,
-    0,
-    0,
-    0,
-    1,
-    0,
-    0,
-    0,
-    0,
-    1,
-    0,
-    0,
-    0,
-    -n * step,
-    1,
-  ]).flat();
+  const image = buffer.view(
+    readFileSync(new URL('../../samples/textures/shirt.png', import.meta.url)),
+  );
+  const inverse = Array.from({ length: BONES }, (_, n) =>
+    new Matrix4().makeTranslation(0, 0, -n * step).toArray(),
+  ).flat();
   const inverses = buffer.add(inverse, 'MAT4');
   const half = Math.SQRT1_2 / 2 ** 0.5;
   const times = buffer.add([0, 1, 2], 'SCALAR', { bounds: true });
@@ -231,13 +162,13 @@ export function sampleGlb({ levels = 8, sides = 12, bones = 3, moreBones = false
   const morphTimes = buffer.add([0, 0.5, 1], 'SCALAR', { bounds: true });
   const weights = buffer.add([0, 1, 0], 'SCALAR');
   const first = 1;
-  const joints = Array.from({ length: bones }, (_, n) => first + n);
+  const joints = Array.from({ length: BONES }, (_, n) => first + n);
   const joint = (n) => ({
     name: n ? `Spine ${n}` : 'Hips',
     translation: [0, 0, n ? step : 0],
-    ...(n + 1 < bones && { children: [first + n + 1] }),
+    ...(n + 1 < BONES && { children: [first + n + 1] }),
   });
-  const mesh = first + bones;
+  const mesh = first + BONES;
   const json = {
     asset: { version: '2.0', generator: 'test', extras: { upAxis: 'z' } },
     scene: 0,

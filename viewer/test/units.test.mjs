@@ -2,7 +2,7 @@
 
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { faultsOf, openGlb, restPoseError } from './check-glb.mjs';
+import { faultsOf, openGlb } from './check-glb.mjs';
 import { advance, timeInClip } from '../src/clock.js';
 import { contentsOf } from '../src/contents.js';
 import { bytesOfBase64 } from '../src/embedded.js';
@@ -36,19 +36,12 @@ test('what the file holds is told by its own names', () => {
   json.extensions = { KHR_lights_punctual: { lights: [{ type: 'spot' }] } };
   const contents = contentsOf(json);
   assert.deepEqual(
-    contents.bones.map(({ name, parent, light }) => [name, parent, light]),
-    [
-      ['Hips', -1, ''],
-      ['Spine 1', 0, 'spot'],
-      ['Spine 2', 1, ''],
-    ],
+    contents.bones.map(({ name, parent, light }) => [name, parent, light].join()),
+    ['Hips,-1,', 'Spine 1,0,spot', 'Spine 2,1,'],
   );
   assert.deepEqual(
-    contents.animations.map(({ name, kind }) => [name, kind]),
-    [
-      ['Bend', 'skeletal'],
-      ['Breathe', 'morph'],
-    ],
+    contents.animations.map(({ name, kind }) => [name, kind].join()),
+    ['Bend,skeletal', 'Breathe,morph'],
   );
   assert.deepEqual(contents.morphs, ['Bulge']);
   const [skin, cloth] = contents.submeshes;
@@ -64,30 +57,13 @@ test('what the file holds is told by its own names', () => {
   assert.equal(summary(contentsOf({ asset: {} })), 'An empty model');
 });
 
-test('joints below nodes that are none hang on the nearest joint above', () => {
+test('joints hang on the nearest joint above, and that of vertices without bones is no bone', () => {
+  const parents = (json) => contentsOf(json).bones.map(({ name, parent }) => `${name} ${parent}`);
   const nodes = [{ name: 'A', children: [1] }, { children: [2] }, { name: 'B' }];
-  const { bones } = contentsOf({ nodes, skins: [{ joints: [2, 0] }] });
-  assert.deepEqual(
-    bones.map(({ name, parent }) => [name, parent]),
-    [
-      ['B', 1],
-      ['A', -1],
-    ],
-  );
-});
-
-test('the joint of vertices without bones is no bone', () => {
+  assert.deepEqual(parents({ nodes, skins: [{ joints: [2, 0] }] }), ['B 1', 'A -1']);
   const { json } = openGlb(sampleGlb());
   json.skins[0].joints.push(0);
-  const { bones } = contentsOf(json);
-  assert.deepEqual(
-    bones.map(({ name, parent }) => [name, parent]),
-    [
-      ['Hips', -1],
-      ['Spine 1', 0],
-      ['Spine 2', 1],
-    ],
-  );
+  assert.deepEqual(parents(json), ['Hips -1', 'Spine 1 0', 'Spine 2 1']);
 });
 
 test('numbers and sizes in words', () => {
@@ -134,14 +110,8 @@ test('a tree is gone through, closed and narrowed by keys', () => {
       .map((row) => `${row.level}${names[row.index]}`)
       .join(' ');
   assert.equal(shown(), '1hips 2spine 3arm 4hand 2leg 1tail');
-  assert.deepEqual(outline.rows()[4], {
-    index: 4,
-    level: 2,
-    position: 2,
-    size: 2,
-    hasChildren: false,
-    expanded: false,
-  });
+  const leg = { index: 4, level: 2, position: 2, size: 2, hasChildren: false, expanded: false };
+  assert.deepEqual(outline.rows()[4], leg);
   const keys = [
     ['ArrowDown', 3, 4],
     ['ArrowUp', 0, 0],
@@ -161,14 +131,8 @@ test('a tree is gone through, closed and narrowed by keys', () => {
 });
 
 test('keys work where they mean nothing else', () => {
-  const press = (key, more = {}) => ({
-    key,
-    shiftKey: false,
-    ctrlKey: false,
-    altKey: false,
-    metaKey: false,
-    ...more,
-  });
+  const none = { shiftKey: false, ctrlKey: false, altKey: false, metaKey: false };
+  const press = (key, more = {}) => ({ key, ...none, ...more });
   assert.equal(actionOf(press(' '), 'page'), 'togglePlay');
   assert.equal(actionOf(press(' '), 'button'), null);
   assert.equal(actionOf(press('W', { shiftKey: true }), 'button'), 'toggleWireframe');
@@ -198,10 +162,6 @@ test('the check of models finds what is wrong with them', async () => {
   assert.deepEqual(await faultsOf(sampleGlb()), []);
   assert.deepEqual(await faultsOf(sampleGlb({ moreBones: true })), []);
   const { json, binary } = openGlb(sampleGlb());
-  json.nodes[2].translation = [0, 0, 201];
-  const moved = packGlb(json, Buffer.from(binary));
-  assert.ok(Math.abs(restPoseError(moved) - 1 / Math.hypot(140, 140, 600)) < 1e-5);
-  assert.match((await faultsOf(moved)).join(), /at rest a vertex lies/);
   json.scenes[0].nodes = [0];
   json.nodes[0].children.push(4);
   assert.match(
