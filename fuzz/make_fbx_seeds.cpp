@@ -11,100 +11,42 @@
 
 namespace {
 
-using Doubles = std::vector<double>;
-using Ints = std::vector<int32_t>;
-
-const Doubles kMoved = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 4, 5, 6, 1};
-
 FbxRecord LayerElement(const char* type) {
   return {"LayerElement", {}, {{"Type", {type}}, {"TypedIndex", {0}}}};
 }
 
-int64_t AddFace(SceneBuilder& scene) {
-  const int64_t mesh =
-      scene.AddMesh("face", {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0}, {0, 1, 2, -4},
-                    {{"LayerElementNormal",
-                      {0},
-                      {{"Version", {102}},
-                       {"MappingInformationType", {"ByPolygon"}},
-                       {"ReferenceInformationType", {"IndexToDirect"}},
-                       {"Normals", {Doubles{0, 0, 1}}},
-                       {"NormalsIndex", {Ints{0}}}}},
-                     {"LayerElementUV",
-                      {0},
-                      {{"Version", {101}},
-                       {"Name", {"map1"}},
-                       {"MappingInformationType", {"ByPolygonVertex"}},
-                       {"ReferenceInformationType", {"IndexToDirect"}},
-                       {"UV", {Doubles{0, 0, 1, 1}}},
-                       {"UVIndex", {Ints{0, 1, 1, -1}}}}},
-                     {"LayerElementMaterial",
-                      {0},
-                      {{"MappingInformationType", {"AllSame"}}, {"Materials", {Ints{0}}}}},
-                     {"Layer",
-                      {0},
-                      {LayerElement("LayerElementNormal"), LayerElement("LayerElementUV"),
-                       LayerElement("LayerElementMaterial")}}});
-  const int64_t blendShape = scene.AddObject("Deformer", "Deformer", "", "BlendShape");
-  const int64_t channel = scene.AddObject("Deformer", "SubDeformer", "smile", "BlendShapeChannel",
-                                          {P("DeformPercent", "Number", "", "A", {0.0})},
-                                          {{"FullWeights", {Doubles{100}}}});
-  const int64_t shape = scene.AddObject(
-      "Geometry", "Geometry", "smile", "Shape", {},
-      {{"Indexes", {Ints{2}}}, {"Vertices", {Doubles{0, 0, 1}}}, {"Normals", {Doubles{0, 1, 0}}}});
-  scene.Connect(blendShape, mesh);
-  scene.Connect(channel, blendShape);
-  scene.Connect(shape, channel);
-  return mesh;
-}
-
-int64_t AddLayeredMaterial(SceneBuilder& scene) {
-  const int64_t material = scene.AddMaterial("skin", "lambert", {P("DiffuseColor", {1, 0.5, 0})});
-  const int64_t layered = scene.AddObject("LayeredTexture", "LayeredTexture", "both", "", {},
-                                          {{"BlendModes", {Ints{1}}}, {"Alphas", {Doubles{0.5}}}});
+SceneBuilder MakeScene() {
+  SceneBuilder scene;
+  scene.AddTemplate("Model", "FbxNode", {P("InheritType", "enum", "", "", {1})});
+  const int64_t bone = scene.Bone(
+      "bone", SceneBuilder::kRoot,
+      {P("Lcl Rotation", {0, 0, 90}), P("PreRotation", {10, 0, 0}), P("RotationPivot", {1, 2, 3}),
+       P("note", "KString", "", "U", {"text"}), P("kind", "enum", "", "U", {1, "a~b"})});
+  const SceneBuilder::MeshIds face =
+      scene.Mesh("face", {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0}, {{0, 1, 2, 3}},
+                 {Normals("ByPolygon", "IndexToDirect", {0, 0, 1}, {0}),
+                  UVs("map1", "ByPolygonVertex", "IndexToDirect", {0, 0, 1, 1}, {0, 1, 1, -1}),
+                  Materials({0})},
+                 bone);
+  scene.Cluster(scene.Skin(face.mesh), bone, {0, 1}, {1, 0.5});
+  scene.Target(scene.Channel(scene.BlendShape(face.mesh), "smile"), {2}, {0, 0, 1}, {0, 1, 0});
+  const int64_t material = scene.Material(face.node, "skin", {P("DiffuseColor", {1, 0.5, 0})});
+  const int64_t layered = scene.AddObject(
+      "LayeredTexture", "LayeredTexture", "both", "", {},
+      {{"BlendModes", {std::vector<int32_t>{1}}}, {"Alphas", {std::vector<double>{0.5}}}});
   const int64_t texture = scene.AddTexture("skin", "skin.png");
   const int64_t video = scene.AddObject("Video", "Video", "skin", "Clip", {},
                                         {{"Filename", {"skin.png"}}, {"Content", {FbxRaw{"PNG"}}}});
   scene.ConnectProperty(layered, material, "DiffuseColor");
   scene.Connect(texture, layered);
   scene.Connect(video, texture);
-  return material;
-}
-
-void Animate(SceneBuilder& scene, int64_t node) {
-  const int64_t stack = scene.AddAnimationStack("Take 001", 0, 46186158000);
-  const int64_t layer = scene.AddAnimationLayer();
+  scene.AddObject("Pose", "Pose", "bind", "BindPose", {},
+                  {{"NbPoseNodes", {1}}, {"PoseNode", {}, {{"Node", {bone}}}}});
   const int64_t curveNode = scene.AddAnimationCurveNode("T", {P("d|X", "Number", "", "A", {0})});
+  scene.Connect(curveNode, scene.AddClip("Take 001", 0, 30).layer);
+  scene.ConnectProperty(curveNode, bone, "Lcl Translation");
   const int64_t curve = scene.AddAnimationCurve({0, 46186158000}, {0, 10}, 8 | 0x400);
-  scene.Connect(layer, stack);
-  scene.Connect(curveNode, layer);
-  scene.ConnectProperty(curveNode, node, "Lcl Translation");
   scene.ConnectProperty(curve, curveNode, "d|X");
-}
-
-SceneBuilder MakeScene() {
-  SceneBuilder scene;
-  scene.AddTemplate("Model", "FbxNode", {P("InheritType", "enum", "", "", {1})});
-  const int64_t bone = scene.AddModel(
-      "bone", "LimbNode",
-      {P("Lcl Rotation", {0, 0, 90}), P("PreRotation", {10, 0, 0}), P("RotationPivot", {1, 2, 3}),
-       P("note", "KString", "", "U", {"text"}), P("kind", "enum", "", "U", {1, "a~b"})});
-  scene.Connect(bone, SceneBuilder::kRoot);
-  scene.Connect(scene.AddNodeAttribute("", "LimbNode", {P("Size", {1})}), bone);
-  const int64_t node = scene.AddModel("face", "Mesh");
-  scene.Connect(node, bone);
-  const int64_t mesh = AddFace(scene);
-  scene.Connect(mesh, node);
-  scene.Connect(AddLayeredMaterial(scene), node);
-  const int64_t skin = scene.AddSkin();
-  const int64_t cluster = scene.AddCluster("", {0, 1}, {1, 0.5}, kMoved, kMoved);
-  scene.Connect(skin, mesh);
-  scene.Connect(cluster, skin);
-  scene.Connect(bone, cluster);
-  scene.AddObject(
-      "Pose", "Pose", "bind", "BindPose", {},
-      {{"NbPoseNodes", {1}}, {"PoseNode", {}, {{"Node", {bone}}, {"Matrix", {kMoved}}}}});
-  Animate(scene, bone);
   return scene;
 }
 

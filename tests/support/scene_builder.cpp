@@ -166,16 +166,19 @@ SceneBuilder::MeshIds SceneBuilder::Mesh(const std::string& name, std::vector<do
     layers[static_cast<size_t>(number)].Add(
         {"LayerElement", {}, {{"Type", {element.name}}, {"TypedIndex", {number}}}});
   }
-  elements.insert(elements.end(), layers.begin(), layers.end());
+  FbxRecords records = {{"Vertices", {std::move(points)}},
+                        {"PolygonVertexIndex", {std::move(indices)}}};
+  records.insert(records.end(), elements.begin(), elements.end());
+  records.insert(records.end(), layers.begin(), layers.end());
   MeshIds ids;
-  ids.mesh = AddMesh(name, std::move(points), std::move(indices), std::move(elements));
+  ids.mesh = AddObject("Geometry", "Geometry", name, "Mesh", {}, std::move(records));
   ids.node = Node(name, parent, std::move(properties), "Mesh");
   Connect(ids.mesh, ids.node);
   return ids;
 }
 
 int64_t SceneBuilder::Material(int64_t node, const std::string& name, FbxRecords properties) {
-  const int64_t material = AddMaterial(name, "phong", std::move(properties));
+  const int64_t material = AddMaterial(name, std::move(properties));
   Connect(material, node);
   return material;
 }
@@ -188,16 +191,19 @@ int64_t SceneBuilder::Texture(int64_t material, const std::string& channel,
 }
 
 int64_t SceneBuilder::Skin(int64_t mesh) {
-  const int64_t skin = AddSkin();
+  const int64_t skin = AddObject("Deformer", "Deformer", "", "Skin");
   Connect(skin, mesh);
   return skin;
 }
 
 int64_t SceneBuilder::Cluster(int64_t skin, int64_t bone, std::vector<int32_t> points,
                               std::vector<double> weights, const std::string& mode) {
-  const int64_t cluster =
-      AddCluster("", std::move(points), std::move(weights), kIdentity, kIdentity);
-  Object(cluster).Add({"Mode", {mode}});
+  const int64_t cluster = AddObject("Deformer", "SubDeformer", "", "Cluster", {},
+                                    {{"Indexes", {std::move(points)}},
+                                     {"Weights", {std::move(weights)}},
+                                     {"Transform", {kIdentity}},
+                                     {"TransformLink", {kIdentity}},
+                                     {"Mode", {mode}}});
   Connect(cluster, skin);
   if (bone != 0) Connect(bone, cluster);
   return cluster;
@@ -227,14 +233,21 @@ int64_t SceneBuilder::Target(int64_t channel, std::vector<int32_t> points,
 
 SceneBuilder::Clip SceneBuilder::AddClip(const std::string& name, double start, double stop,
                                          double referenceStop) {
-  const double end = referenceStop < 0 ? stop : referenceStop;
-  Clip clip{AddAnimationStack(name, Ticks(start), Ticks(stop), Ticks(end)), 0};
+  const auto time = [](const char* property, double frame) {
+    return P(property, "KTime", "Time", "", {Ticks(frame)});
+  };
+  Clip clip{};
+  clip.stack =
+      AddObject("AnimationStack", "AnimStack", name, "",
+                {time("LocalStart", start), time("LocalStop", stop), time("ReferenceStart", start),
+                 time("ReferenceStop", referenceStop < 0 ? stop : referenceStop)});
   clip.layer = AddLayer(clip);
   return clip;
 }
 
 int64_t SceneBuilder::AddLayer(const Clip& clip, FbxRecords properties) {
-  const int64_t layer = AddAnimationLayer("BaseLayer", std::move(properties));
+  const int64_t layer =
+      AddObject("AnimationLayer", "AnimLayer", "BaseLayer", "", std::move(properties));
   Connect(layer, clip.stack);
   return layer;
 }
@@ -298,74 +311,23 @@ int64_t SceneBuilder::AddObject(const std::string& type, const std::string& clas
 }
 
 int64_t SceneBuilder::AddModel(const std::string& name, const std::string& type,
-                               FbxRecords properties, FbxRecords records) {
-  records.push_back({"Shading", {'T'}});
-  records.push_back({"Culling", {"CullingOff"}});
-  return AddObject("Model", "Model", name, type, std::move(properties), std::move(records));
+                               FbxRecords properties) {
+  return AddObject("Model", "Model", name, type, std::move(properties));
 }
 
 int64_t SceneBuilder::AddNodeAttribute(const std::string& name, const std::string& type,
-                                       FbxRecords properties, FbxRecords records) {
-  records.push_back({"TypeFlags", {type == "LimbNode" ? "Skeleton" : type}});
-  return AddObject("NodeAttribute", "NodeAttribute", name, type, std::move(properties),
-                   std::move(records));
+                                       FbxRecords properties) {
+  return AddObject("NodeAttribute", "NodeAttribute", name, type, std::move(properties));
 }
 
-int64_t SceneBuilder::AddMesh(const std::string& name, std::vector<double> vertices,
-                              std::vector<int32_t> polygonVertexIndex, FbxRecords records) {
-  FbxRecords all = {{"Vertices", {std::move(vertices)}},
-                    {"PolygonVertexIndex", {std::move(polygonVertexIndex)}},
-                    {"GeometryVersion", {124}}};
-  for (FbxRecord& record : records) all.push_back(std::move(record));
-  return AddObject("Geometry", "Geometry", name, "Mesh", {}, std::move(all));
-}
-
-int64_t SceneBuilder::AddMaterial(const std::string& name, const std::string& shading,
-                                  FbxRecords properties) {
+int64_t SceneBuilder::AddMaterial(const std::string& name, FbxRecords properties) {
   return AddObject("Material", "Material", name, "", std::move(properties),
-                   {{"ShadingModel", {shading}}, {"MultiLayer", {0}}});
+                   {{"ShadingModel", {"phong"}}});
 }
 
-int64_t SceneBuilder::AddTexture(const std::string& name, const std::string& path,
-                                 FbxRecords properties) {
-  return AddObject("Texture", "Texture", name, "", std::move(properties),
-                   {{"Type", {"TextureVideoClip"}},
-                    {"TextureName", {"Texture::" + name}},
-                    {"Media", {"Video::" + name}},
-                    {"FileName", {path}},
-                    {"RelativeFilename", {path}}});
-}
-
-int64_t SceneBuilder::AddSkin(const std::string& name) {
-  return AddObject("Deformer", "Deformer", name, "Skin", {}, {{"Link_DeformAcuracy", {50.0}}});
-}
-
-int64_t SceneBuilder::AddCluster(const std::string& name, std::vector<int32_t> indexes,
-                                 std::vector<double> weights, std::vector<double> transform,
-                                 std::vector<double> transformLink) {
-  FbxRecords records = {{"UserData", {"", ""}}};
-  if (!indexes.empty()) {
-    records.push_back({"Indexes", {std::move(indexes)}});
-    records.push_back({"Weights", {std::move(weights)}});
-  }
-  records.push_back({"Transform", {std::move(transform)}});
-  records.push_back({"TransformLink", {std::move(transformLink)}});
-  return AddObject("Deformer", "SubDeformer", name, "Cluster", {}, std::move(records));
-}
-
-int64_t SceneBuilder::AddAnimationStack(const std::string& name, int64_t start, int64_t stop,
-                                        std::optional<int64_t> referenceStop) {
-  const auto time = [](const char* property, int64_t ticks) {
-    return P(property, "KTime", "Time", "", {ticks});
-  };
-  return AddObject(
-      "AnimationStack", "AnimStack", name, "",
-      {time("LocalStart", start), time("LocalStop", stop), time("ReferenceStart", start),
-       time("ReferenceStop", referenceStop.value_or(stop))});
-}
-
-int64_t SceneBuilder::AddAnimationLayer(const std::string& name, FbxRecords properties) {
-  return AddObject("AnimationLayer", "AnimLayer", name, "", std::move(properties));
+int64_t SceneBuilder::AddTexture(const std::string& name, const std::string& path) {
+  return AddObject("Texture", "Texture", name, "", {},
+                   {{"FileName", {path}}, {"RelativeFilename", {path}}});
 }
 
 int64_t SceneBuilder::AddAnimationCurveNode(const std::string& name, FbxRecords properties) {

@@ -13,7 +13,6 @@
 
 #include <cstdint>
 #include <map>
-#include <optional>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -120,28 +119,12 @@ class SceneBuilder {
                     FbxRecords records = {});
   // `type` is "Null", "Mesh", "LimbNode", "Camera" ...
   int64_t AddModel(const std::string& name, const std::string& type = "Null",
-                   FbxRecords properties = {}, FbxRecords records = {});
+                   FbxRecords properties = {});
   int64_t AddNodeAttribute(const std::string& name, const std::string& type,
-                           FbxRecords properties = {}, FbxRecords records = {});
-  // A mesh geometry. Vertices are x, y, z in turn; the last index i of a
-  // polygon is given as -1 - i.
-  int64_t AddMesh(const std::string& name, std::vector<double> vertices,
-                  std::vector<int32_t> polygonVertexIndex, FbxRecords records = {});
-  int64_t AddMaterial(const std::string& name, const std::string& shading = "phong",
-                      FbxRecords properties = {});
-  // A texture of the file `path`, with `Media`, `FileName` and
-  // `RelativeFilename`.
-  int64_t AddTexture(const std::string& name, const std::string& path, FbxRecords properties = {});
-  int64_t AddSkin(const std::string& name = "");
-  // Matrices are 16 doubles, row by row with the translation last.
-  int64_t AddCluster(const std::string& name, std::vector<int32_t> indexes,
-                     std::vector<double> weights, std::vector<double> transform,
-                     std::vector<double> transformLink);
-  // Times in ticks. Both spans begin at `start`; the reference span may end
-  // elsewhere.
-  int64_t AddAnimationStack(const std::string& name, int64_t start, int64_t stop,
-                            std::optional<int64_t> referenceStop = {});
-  int64_t AddAnimationLayer(const std::string& name = "BaseLayer", FbxRecords properties = {});
+                           FbxRecords properties = {});
+  // A phong material.
+  int64_t AddMaterial(const std::string& name, FbxRecords properties = {});
+  int64_t AddTexture(const std::string& name, const std::string& path);
   // `name` is "T", "R", "S" ...; `properties` are the defaults of its channels,
   // as P("d|X", "Number", "", "A", {0}).
   int64_t AddAnimationCurveNode(const std::string& name, FbxRecords properties);

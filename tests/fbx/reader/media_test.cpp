@@ -38,7 +38,7 @@ class MediaTest : public testing::Test {
   static int64_t AddTexture(SceneBuilder& builder, const std::string& absolute,
                             const char* relative) {
     const int64_t id = builder.AddTexture("texture", absolute);
-    builder.Object(id).children[5].values = {relative};
+    builder.Object(id).children.back().values = {relative};
     return id;
   }
   std::vector<std::string> FilesBelow() const {
