@@ -92,8 +92,11 @@ void Blend(FbxVector4& result, const FbxVector4& value, const FbxAnimEvalState::
 
 // Whether two vectors are the same to the sign of their zeros.
 bool SameBits(const FbxVector4& a, const FbxVector4& b) {
-  using Bits = std::array<uint64_t, 4>;
-  return std::bit_cast<Bits>(a) == std::bit_cast<Bits>(b);
+  uint64_t differing = 0;
+  for (size_t i = 0; i < 4; ++i) {
+    differing |= std::bit_cast<uint64_t>(a[i]) ^ std::bit_cast<uint64_t>(b[i]);
+  }
+  return differing == 0;
 }
 
 void ScaleRows(FbxAMatrix& matrix, const FbxVector4& scaling) {
@@ -136,10 +139,9 @@ const FbxNodeEvalState& FbxAnimEvaluator::GetNodeEvalStateWithLocal(const FbxNod
   GetNodeEvalState(node, time, forceEval);
   FbxNodeEvalState& state = StateOf(node);
   if (!state.hasLocal_) {
-    const FbxNode* parent = node.GetParent();
-    if (parent == nullptr) {
+    if (state.parent_ == nullptr) {
       state.local = state.global;
-    } else if (const FbxAMatrix& above = StateOf(*parent).global; !above.IsFlat()) {
+    } else if (const FbxAMatrix& above = state.parent_->global; !above.IsFlat()) {
       state.local = above.Inverse() * state.global;
     } else {
       state.local = OwnTransform(node.GetTransform(), state);
@@ -162,11 +164,12 @@ void FbxAnimEvaluator::GoTo(FbxTime time) {
 
 // The slot may be another evaluator's, of a scene in which the node was before.
 FbxNodeEvalState& FbxAnimEvaluator::StateOf(const FbxNode& node) {
-  if (node.evalSlot_ >= states_.size() || states_[node.evalSlot_].node_ != &node) {
+  if (node.evalSlot_ >= states_.size() || states_[node.evalSlot_]->node_ != &node) {
     node.evalSlot_ = static_cast<uint32_t>(states_.size());
-    states_.emplace_back().node_ = &node;
+    states_.push_back(std::make_unique<FbxNodeEvalState>());
+    states_.back()->node_ = &node;
   }
-  return states_[node.evalSlot_];
+  return *states_[node.evalSlot_];
 }
 
 // Which curves drive which node. Found from the layers' side, so that the cost is that of the
@@ -241,20 +244,20 @@ FbxNodeEvalState& FbxAnimEvaluator::Compute(const FbxNode& node) {
     if (state_.layersGeneration != state_.generation) ReadLayers();
   }
   chain_.clear();
-  const FbxNode* top = &node;
-  while (top != nullptr && StateOf(*top).generation_ != state_.generation) {
+  FbxNodeEvalState* top = &wanted;
+  while (top != nullptr && top->generation_ != state_.generation) {
     chain_.push_back(top);
-    top = top->GetParent();
+    const FbxNode* above = top->node_->GetParent();
+    top = above == nullptr ? nullptr : &StateOf(*above);
   }
-  FbxNodeEvalState* parent = top == nullptr ? nullptr : &StateOf(*top);
+  FbxNodeEvalState* parent = top;
   for (size_t i = chain_.size(); i-- > 0;) {
-    FbxNodeEvalState& state = StateOf(*chain_[i]);
-    const bool moved = ComputeTRSLocal(*chain_[i], state);
-    const uint64_t transformRevision = chain_[i]->GetTransformRevision();
+    FbxNodeEvalState& state = *chain_[i];
+    const bool moved = ComputeTRSLocal(state);
+    const uint64_t transformRevision = state.node_->GetTransformRevision();
     const uint64_t parentVersion = parent == nullptr ? 0 : parent->version_;
     if (moved || state.epoch_ != epoch_ || state.transformRevision_ != transformRevision ||
         state.parent_ != parent || state.parentVersion_ != parentVersion) {
-      ComputeGlobalTransform(*chain_[i], state, parent);
       state.hasLocal_ = false;
       state.hasParts_ = false;
       state.epoch_ = epoch_;
@@ -262,6 +265,7 @@ FbxNodeEvalState& FbxAnimEvaluator::Compute(const FbxNode& node) {
       state.parent_ = parent;
       state.parentVersion_ = parentVersion;
       ++state.version_;
+      ComputeGlobalTransform(state);
     }
     state.generation_ = state_.generation;
     parent = &state;
@@ -269,7 +273,8 @@ FbxNodeEvalState& FbxAnimEvaluator::Compute(const FbxNode& node) {
   return wanted;
 }
 
-bool FbxAnimEvaluator::ComputeTRSLocal(const FbxNode& node, FbxNodeEvalState& state) {
+bool FbxAnimEvaluator::ComputeTRSLocal(FbxNodeEvalState& state) {
+  const FbxNode& node = *state.node_;
   bool changed = false;
   if (state.restRevision_ != node.GetPropertyRevision()) {
     for (size_t i = 0; i < 3; ++i) state.restValues_[i] = PropertyValue(node, i);
@@ -316,9 +321,9 @@ FbxAMatrix FbxAnimEvaluator::PureRotation(const FbxNode& node, const FbxAMatrix&
 // own scaling comes last in GSM for all inherit types, so everything before it is kept apart: a
 // child that inherits no scaling of its parent's takes that instead of dividing by it, and so
 // survives a scaling of 0.
-void FbxAnimEvaluator::ComputeGlobalTransform(const FbxNode& node, FbxNodeEvalState& state,
-                                              FbxNodeEvalState* parent) {
-  const FbxTransform& transform = node.GetTransform();
+void FbxAnimEvaluator::ComputeGlobalTransform(FbxNodeEvalState& state) {
+  const FbxTransform& transform = state.node_->GetTransform();
+  FbxNodeEvalState* const parent = state.parent_;
   const FbxAMatrix lrm = transform.DoF2LRM(state.rotation);
   const FbxVector4 lt = transform.DoF2LT(state.translation, lrm, state.scaling);
   FbxAMatrix& unscaled = state.globalWithoutScaling_;
@@ -331,7 +336,7 @@ void FbxAnimEvaluator::ComputeGlobalTransform(const FbxNode& node, FbxNodeEvalSt
     switch (state.inheritType_) {
       case eInheritRrSs:
         if (!parent->hasParts_) {
-          parent->globalRotation_ = PureRotation(*node.GetParent(), parent->global);
+          parent->globalRotation_ = PureRotation(*parent->node_, parent->global);
           parent->globalScaling_ = parent->globalRotation_.Inverse() * parent->global;
           parent->globalScaling_.SetTOnly({0.0, 0.0, 0.0});
           parent->hasParts_ = true;

@@ -14,7 +14,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
+#include <memory>
 #include <vector>
 
 #include "fbx/core/fbx_time.h"
@@ -66,7 +66,7 @@ struct FbxNodeEvalState {
   // What the matrices were made of besides the values, and how often they were made.
   uint64_t epoch_ = 0;
   uint64_t transformRevision_ = 0;
-  const FbxNodeEvalState* parent_ = nullptr;
+  FbxNodeEvalState* parent_ = nullptr;
   uint64_t parentVersion_ = 0;
   uint64_t version_ = 0;
   bool hasLocal_ = false;
@@ -128,18 +128,18 @@ class FbxAnimEvaluator {
   // A rotation by the angles of the node's global matrix.
   FbxAMatrix PureRotation(const FbxNode& node, const FbxAMatrix& global) const;
   // True if the values, or how they are inherited, differ from what they were.
-  bool ComputeTRSLocal(const FbxNode& node, FbxNodeEvalState& state);
-  void ComputeGlobalTransform(const FbxNode& node, FbxNodeEvalState& state,
-                              FbxNodeEvalState* parent);
+  bool ComputeTRSLocal(FbxNodeEvalState& state);
+  // From the state of the node's parent.
+  void ComputeGlobalTransform(FbxNodeEvalState& state);
 
   const FbxScene* scene_;
-  uint64_t sceneRevision_ = 0;           // when the scene was last looked at
-  std::deque<FbxNodeEvalState> states_;  // by the nodes' slots; they never move
+  uint64_t sceneRevision_ = 0;                             // when the scene was last looked at
+  std::vector<std::unique_ptr<FbxNodeEvalState>> states_;  // by the nodes' slots
   uint64_t lastGeneration_ = 0;
   uint64_t epoch_ = 0;  // changes when everything is to be computed anew
   FbxAnimEvalState state_;
   FbxAMatrix fromFileAxes_;  // from the axes of the file to the scene's
   FbxAMatrix toFileAxes_;    // and back
   uint64_t driversGeneration_ = 0;
-  std::vector<const FbxNode*> chain_;  // the way up to a computed ancestor
+  std::vector<FbxNodeEvalState*> chain_;  // the way up to a computed ancestor
 };

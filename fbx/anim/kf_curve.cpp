@@ -92,6 +92,20 @@ double SolveTime(double wr, double wl, double f) {
 
 }  // namespace
 
+KFCurveAttributes::KFCurveAttributes(std::vector<KFCurveKeyAttr> attrs,
+                                     const std::vector<uint32_t>& counts)
+    : attrs_(std::move(attrs)) {
+  attrs_.resize(std::min(attrs_.size(), counts.size()));
+  ends_.reserve(attrs_.size());
+  size_t end = 0;
+  for (size_t i = 0; i < attrs_.size(); ++i) ends_.push_back(end += counts[i]);
+}
+
+KFCurveKeyAttr KFCurveAttributes::Of(size_t key) const {
+  const auto end = std::upper_bound(ends_.begin(), ends_.end(), key);
+  return end == ends_.end() ? KFCurveKeyAttr() : attrs_[static_cast<size_t>(end - ends_.begin())];
+}
+
 KFCurve::EExtrapolation KFCurve::ExtrapolationOfLetter(char letter) {
   switch (letter) {
     case 'R':
@@ -116,27 +130,10 @@ void KFCurve::SetKeys(FbxSharedArray<int64_t> times, std::vector<float> values) 
   sorted_ = std::is_sorted(times_.begin(), times_.end());
 }
 
-void KFCurve::SetAttributes(std::vector<KFCurveKeyAttr> attrs,
-                            const std::vector<uint32_t>& counts) {
-  attrs_ = std::move(attrs);
-  attrs_.resize(std::min(attrs_.size(), counts.size()));
-  attrEnds_.clear();
-  attrEnds_.reserve(attrs_.size());
-  size_t end = 0;
-  for (size_t i = 0; i < attrs_.size(); ++i) attrEnds_.push_back(end += counts[i]);
-}
-
 KFCurve::Key KFCurve::KeyGet(int index) const {
   if (index < 0 || index >= KeyGetCount()) return {};
   const size_t key = static_cast<size_t>(index);
   return {FbxTime(times_[key]), values_[key]};
-}
-
-KFCurveKeyAttr KFCurve::KeyGetAttr(int index) const {
-  if (index < 0) return {};
-  const auto end = std::upper_bound(attrEnds_.begin(), attrEnds_.end(), static_cast<size_t>(index));
-  return end == attrEnds_.end() ? KFCurveKeyAttr()
-                                : attrs_[static_cast<size_t>(end - attrEnds_.begin())];
 }
 
 bool KFCurve::HasTimesOf(const KFCurve& other) const {
@@ -149,7 +146,7 @@ uint64_t KFCurve::Span() const {
                                                            : Ticks(times_.front(), times_.back());
 }
 
-float KFCurve::Evaluate(FbxTime time, int* last) const {
+float KFCurve::EvaluateAny(FbxTime time, int* last) const {
   if (times_.size() < 2) return EvaluateIndex(0.0);
   const int64_t ticks = time.Get();
   const uint64_t span = Span();

@@ -7,7 +7,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "fbx/core/fbx_time.h"
@@ -49,6 +51,20 @@ struct KFCurveKeyAttr {
   }
 };
 
+// The attributes of a curve's keys, in runs.
+class KFCurveAttributes {
+ public:
+  // `counts[i]` keys in a row take `attrs[i]`, key 0 first. Keys beyond the sum have none.
+  KFCurveAttributes(std::vector<KFCurveKeyAttr> attrs, const std::vector<uint32_t>& counts);
+
+  // No flags and words of 0 for a key without an attribute.
+  KFCurveKeyAttr Of(size_t key) const;
+
+ private:
+  std::vector<KFCurveKeyAttr> attrs_;
+  std::vector<size_t> ends_;  // the key after the last of each run
+};
+
 class KFCurve {
  public:
   enum EExtrapolation {
@@ -75,9 +91,13 @@ class KFCurve {
   // Replaces all keys. The times, in ticks, set their number; values missing are 0, further ones
   // dropped. Curves may share times, as all channels of a baked clip do; null means no keys.
   void SetKeys(FbxSharedArray<int64_t> times, std::vector<float> values);
-  // Replaces all attributes: `counts[i]` keys in a row take `attrs[i]`, key 0 first. Keys beyond
-  // the sum have none.
-  void SetAttributes(std::vector<KFCurveKeyAttr> attrs, const std::vector<uint32_t>& counts);
+  // Replaces all attributes. Curves may share them; null means none.
+  void SetAttributes(std::shared_ptr<const KFCurveAttributes> attributes) {
+    attributes_ = std::move(attributes);
+  }
+  void SetAttributes(std::vector<KFCurveKeyAttr> attrs, const std::vector<uint32_t>& counts) {
+    SetAttributes(std::make_shared<const KFCurveAttributes>(std::move(attrs), counts));
+  }
   void SetDefaultValue(float value) { defaultValue_ = value; }
   void SetPreExtrapolation(Extrapolation extrapolation) { pre_ = extrapolation; }
   void SetPostExtrapolation(Extrapolation extrapolation) { post_ = extrapolation; }
@@ -93,12 +113,18 @@ class KFCurve {
   float KeyGetValue(int index) const { return KeyGet(index).value; }
   // Whether both curves have keys at the same times, in the same order.
   bool HasTimesOf(const KFCurve& other) const;
-  // No flags and words of 0 for a key without an attribute.
-  KFCurveKeyAttr KeyGetAttr(int index) const;
+  // As KFCurveAttributes::Of.
+  KFCurveKeyAttr KeyGetAttr(int index) const {
+    if (attributes_ == nullptr || index < 0) return {};
+    return attributes_->Of(static_cast<size_t>(index));
+  }
 
   // The value at a time. `last`, if not null, holds the key index at which the search starts and is
   // left at the one found, so that a forward sweep needs no search. It changes no result.
-  float Evaluate(FbxTime time, int* last = nullptr) const;
+  float Evaluate(FbxTime time, int* last = nullptr) const {
+    if (last == nullptr || !IsNextKey(time.Get(), *last)) return EvaluateAny(time, last);
+    return values_[static_cast<size_t>(++*last)];
+  }
   // The fractional key index of a time: the whole part names a key, the fraction is the position in
   // time between it and the next. Times outside the keys are folded back by the extrapolations.
   double KeyFindAll(FbxTime time, int* last = nullptr) const;
@@ -117,6 +143,14 @@ class KFCurve {
 
  private:
   double Value(size_t key) const { return static_cast<double>(values_[key]); }
+  // Whether the key behind `last` is the one at a time: a sweep over the keys' own times, as over a
+  // baked clip, finds one after the other.
+  bool IsNextKey(int64_t ticks, int last) const {
+    const size_t next = static_cast<size_t>(last) + 1;
+    return sorted_ && last >= 0 && next < times_.size() && times_[next] == ticks &&
+           (next + 1 == times_.size() || times_[next + 1] > ticks);
+  }
+  float EvaluateAny(FbxTime time, int* last) const;
   // The last key that isn't after a time, or the first; there must be keys. `last` as in Evaluate.
   size_t FindKey(int64_t ticks, int* last) const;
   // The fractional index of a time between this key and the next.
@@ -133,8 +167,7 @@ class KFCurve {
   FbxSharedArray<int64_t> sharedTimes_;
   std::span<const int64_t> times_;  // of sharedTimes_
   std::vector<float> values_;
-  std::vector<KFCurveKeyAttr> attrs_;
-  std::vector<size_t> attrEnds_;  // the key after the last of each attribute's run
+  std::shared_ptr<const KFCurveAttributes> attributes_;
   float defaultValue_ = 0.0F;
   Extrapolation pre_;
   Extrapolation post_;

@@ -133,6 +133,11 @@ struct FbxReader::ObjectRule {
     ReadVideo(*reader.io_, static_cast<FbxVideo&>(*object), reader.media_);
     return object;
   }
+  static FbxObject* Curve(FbxReader& reader, std::string_view name, const std::string&) {
+    FbxObject* object = reader.NewObject(FbxAnimCurve::ClassId, name);
+    ReadCurve(*reader.io_, static_cast<FbxAnimCurve&>(*object), reader.curveAttributes_);
+    return object;
+  }
   // The settings exist already, and so nothing is made of their record.
   static FbxObject* GlobalSettings(FbxReader& reader, std::string_view, const std::string&) {
     if (reader.scene_ != nullptr) {
@@ -168,7 +173,7 @@ const FbxReader::ObjectRule* FbxReader::FindRule(std::string_view type, std::str
       {"AnimationStack", "", &R::WithProperties<FbxAnimStack>},
       {"AnimationLayer", "", &R::WithProperties<FbxAnimLayer>},
       {"AnimationCurveNode", "", &R::WithProperties<FbxAnimCurveNode>},
-      {"AnimationCurve", "", &R::As<FbxAnimCurve, ReadCurve>},
+      {"AnimationCurve", "", &R::Curve},
       {"GlobalSettings", "", &R::GlobalSettings},
   });
   for (const ObjectRule& rule : kRules) {

@@ -64,4 +64,6 @@ class FbxReader : protected FbxObjectReferences {
  private:
   struct ObjectRule;
   static const ObjectRule* FindRule(std::string_view type, std::string_view subclass);
+
+  FbxAttributeReader curveAttributes_;
 };

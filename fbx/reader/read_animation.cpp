@@ -1,7 +1,9 @@
 // Animation curves and takes.
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstdint>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -40,7 +42,7 @@ std::vector<uint32_t> ReadAttributeData(FbxIO& io) {
   return words;
 }
 
-void ReadAttributes(FbxIO& io, KFCurve& curve) {
+std::shared_ptr<const KFCurveAttributes> ReadAttributes(FbxIO& io) {
   std::vector<uint32_t> flags;
   io.FieldReadArray("KeyAttrFlags", flags);
   const std::vector<uint32_t> words = ReadAttributeData(io);
@@ -53,7 +55,7 @@ void ReadAttributes(FbxIO& io, KFCurve& curve) {
   }
   std::vector<uint32_t> counts;
   io.FieldReadArray("KeyAttrRefCount", counts);
-  curve.SetAttributes(std::move(attributes), counts);
+  return std::make_shared<const KFCurveAttributes>(std::move(attributes), counts);
 }
 
 KFCurve::Extrapolation ReadExtrapolation(FbxIO& io, const char* field) {
@@ -68,10 +70,22 @@ KFCurve::Extrapolation ReadExtrapolation(FbxIO& io, const char* field) {
 
 }  // namespace
 
-void ReadCurve(FbxIO& io, FbxAnimCurve& curve) {
+std::shared_ptr<const KFCurveAttributes> FbxAttributeReader::Read(FbxIO& io) {
+  bool isKnown = last_ != nullptr;
+  for (size_t i = 0; i < bytes_.size(); ++i) {
+    constexpr std::array kFields = {"KeyAttrFlags", "KeyAttrDataFloat", "KeyAttrRefCount"};
+    const std::string_view bytes = io.FieldGetStoredValues(kFields[i]);
+    isKnown = isKnown && !bytes.empty() && bytes == bytes_[i];
+    if (!isKnown) bytes_[i] = bytes;
+  }
+  if (!isKnown) last_ = ReadAttributes(io);
+  return last_;
+}
+
+void ReadCurve(FbxIO& io, FbxAnimCurve& curve, FbxAttributeReader& attributes) {
   curve.curve.SetDefaultValue(static_cast<float>(io.FieldReadD("Default")));
   curve.curve.SetKeys(io.FieldReadSharedArray("KeyTime"), ReadValues(io));
-  ReadAttributes(io, curve.curve);
+  curve.curve.SetAttributes(attributes.Read(io));
   ReadExtrapolations(io, curve.curve);
 }
 

@@ -5,8 +5,10 @@
 // A bad part never fails a load: what can't be understood is passed over, and the rest is read.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -35,6 +37,7 @@ class FbxSkin;
 class FbxSurfaceMaterial;
 class FbxVideo;
 class KFCurve;
+class KFCurveAttributes;
 struct FbxTakeInfo;
 
 // How the records of a document name its objects.
@@ -93,7 +96,18 @@ void ReadVideo(FbxIO& io, FbxVideo& video, FbxMediaFolder& media);
 // videos, so this comes after the connections; the next load of the file finds the same.
 void FindEmbeddedTextures(const FbxDocument& document, const FbxMediaFolder& media);
 
-void ReadCurve(FbxIO& io, FbxAnimCurve& curve);
+// Reads the attributes of curves' keys. They are mostly those of the curve before, which then are
+// neither decoded nor kept again: without that, loading a baked clip takes a fifth longer.
+class FbxAttributeReader {
+ public:
+  // Those of the curve whose list is the current one.
+  std::shared_ptr<const KFCurveAttributes> Read(FbxIO& io);
+
+ private:
+  std::shared_ptr<const KFCurveAttributes> last_;
+  std::array<std::string, 3> bytes_;  // that they came from; flags, words, counts
+};
+void ReadCurve(FbxIO& io, FbxAnimCurve& curve, FbxAttributeReader& attributes);
 void ReadExtrapolations(FbxIO& io, KFCurve& curve);
 // The current list is the take's record.
 FbxTakeInfo ReadTakeInfo(FbxIO& io, std::string name);
