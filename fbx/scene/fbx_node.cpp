@@ -260,7 +260,17 @@ FbxVector4 FbxNode::GetGeometricScaling(EPivotSet /*set*/) const {
   return FbxVector4(Property(&PropertyIndex::geometricScaling).Get<FbxDouble3>());
 }
 
+const FbxTransform& FbxNode::GetTransform() const {
+  if (transform_ == nullptr) transform_ = std::make_unique<const FbxTransform>(MakeTransform());
+  return *transform_;
+}
+
 void FbxNode::UpdatePivotsAndLimitsFromProperties() {
+  transform_.reset();
+  ++transformRevision_;
+}
+
+FbxTransform FbxNode::MakeTransform() const {
   const auto vector = [this](int PropertyIndex::*which) {
     return FbxVector4(Property(which).Get<FbxDouble3>());
   };
@@ -282,17 +292,17 @@ void FbxNode::UpdatePivotsAndLimitsFromProperties() {
     result.active = flag(active);
     result.min = vector(min);
     result.max = vector(max);
-    const int first = Properties().*flags;
-    for (size_t axis = 0; axis < 3; ++axis) {
-      const int index = first + static_cast<int>(axis);
-      result.minActive[axis] = FbxProperty(this, index).Get<bool>();
-      result.maxActive[axis] = FbxProperty(this, index + 3).Get<bool>();
+    FbxProperty isOn = Property(flags);
+    for (std::array<bool, 3>* switches : {&result.minActive, &result.maxActive}) {
+      for (bool& isActive : *switches) {
+        isActive = isOn.Get<bool>();
+        isOn = GetNextProperty(isOn);
+      }
     }
     return result;
   };
 
-  ++transformRevision_;
-  FbxTransform& t = transform_;
+  FbxTransform t;
   t.rotationOrder = FbxRotationOrder(
       static_cast<EFbxRotationOrder>(Property(&PropertyIndex::rotationOrder).Get<int>()));
   t.rotationActive = flag(&PropertyIndex::rotationActive);
@@ -311,4 +321,5 @@ void FbxNode::UpdatePivotsAndLimitsFromProperties() {
   t.hasPreRotation = rotation(&PropertyIndex::preRotation, t.preRotation);
   t.hasPostRotation = rotation(&PropertyIndex::postRotation, t.postRotation);
   t.inversePostRotation = t.postRotation.Inverse();
+  return t;
 }
