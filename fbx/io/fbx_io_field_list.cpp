@@ -1,7 +1,6 @@
 #include "fbx/io/fbx_io_field_list.h"
 
 #include <algorithm>
-#include <numeric>
 
 FbxIOFieldList::FbxIOFieldList(FbxByteSource& source, FbxAsciiBlocks& blocks, FbxInflater& inflater,
                                FbxIOListFormat format)
@@ -11,7 +10,6 @@ bool FbxIOFieldList::Parse(int64_t start, int64_t limit) {
   Clear();
   if (!(format_.isBinary ? ParseBinary(start, limit) : ParseAscii(start, limit))) return false;
   Group();
-  fieldIndex_ = {};
   return true;
 }
 
@@ -23,24 +21,27 @@ void FbxIOFieldList::Clear() {
   };
   drop(fields_);
   drop(instances_);
+  drop(byField_);
+  drop(nextPlaces_);
   drop(buffer_);
   drop(textValues_);
   drop(blockMarks_);
   drop(packed_);
-  names_.clear();
-  scratch_.clear();
-  fieldIndex_ = {};
+  if (!names_.empty()) names_.clear();
+  if (!scratch_.empty()) scratch_.clear();
+  if (!fieldIndex_.empty()) fieldIndex_ = {};
   currentField_ = -1;
+  current_ = nullptr;
 }
 
 int32_t FbxIOFieldList::FieldIndex(std::string_view name) {
   constexpr size_t kFewNames = 16;
-  // Names are C strings to whoever asks for them.
-  name = name.substr(0, name.find('\0'));
   if (!instances_.empty()) {
     const int32_t last = instances_.back().field;
     if (fields_[static_cast<size_t>(last)].name == name) return last;
   }
+  // Names are C strings to whoever asks for them.
+  name = name.substr(0, name.find('\0'));
   if (fields_.size() <= kFewNames) {
     for (size_t i = 0; i < fields_.size(); ++i) {
       if (fields_[i].name == name) return static_cast<int32_t>(i);
@@ -65,45 +66,34 @@ int32_t FbxIOFieldList::FieldIndex(std::string_view name) {
 FbxIOFieldInstance& FbxIOFieldList::AddInstance(int32_t field) {
   FbxIOFieldInstance& instance = instances_.emplace_back();
   instance.field = field;
-  instance.order = static_cast<int32_t>(instances_.size() - 1);
   ++fields_[static_cast<size_t>(field)].count;
   return instance;
 }
 
 void FbxIOFieldList::Group() {
-  if (fields_.size() < 2) return;
-  std::vector<int32_t> order(fields_.size());
-  std::iota(order.begin(), order.end(), 0);
-  const auto field = [this](int32_t index) -> FbxIOField& {
-    return fields_[static_cast<size_t>(index)];
-  };
-  std::sort(order.begin(), order.end(),
-            [&](int32_t a, int32_t b) { return field(a).name < field(b).name; });
+  // Until the names are sorted, `first` is the name's number.
+  for (size_t i = 0; i < fields_.size(); ++i) fields_[i].first = i;
+  std::sort(fields_.begin(), fields_.end(),
+            [](const FbxIOField& a, const FbxIOField& b) { return a.name < b.name; });
+  if (!fieldIndex_.empty()) fieldIndex_ = {};
 
-  // `first` first tells where the next instance of a name goes.
+  nextPlaces_.resize(fields_.size());
   size_t first = 0;
-  for (const int32_t index : order) {
-    field(index).first = first;
-    first += static_cast<size_t>(field(index).count);
+  for (FbxIOField& field : fields_) {
+    nextPlaces_[field.first] = first;
+    field.first = first;
+    first += static_cast<size_t>(field.count);
   }
-  std::vector<FbxIOFieldInstance> grouped(instances_.size());
-  for (const FbxIOFieldInstance& instance : instances_) {
-    grouped[field(instance.field).first++] = instance;
+  byField_.resize(instances_.size());
+  for (size_t i = 0; i < instances_.size(); ++i) {
+    byField_[nextPlaces_[static_cast<size_t>(instances_[i].field)]++] = static_cast<uint32_t>(i);
   }
-  instances_.swap(grouped);
-
-  std::vector<FbxIOField> sorted;
-  sorted.reserve(fields_.size());
-  for (const int32_t index : order) {
-    field(index).first -= static_cast<size_t>(field(index).count);
-    sorted.push_back(field(index));
-  }
-  fields_.swap(sorted);
 }
 
 void FbxIOFieldList::ResetPosition() {
   for (FbxIOField& field : fields_) field.readCurrent = 0;
   currentField_ = -1;
+  current_ = nullptr;
 }
 
 const FbxIOField* FbxIOFieldList::Field(size_t index) const {
@@ -121,8 +111,8 @@ std::vector<FbxIORecordPlace> FbxIOFieldList::FileOrder() const {
   std::vector<FbxIORecordPlace> places(instances_.size());
   for (size_t i = 0; i < fields_.size(); ++i) {
     for (int32_t k = 0; k < fields_[i].count; ++k) {
-      const FbxIOFieldInstance& instance = instances_[fields_[i].first + static_cast<size_t>(k)];
-      places[static_cast<size_t>(instance.order)] = {static_cast<int32_t>(i), k};
+      const uint32_t instance = byField_[fields_[i].first + static_cast<size_t>(k)];
+      places[instance] = {static_cast<int32_t>(i), k};
     }
   }
   return places;
@@ -130,35 +120,31 @@ std::vector<FbxIORecordPlace> FbxIOFieldList::FileOrder() const {
 
 bool FbxIOFieldList::Begin(std::string_view name, int32_t instance) {
   const FbxIOField* field = Find(name);
-  if (field == nullptr) {
-    currentField_ = -1;
-    return false;
-  }
-  return Begin(static_cast<size_t>(field - fields_.data()), instance);
+  return Begin(field == nullptr ? fields_.size() : static_cast<size_t>(field - fields_.data()),
+               instance);
 }
 
 bool FbxIOFieldList::Begin(size_t field, int32_t instance) {
   currentField_ = -1;
+  current_ = nullptr;
   if (field >= fields_.size() || instance < 0 || instance >= fields_[field].count) return false;
   currentField_ = static_cast<int32_t>(field);
   fields_[field].readCurrent = instance;
-  Current()->valueIndex = 0;
-  Current()->valueOffset = 0;
+  StandOnRecord();
   return true;
 }
 
 void FbxIOFieldList::Next() {
-  if (Current() == nullptr) return;
+  if (current_ == nullptr) return;
   ++fields_[static_cast<size_t>(currentField_)].readCurrent;
-  if (FbxIOFieldInstance* now = Current()) {
-    now->valueIndex = 0;
-    now->valueOffset = 0;
-  }
+  StandOnRecord();
 }
 
-FbxIOFieldInstance* FbxIOFieldList::Current() {
-  if (currentField_ < 0) return nullptr;
+void FbxIOFieldList::StandOnRecord() {
   const FbxIOField& field = fields_[static_cast<size_t>(currentField_)];
-  if (field.readCurrent >= field.count) return nullptr;
-  return &instances_[field.first + static_cast<size_t>(field.readCurrent)];
+  current_ = nullptr;
+  if (field.readCurrent >= field.count) return;
+  current_ = &instances_[byField_[field.first + static_cast<size_t>(field.readCurrent)]];
+  current_->valueIndex = 0;
+  current_->valueOffset = 0;
 }

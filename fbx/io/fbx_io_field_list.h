@@ -37,16 +37,15 @@ struct FbxIOFieldInstance {
   int32_t valueCount = 0;
   int32_t valueIndex = 0;
   int32_t field = 0;
-  // Place among the records of the list, in file order.
-  int32_t order = 0;
   // Index of the text that owns a decoded large value, -1 without one.
   int32_t scratch = -1;
   bool isBuffered = false;
 };
 
-// All records of one name: `count` of them in a row from `first` on.
+// All records of one name: `count` of them.
 struct FbxIOField {
   std::string_view name;
+  // Where their indices begin in the list that is grouped by names.
   size_t first = 0;
   int32_t count = 0;
   // The instance that the cursor stands on; `count` past the last.
@@ -120,7 +119,7 @@ class FbxIOFieldList {
   // Moves on to the next record of the current name.
   void Next();
   // The record that the cursor stands on, null if there is none.
-  FbxIOFieldInstance* Current();
+  FbxIOFieldInstance* Current() { return current_; }
 
   // The letter of the next value of the current record: 'a' or 'S' in text. 'S' without a value.
   char ValueType();
@@ -158,6 +157,9 @@ class FbxIOFieldList {
   // All values of the current record as they are stored: equal bytes of one file hold equal values.
   // Empty in text, and for blocks of more than kMaxBufferedBlock bytes. Valid as ReadString's text.
   std::string_view StoredValues();
+  // The next `count` values of the current record as they are stored, and passes over them; empty,
+  // with the cursor left, where StoredValues is or there aren't as many.
+  std::string_view TakeStored(int32_t count);
 
  private:
   struct TextValue {
@@ -175,6 +177,8 @@ class FbxIOFieldList {
     char type = 0;
     // Offset of the payload in the value block.
     uint32_t payload = 0;
+    // Its first bytes, enough for a number. Valid until the source is used again.
+    std::string_view bytes;
   };
 
   bool ParseBinary(int64_t start, int64_t limit);
@@ -188,18 +192,24 @@ class FbxIOFieldList {
   int32_t FieldIndex(std::string_view name);
   // Sorts the names and groups the records by them.
   void Group();
+  // Puts the cursor on the first value of the record that `readCurrent` of the current name tells.
+  void StandOnRecord();
 
   // Bytes of a binary record's value block from `offset` on, as View of a byte source.
-  std::string_view BlockView(const FbxIOFieldInstance& instance, uint32_t offset, size_t wanted);
+  std::string_view BlockView(const FbxIOFieldInstance& instance, uint32_t offset, size_t wanted) {
+    if (offset >= instance.valueBytes) return {};
+    const size_t rest = instance.valueBytes - offset;
+    if (!instance.isBuffered) return FileView(instance, offset, wanted);
+    return {buffer_.data() + static_cast<size_t>(instance.values) + offset, rest};
+  }
+  std::string_view FileView(const FbxIOFieldInstance& instance, uint32_t offset, size_t wanted);
   // False if the bytes aren't all there.
   bool BlockRead(const FbxIOFieldInstance& instance, uint32_t offset, char* out, size_t count);
-  // Offset of the value behind the one at `offset`; above the block's size if there can't be one.
-  uint64_t NextValue(const FbxIOFieldInstance& instance, uint32_t offset, char type);
   bool CheckValues(const FbxIOFieldInstance& instance);
   BinaryValue TakeBinary();
   std::string_view TakeText();
   template <class T>
-  T Payload(const BinaryValue& value);
+  T Payload(const BinaryValue& value) const;
   template <class T>
   T TakeWhole(char letter);
   template <class T>
@@ -235,8 +245,12 @@ class FbxIOFieldList {
   FbxInflater& inflater_;
   FbxIOListFormat format_;
   std::vector<FbxIOField> fields_;
+  // In file order.
   std::vector<FbxIOFieldInstance> instances_;
+  // Their indices, grouped by names.
+  std::vector<uint32_t> byField_;
   int32_t currentField_ = -1;
+  FbxIOFieldInstance* current_ = nullptr;
   // Names of the fields; never moved once a field refers to them.
   std::deque<std::string> names_;
   // Indices by name while the list is read, once there are too many to compare with each.
@@ -247,4 +261,6 @@ class FbxIOFieldList {
   std::vector<BlockMark> blockMarks_;
   std::deque<std::string> scratch_;
   std::vector<char> packed_;
+  // For Group alone: where the records of a name go next, by the name's number before sorting.
+  std::vector<size_t> nextPlaces_;
 };

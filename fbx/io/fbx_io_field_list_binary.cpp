@@ -1,5 +1,6 @@
 // Binary scene files: the records of a list, and the walk over their values.
 #include <algorithm>
+#include <array>
 #include <limits>
 
 #include "fbx/io/fbx_byte_source.h"
@@ -8,7 +9,40 @@
 
 namespace {
 
-constexpr uint64_t kNoValue = std::numeric_limits<uint64_t>::max();
+// Bytes of a value by its letter, which is one of them. Texts, raw values and arrays have a word
+// `lengthAt` that counts more bytes. The size is 0 for what is no letter of a value.
+struct ValueForm {
+  uint8_t size = 0;
+  uint8_t lengthAt = 0;
+};
+
+constexpr std::array<ValueForm, 256> kForms = [] {
+  std::array<ValueForm, 256> forms{};
+  const auto set = [&forms](std::string_view letters, ValueForm form) {
+    for (const char letter : letters) forms[static_cast<unsigned char>(letter)] = form;
+  };
+  set("CZ", {2, 0});
+  set("Y", {3, 0});
+  set("IF", {5, 0});
+  set("LD", {9, 0});
+  set("SR", {5, 1});
+  // An array is walked by its encoding word, as the writers that make arrays only the last value of
+  // a record expect.
+  set("bchilfd", {9, 5});
+  return forms;
+}();
+
+// The most of a value's bytes that ValueSize looks at, and that a number takes.
+constexpr size_t kValueHead = 9;
+
+// The size of the value that `bytes` begins with, of which they hold kValueHead or all that there
+// are. 0 if it can't be told.
+uint64_t ValueSize(std::string_view bytes, bool swap) {
+  const ValueForm form = kForms[static_cast<unsigned char>(bytes.front())];
+  if (form.lengthAt == 0) return form.size;
+  if (bytes.size() < form.lengthAt + sizeof(uint32_t)) return 0;
+  return form.size + uint64_t{LoadNumber<uint32_t>(bytes.data() + form.lengthAt, swap)};
+}
 
 }  // namespace
 
@@ -63,10 +97,10 @@ bool FbxIOFieldList::ParseBinary(int64_t start, int64_t limit) {
     instance.valueCount = static_cast<int32_t>(record.valueCount);
     if (record.HasBlock()) instance.extension = record.values + record.valueBytes;
     if (instance.valueBytes <= kMaxBufferedBlock) {
-      const size_t offset = buffer_.size();
-      buffer_.resize(offset + instance.valueBytes);
-      if (!BlockRead(instance, 0, buffer_.data() + offset, instance.valueBytes)) return false;
-      instance.values = static_cast<int64_t>(offset);
+      const std::string_view values = source_.View(record.values, instance.valueBytes);
+      if (values.size() < instance.valueBytes) return false;
+      instance.values = static_cast<int64_t>(buffer_.size());
+      buffer_.insert(buffer_.end(), values.begin(), values.begin() + instance.valueBytes);
       instance.isBuffered = true;
     }
     if (!CheckValues(instance)) return false;
@@ -75,13 +109,9 @@ bool FbxIOFieldList::ParseBinary(int64_t start, int64_t limit) {
   return true;
 }
 
-std::string_view FbxIOFieldList::BlockView(const FbxIOFieldInstance& instance, uint32_t offset,
-                                           size_t wanted) {
-  if (offset >= instance.valueBytes) return {};
+std::string_view FbxIOFieldList::FileView(const FbxIOFieldInstance& instance, uint32_t offset,
+                                          size_t wanted) {
   const size_t rest = instance.valueBytes - offset;
-  if (instance.isBuffered) {
-    return {buffer_.data() + static_cast<size_t>(instance.values) + offset, rest};
-  }
   return source_.View(instance.values + offset, std::min(wanted, rest)).substr(0, rest);
 }
 
@@ -93,65 +123,40 @@ bool FbxIOFieldList::BlockRead(const FbxIOFieldInstance& instance, uint32_t offs
   return true;
 }
 
-uint64_t FbxIOFieldList::NextValue(const FbxIOFieldInstance& instance, uint32_t offset, char type) {
-  const auto word = [&](uint32_t at) -> uint64_t {
-    const std::string_view bytes = BlockView(instance, at, sizeof(uint32_t));
-    if (bytes.size() < sizeof(uint32_t)) return kNoValue;
-    return LoadNumber<uint32_t>(bytes.data(), format_.swap);
-  };
-  uint64_t size = 0;
-  switch (type) {
-    case 'C':
-    case 'Z':
-      size = 2;
-      break;
-    case 'Y':
-      size = 3;
-      break;
-    case 'I':
-    case 'F':
-      size = 5;
-      break;
-    case 'L':
-    case 'D':
-      size = 9;
-      break;
-    case 'S':
-    case 'R':
-      size = word(offset + 1);
-      if (size != kNoValue) size += 5;
-      break;
-    default:
-      // An array is walked by its encoding word, as the writers that make arrays only the last
-      // value of a record expect.
-      size = word(offset + 5);
-      if (size != kNoValue) size += 9;
-  }
-  return size == kNoValue ? kNoValue : offset + size;
-}
-
 bool FbxIOFieldList::CheckValues(const FbxIOFieldInstance& instance) {
-  constexpr std::string_view kTypes = "CYZILFDSRbchilfd";
   uint64_t offset = 0;
   for (int32_t i = 0; i < instance.valueCount; ++i) {
     if (offset >= instance.valueBytes) return false;
-    const uint32_t at = static_cast<uint32_t>(offset);
-    const std::string_view bytes = BlockView(instance, at, 1);
-    if (bytes.empty() || kTypes.find(bytes.front()) == std::string_view::npos) return false;
-    if (i + 1 < instance.valueCount) offset = NextValue(instance, at, bytes.front());
+    const std::string_view bytes = BlockView(instance, static_cast<uint32_t>(offset), kValueHead);
+    if (bytes.empty() || kForms[static_cast<unsigned char>(bytes.front())].size == 0) return false;
+    if (i + 1 == instance.valueCount) break;
+    const uint64_t size = ValueSize(bytes, format_.swap);
+    if (size == 0) return false;
+    offset += size;
   }
   return true;
 }
 
 FbxIOFieldList::BinaryValue FbxIOFieldList::TakeBinary() {
-  FbxIOFieldInstance* instance = Current();
+  FbxIOFieldInstance* instance = current_;
   if (instance == nullptr || instance->valueIndex >= instance->valueCount) return {};
   const uint32_t offset = instance->valueOffset;
-  const std::string_view bytes = BlockView(*instance, offset, 1);
+  const std::string_view bytes = BlockView(*instance, offset, kValueHead);
   ++instance->valueIndex;
   if (bytes.empty()) return {};
-  const char type = bytes.front();
-  instance->valueOffset = static_cast<uint32_t>(
-      std::min<uint64_t>(NextValue(*instance, offset, type), instance->valueBytes));
-  return {type, offset + 1};
+  const uint64_t size = ValueSize(bytes, format_.swap);
+  const uint32_t rest = instance->valueBytes - offset;
+  instance->valueOffset += size == 0 ? rest : static_cast<uint32_t>(std::min<uint64_t>(size, rest));
+  return {bytes.front(), offset + 1, bytes.substr(1)};
+}
+
+std::string_view FbxIOFieldList::TakeStored(int32_t count) {
+  const FbxIOFieldInstance* instance = current_;
+  if (instance == nullptr || !instance->isBuffered ||
+      instance->valueCount - instance->valueIndex < count) {
+    return {};
+  }
+  const uint32_t start = instance->valueOffset;
+  for (int32_t i = 0; i < count; ++i) TakeBinary();
+  return BlockView(*instance, start, 0).substr(0, instance->valueOffset - start);
 }

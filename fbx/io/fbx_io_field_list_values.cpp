@@ -20,9 +20,12 @@ namespace {
 // a C string, followed by NULs only, so that decoding it again changes nothing. The class ends at a
 // NUL, too: some writers count the one that ends their string.
 std::string_view UnpackName(std::span<char> bytes) {
-  const auto nul = std::find(bytes.begin(), bytes.end(), '\0');
+  const std::string_view text(bytes.data(), bytes.size());
+  const size_t length = text.find('\0');
+  if (length == std::string_view::npos) return text;
+  const auto nul = bytes.begin() + static_cast<ptrdiff_t>(length);
   auto end = nul;
-  if (nul != bytes.end() && nul + 1 != bytes.end() && nul[1] == 1) {
+  if (nul + 1 != bytes.end() && nul[1] == 1) {
     end = std::find(nul + 2, bytes.end(), '\0');
     nul[0] = nul[1] = ':';
     const auto name = std::rotate(bytes.begin(), nul, end);
@@ -87,9 +90,8 @@ char FbxIOFieldList::ValueType() {
 }
 
 template <class T>
-T FbxIOFieldList::Payload(const BinaryValue& value) {
-  const std::string_view bytes = BlockView(*Current(), value.payload, sizeof(T));
-  return bytes.size() < sizeof(T) ? T{} : LoadNumber<T>(bytes.data(), format_.swap);
+T FbxIOFieldList::Payload(const BinaryValue& value) const {
+  return value.bytes.size() < sizeof(T) ? T{} : LoadNumber<T>(value.bytes.data(), format_.swap);
 }
 
 template <class T>
