@@ -62,12 +62,23 @@ void FbxObject::Disconnect() {
     lists = {};
   };
   if (store_ != nullptr) {
-    store_->ForEachLocal([&](int index, FbxPropertyLocal& local) {
-      if (local.rare != nullptr) detach(FbxProperty(this, index), local.rare->connections);
+    store_->ForEachLocal([&](FbxPropertyLocal& local) {
+      if (local.rare != nullptr) detach(FbxProperty(this, local.index), local.rare->connections);
     });
   }
   detach(RootProperty(), connections_);
   ForgetClassLists();
+}
+
+void FbxObject::SetName(std::string name) {
+  if (initialName_ == nullptr && name != name_) {
+    initialName_ = std::make_unique<const std::string>(name_);
+  }
+  name_ = std::move(name);
+}
+
+void FbxObject::SetInitialName(std::string_view name) {
+  initialName_ = name == name_ ? nullptr : std::make_unique<const std::string>(name);
 }
 
 FbxPropertyStore& FbxObject::Store() const {
@@ -88,6 +99,11 @@ FbxProperty FbxObject::GetNextProperty(const FbxProperty& property) const {
 
 uint64_t FbxObject::GetPropertyRevision() const {
   return store_ == nullptr ? 0 : store_->Revision();
+}
+
+void FbxObject::ReserveProperties(int count) {
+  constexpr int kMostReserved = 64;
+  Store().Reserve(static_cast<size_t>(std::clamp(count, 0, kMostReserved)));
 }
 
 bool FbxObject::SetPropertyTemplate(const FbxObject& source) {
@@ -151,8 +167,7 @@ FbxObject* FbxManager::CreateNewObjectFromClassId(FbxClassId classId, const char
                                                   FbxObject* container) {
   if (!classId.IsValid() || classId.Record()->MakeObject() == nullptr) return nullptr;
   FbxObject* object = classId.Record()->MakeObject()();
-  object->SetName(name == nullptr ? "" : name);
-  object->SetInitialName(object->Name());
+  if (name != nullptr) object->name_ = name;
   Register(object);
   object->Construct();
   if (container != nullptr) container->ConnectSrcObject(object);

@@ -63,11 +63,11 @@ class FbxObject {
 
   const char* GetName() const { return name_.c_str(); }
   const std::string& Name() const { return name_; }
-  void SetName(std::string name) { name_ = std::move(name); }
+  void SetName(std::string name);
   // The name at load, which SetName leaves alone.
-  const char* GetInitialName() const { return initialName_.c_str(); }
-  const std::string& InitialName() const { return initialName_; }
-  void SetInitialName(std::string_view name) { initialName_ = name; }
+  const char* GetInitialName() const { return InitialName().c_str(); }
+  const std::string& InitialName() const { return initialName_ == nullptr ? name_ : *initialName_; }
+  void SetInitialName(std::string_view name);
   // Counts up from 1 with every object that the manager makes.
   uint64_t GetUniqueID() const { return uniqueId_; }
   FbxManager* GetFbxManager() const { return manager_; }
@@ -84,6 +84,8 @@ class FbxObject {
   FbxProperty GetNextProperty(const FbxProperty& property) const;
   // Changes with every value that is written to one of the properties.
   uint64_t GetPropertyRevision() const;
+  // Says that the object is about to get `count` values of its own. A hint: less room may be made.
+  void ReserveProperties(int count);
   // Makes the properties of `source`, which must be of the same class and stay alive, the defaults
   // of this object's. Only while the object has no properties of its own; false if it can't.
   bool SetPropertyTemplate(const FbxObject& source);
@@ -145,7 +147,7 @@ class FbxObject {
   void Disconnect();
 
   std::string name_;
-  std::string initialName_;
+  std::unique_ptr<const std::string> initialName_;  // null as long as it is the name
   uint64_t uniqueId_ = 0;
   FbxManager* manager_ = nullptr;
   size_t managerIndex_ = 0;

@@ -87,8 +87,8 @@ void FbxProperty::ModifyFlag(FbxPropertyFlags::EFlags flag, bool value) {
 void FbxProperty::ModifyFlags(uint32_t mask, uint32_t bits) {
   if (!HasData()) return;
   FbxPropertyLocal& local = MakeLocal();
-  local.flagMask |= mask;
-  local.flags = (local.flags & ~mask) | (bits & mask);
+  local.flagMask = static_cast<uint16_t>(local.flagMask | mask);
+  local.flags = static_cast<uint16_t>((local.flags & ~mask) | (bits & mask));
 }
 
 bool FbxProperty::HasMinLimit() const {

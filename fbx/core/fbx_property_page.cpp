@@ -11,6 +11,9 @@ bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
                     [&](char x, char y) { return lower(x) == lower(y); });
 }
 
+// More properties than these are found by an index.
+constexpr size_t kScannedLocals = 32;
+
 uint64_t BitOf(int index) { return uint64_t{1} << (static_cast<unsigned>(index) % 64); }
 
 }  // namespace
@@ -112,11 +115,13 @@ int FbxPropertyStore::FindOwn(std::string_view name, int parent) const {
     }
     return -1;
   }
-  for (size_t i = ownIndex_.size(); i < own_.size(); ++i) {
-    ownIndex_.emplace(OwnKey(own_[i].name, own_[i].parent), FirstOwn() + static_cast<int>(i));
+  if (index_ == nullptr) index_ = std::make_unique<Index>();
+  std::unordered_map<std::string, int>& known = index_->own;
+  for (size_t i = known.size(); i < own_.size(); ++i) {
+    known.emplace(OwnKey(own_[i].name, own_[i].parent), FirstOwn() + static_cast<int>(i));
   }
-  const auto found = ownIndex_.find(OwnKey(name, parent));
-  return found == ownIndex_.end() ? -1 : found->second;
+  const auto found = known.find(OwnKey(name, parent));
+  return found == known.end() ? -1 : found->second;
 }
 
 int FbxPropertyStore::Find(std::string_view name, int parent, bool caseSensitive) const {
@@ -144,14 +149,13 @@ int FbxPropertyStore::Create(std::string_view name, FbxDataType type, int parent
 
 const FbxPropertyLocal* FbxPropertyStore::Local(int index) const {
   if ((localBits_ & BitOf(index)) == 0) return nullptr;
-  if (localPlaces_.empty()) {
-    const auto found = std::find(localIndices_.begin(), localIndices_.end(), index);
-    return found == localIndices_.end()
-               ? nullptr
-               : &locals_[static_cast<size_t>(found - localIndices_.begin())];
+  if (locals_.size() <= kScannedLocals) {
+    const auto found = std::find_if(locals_.begin(), locals_.end(),
+                                    [index](const FbxPropertyLocal& l) { return l.index == index; });
+    return found == locals_.end() ? nullptr : &*found;
   }
-  const auto found = localPlaces_.find(index);
-  return found == localPlaces_.end() ? nullptr : &locals_[found->second];
+  const auto found = index_->localPlaces.find(index);
+  return found == index_->localPlaces.end() ? nullptr : &locals_[found->second];
 }
 
 FbxPropertyLocal* FbxPropertyStore::Local(int index) {
@@ -159,17 +163,16 @@ FbxPropertyLocal* FbxPropertyStore::Local(int index) {
 }
 
 FbxPropertyLocal& FbxPropertyStore::MakeLocal(int index) {
-  constexpr size_t kScanned = 32;
   if (FbxPropertyLocal* local = Local(index)) return *local;
-  locals_.resize(localIndices_.size() + 1);
-  localIndices_.push_back(index);
+  if (locals_.size() == kScannedLocals && index_ == nullptr) index_ = std::make_unique<Index>();
+  FbxPropertyLocal& local = locals_.emplace_back();
+  local.index = index;
   localBits_ |= BitOf(index);
-  if (localIndices_.size() > kScanned) {
-    for (size_t i = localPlaces_.size(); i < localIndices_.size(); ++i) {
-      localPlaces_.emplace(localIndices_[i], i);
-    }
+  if (locals_.size() > kScannedLocals) {
+    std::unordered_map<int, size_t>& places = index_->localPlaces;
+    for (size_t i = places.size(); i < locals_.size(); ++i) places.emplace(locals_[i].index, i);
   }
-  return locals_.back();
+  return local;
 }
 
 const FbxPropertyLocal* FbxPropertyStore::TemplateLocal(int index) const {
@@ -195,7 +198,7 @@ bool FbxPropertyStore::IsInherited(int index) const {
 uint32_t FbxPropertyStore::Flags(int index) const {
   uint32_t flags = Declaration(index).flags;
   for (const FbxPropertyLocal* local : {TemplateLocal(index), std::as_const(*this).Local(index)}) {
-    if (local != nullptr) flags = (flags & ~local->flagMask) | (local->flags & local->flagMask);
+    if (local != nullptr) flags = (flags & ~uint32_t{local->flagMask}) | (local->flags & local->flagMask);
   }
   return flags;
 }

@@ -92,8 +92,10 @@ struct FbxPropertyLocal {
   };
 
   FbxPropertyValue value;  // none: reads through to the template or the class
-  uint32_t flags = 0;
-  uint32_t flagMask = 0;  // the bits of `flags` that were set on this very property
+  int index = 0;
+  // All bits of FbxPropertyFlags fit.
+  uint16_t flags = 0;
+  uint16_t flagMask = 0;  // the bits of `flags` that were set on this very property
   std::unique_ptr<Rare> rare;
 
   Rare& MakeRare();
@@ -119,6 +121,8 @@ class FbxPropertyStore {
   const FbxPropertyLocal* Local(int index) const;
   FbxPropertyLocal* Local(int index);
   FbxPropertyLocal& MakeLocal(int index);
+  // Room for what an object will hold of `count` properties, in one allocation.
+  void Reserve(size_t count) { locals_.reserve(count); }
   // The template's part, null without one.
   const FbxPropertyLocal* TemplateLocal(int index) const;
 
@@ -135,7 +139,7 @@ class FbxPropertyStore {
 
   template <typename Function>
   void ForEachLocal(Function&& function) {
-    for (size_t i = 0; i < locals_.size(); ++i) function(localIndices_[i], locals_[i]);
+    for (FbxPropertyLocal& local : locals_) function(local);
   }
 
  private:
@@ -151,12 +155,13 @@ class FbxPropertyStore {
   // In the order in which they were made. Most objects override a handful of properties, which a
   // scan finds sooner than a tree would, and without an allocation for each.
   std::vector<FbxPropertyLocal> locals_;
-  std::vector<int> localIndices_;
   // A bit for each index, modulo 64, that is among them. Most look-ups are for what isn't there.
   uint64_t localBits_ = 0;
-  // Places by index, made when the object overrides more than a scan should look at.
-  std::unordered_map<int, size_t> localPlaces_;
   std::vector<FbxPropertyDeclaration> own_;
-  // Made when the object has more than a handful of own properties.
-  mutable std::unordered_map<std::string, int> ownIndex_;
+  // Made when the object overrides, or has of its own, more than a scan should look at.
+  struct Index {
+    std::unordered_map<int, size_t> localPlaces;
+    std::unordered_map<std::string, int> own;
+  };
+  mutable std::unique_ptr<Index> index_;
 };

@@ -121,6 +121,10 @@ std::string_view FbxIO::FieldReadR() {
   return current_ == nullptr ? std::string_view() : current_->ReadRaw();
 }
 
+std::string_view FbxIO::FieldReadStored(int32_t count) {
+  return current_ == nullptr ? std::string_view() : current_->TakeStored(count);
+}
+
 FbxTime FbxIO::FieldReadT() {
   constexpr uint32_t kFirstWithTicks = 2001;
   if (format_.isBinary ? FieldReadGetType() == 'L'

