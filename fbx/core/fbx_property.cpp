@@ -257,8 +257,14 @@ bool FbxProperty::IsConnected(const FbxProperty& source) const {
 bool FbxProperty::Connect(const FbxProperty& source, bool repeat) {
   if (!IsValid() || !source.IsValid() || source == *this) return false;
   if (!repeat && IsConnected(source)) return false;
-  MakeConnections().sources.push_back(source);
-  source.MakeConnections().destinations.push_back(*this);
+  const auto add = [](std::vector<FbxProperty>& ends, const FbxProperty& end) {
+    // Hardly any object has one alone: it is in the scene, and it has its use.
+    constexpr size_t kUsualEnds = 2;
+    if (ends.empty()) ends.reserve(kUsualEnds);
+    ends.push_back(end);
+  };
+  add(MakeConnections().sources, source);
+  add(source.MakeConnections().destinations, *this);
   if (IsRoot()) {
     object_->ForgetClassLists();
     if (source.IsRoot()) object_->ConnectNotify(*source.object_, true);

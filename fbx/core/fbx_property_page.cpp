@@ -150,8 +150,9 @@ int FbxPropertyStore::Create(std::string_view name, FbxDataType type, int parent
 const FbxPropertyLocal* FbxPropertyStore::Local(int index) const {
   if ((localBits_ & BitOf(index)) == 0) return nullptr;
   if (locals_.size() <= kScannedLocals) {
-    const auto found = std::find_if(locals_.begin(), locals_.end(),
-                                    [index](const FbxPropertyLocal& l) { return l.index == index; });
+    const auto found =
+        std::find_if(locals_.begin(), locals_.end(),
+                     [index](const FbxPropertyLocal& l) { return l.index == index; });
     return found == locals_.end() ? nullptr : &*found;
   }
   const auto found = index_->localPlaces.find(index);
@@ -198,7 +199,8 @@ bool FbxPropertyStore::IsInherited(int index) const {
 uint32_t FbxPropertyStore::Flags(int index) const {
   uint32_t flags = Declaration(index).flags;
   for (const FbxPropertyLocal* local : {TemplateLocal(index), std::as_const(*this).Local(index)}) {
-    if (local != nullptr) flags = (flags & ~uint32_t{local->flagMask}) | (local->flags & local->flagMask);
+    if (local != nullptr)
+      flags = (flags & ~uint32_t{local->flagMask}) | (local->flags & local->flagMask);
   }
   return flags;
 }

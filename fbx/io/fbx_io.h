@@ -172,9 +172,9 @@ class FbxIO {
   std::string_view FieldReadC();
   // Raw bytes, base64 in ASCII files. Valid as text is.
   std::string_view FieldReadR();
-  // The next `count` values as they are stored, letters included: in one file equal bytes hold equal
-  // values. Empty, and nothing is read, in ASCII files, in records with more than 4 KiB of values,
-  // and where there aren't as many. Valid until the list is left.
+  // The next `count` values as they are stored, letters included: in one file equal bytes hold
+  // equal values. Empty, and nothing is read, in ASCII files, in records with more than 4 KiB of
+  // values, and where there aren't as many. Valid until the list is left.
   std::string_view FieldReadStored(int32_t count);
   // Ticks, or seconds in files that hold those.
   FbxTime FieldReadT();

@@ -7,7 +7,6 @@ FbxIOFieldList::FbxIOFieldList(FbxByteSource& source, FbxAsciiBlocks& blocks, Fb
     : source_(source), blocks_(blocks), inflater_(inflater), format_(format) {}
 
 bool FbxIOFieldList::Parse(int64_t start, int64_t limit) {
-  Clear();
   if (!(format_.isBinary ? ParseBinary(start, limit) : ParseAscii(start, limit))) return false;
   Group();
   return true;
@@ -27,7 +26,8 @@ void FbxIOFieldList::Clear() {
   drop(textValues_);
   drop(blockMarks_);
   drop(packed_);
-  if (!names_.empty()) names_.clear();
+  constexpr size_t kMostNamesKept = 64;
+  if (names_.size() > kMostNamesKept) names_.clear();
   if (!scratch_.empty()) scratch_.clear();
   if (!fieldIndex_.empty()) fieldIndex_ = {};
   currentField_ = -1;
@@ -36,31 +36,34 @@ void FbxIOFieldList::Clear() {
 
 int32_t FbxIOFieldList::FieldIndex(std::string_view name) {
   constexpr size_t kFewNames = 16;
+  const size_t count = fields_.size();
   if (!instances_.empty()) {
     const int32_t last = instances_.back().field;
     if (fields_[static_cast<size_t>(last)].name == name) return last;
   }
-  // Names are C strings to whoever asks for them.
-  name = name.substr(0, name.find('\0'));
-  if (fields_.size() <= kFewNames) {
-    for (size_t i = 0; i < fields_.size(); ++i) {
-      if (fields_[i].name == name) return static_cast<int32_t>(i);
-    }
-  } else if (const auto found = fieldIndex_.find(name); found != fieldIndex_.end()) {
-    return found->second;
-  }
-  const int32_t index = static_cast<int32_t>(fields_.size());
-  fields_.push_back({.name = names_.emplace_back(name)});
-  if (fields_.size() > kFewNames) {
-    if (fieldIndex_.empty()) {
-      for (size_t i = 0; i < fields_.size(); ++i) {
-        fieldIndex_.emplace(fields_[i].name, static_cast<int32_t>(i));
+  // Lists that follow one another mostly have the same names in the same order. What stands in
+  // `names_` all differs, so that this one is none of the fields'.
+  const bool isExpected = count < names_.size() && names_[count] == name;
+  if (!isExpected) {
+    // Names are C strings to whoever asks for them.
+    name = name.substr(0, name.find('\0'));
+    if (count <= kFewNames) {
+      for (size_t i = 0; i < count; ++i) {
+        if (fields_[i].name == name) return static_cast<int32_t>(i);
       }
-    } else {
-      fieldIndex_.emplace(fields_.back().name, index);
+    } else if (const auto found = fieldIndex_.find(name); found != fieldIndex_.end()) {
+      return found->second;
+    }
+    names_.resize(count);
+    names_.emplace_back(name);
+  }
+  fields_.push_back({.name = names_[count]});
+  if (fields_.size() > kFewNames) {
+    for (size_t i = fieldIndex_.size(); i < fields_.size(); ++i) {
+      fieldIndex_.emplace(fields_[i].name, static_cast<int32_t>(i));
     }
   }
-  return index;
+  return static_cast<int32_t>(count);
 }
 
 FbxIOFieldInstance& FbxIOFieldList::AddInstance(int32_t field) {
@@ -119,6 +122,10 @@ std::vector<FbxIORecordPlace> FbxIOFieldList::FileOrder() const {
 }
 
 bool FbxIOFieldList::Begin(std::string_view name, int32_t instance) {
+  // A loop over the records of a name asks for the same one each time.
+  if (currentField_ >= 0 && fields_[static_cast<size_t>(currentField_)].name == name) {
+    return Begin(static_cast<size_t>(currentField_), instance);
+  }
   const FbxIOField* field = Find(name);
   return Begin(field == nullptr ? fields_.size() : static_cast<size_t>(field - fields_.data()),
                instance);

@@ -99,9 +99,9 @@ class FbxIOFieldList {
   FbxIOFieldList(FbxByteSource& source, FbxAsciiBlocks& blocks, FbxInflater& inflater,
                  FbxIOListFormat format);
 
-  // Reads the records of the list at `start`, in place of those that the list held. It ends at
-  // `limit` at the latest, with or without the null record or brace that should end it. False if
-  // it is corrupt.
+  // Reads the records of the list at `start` into this one, which is empty. It ends at `limit` at
+  // the latest, with or without the null record or brace that should end it. False if it is
+  // corrupt; what is here then is to be cleared.
   bool Parse(int64_t start, int64_t limit);
   // Forgets the records, and gives large buffers back.
   void Clear();
@@ -251,7 +251,8 @@ class FbxIOFieldList {
   std::vector<uint32_t> byField_;
   int32_t currentField_ = -1;
   FbxIOFieldInstance* current_ = nullptr;
-  // Names of the fields; never moved once a field refers to them.
+  // Names of the fields, and behind them some of the list before; never moved once a field refers
+  // to them.
   std::deque<std::string> names_;
   // Indices by name while the list is read, once there are too many to compare with each.
   std::unordered_map<std::string_view, int32_t> fieldIndex_;

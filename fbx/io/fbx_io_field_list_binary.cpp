@@ -37,11 +37,17 @@ constexpr size_t kValueHead = 9;
 
 // The size of the value that `bytes` begins with, of which they hold kValueHead or all that there
 // are. 0 if it can't be told.
-uint64_t ValueSize(std::string_view bytes, bool swap) {
+inline uint64_t ValueSize(std::string_view bytes, bool swap) {
   const ValueForm form = kForms[static_cast<unsigned char>(bytes.front())];
   if (form.lengthAt == 0) return form.size;
   if (bytes.size() < form.lengthAt + sizeof(uint32_t)) return 0;
   return form.size + uint64_t{LoadNumber<uint32_t>(bytes.data() + form.lengthAt, swap)};
+}
+
+// Takes a value off the front of a block's rest: all of it, if the value's size can't be told.
+inline void PassValue(std::string_view& bytes, bool swap) {
+  const uint64_t size = ValueSize(bytes, swap);
+  bytes.remove_prefix(size == 0 || size > bytes.size() ? bytes.size() : size);
 }
 
 }  // namespace
@@ -56,22 +62,21 @@ bool FbxBinaryRecord::Read(FbxByteSource& source, const FbxIOListFormat& format,
   const size_t width = format.offsetWidth;
   const size_t fixed = 3 * width + 1;
   std::string_view bytes = source.View(position, fixed + kLongestName);
-  const auto word = [&](size_t index) -> int64_t {
-    const char* at = bytes.data() + index * width;
-    return width == 8 ? LoadNumber<int64_t>(at, format.swap)
-                      : int64_t{LoadNumber<uint32_t>(at, format.swap)};
-  };
-  if (bytes.size() < width) {
+  if (bytes.size() < fixed) {
     // A file may end anywhere behind its last record, within the null record, too.
     end = 0;
-    return bytes.find_first_not_of('\0') == std::string_view::npos;
+    return bytes.substr(0, width).find_first_not_of('\0') == std::string_view::npos;
   }
-  end = word(0);
+  const auto load = [&]<class Word>(Word /*offset word*/) {
+    end = static_cast<int64_t>(LoadNumber<Word>(bytes.data(), format.swap));
+    valueCount = static_cast<int64_t>(LoadNumber<Word>(bytes.data() + sizeof(Word), format.swap));
+    valueBytes =
+        static_cast<int64_t>(LoadNumber<Word>(bytes.data() + 2 * sizeof(Word), format.swap));
+  };
+  width == sizeof(uint64_t) ? load(uint64_t{}) : load(uint32_t{});
   if (IsNull()) return true;
-  if (bytes.size() < fixed || end <= position || end > limit) return false;
+  if (end <= position || end > limit) return false;
 
-  valueCount = word(1);
-  valueBytes = word(2);
   const size_t nameLength = static_cast<unsigned char>(bytes[fixed - 1]);
   values = position + static_cast<int64_t>(fixed + nameLength);
   if (bytes.size() < fixed + nameLength || valueBytes < 0 || valueCount < 0 || values > end ||
@@ -151,12 +156,15 @@ FbxIOFieldList::BinaryValue FbxIOFieldList::TakeBinary() {
 }
 
 std::string_view FbxIOFieldList::TakeStored(int32_t count) {
-  const FbxIOFieldInstance* instance = current_;
+  FbxIOFieldInstance* instance = current_;
   if (instance == nullptr || !instance->isBuffered ||
       instance->valueCount - instance->valueIndex < count) {
     return {};
   }
-  const uint32_t start = instance->valueOffset;
-  for (int32_t i = 0; i < count; ++i) TakeBinary();
-  return BlockView(*instance, start, 0).substr(0, instance->valueOffset - start);
+  const std::string_view bytes = BlockView(*instance, instance->valueOffset, 0);
+  std::string_view rest = bytes;
+  for (int32_t i = 0; i < count && !rest.empty(); ++i) PassValue(rest, format_.swap);
+  instance->valueIndex += count;
+  instance->valueOffset = instance->valueBytes - static_cast<uint32_t>(rest.size());
+  return bytes.substr(0, bytes.size() - rest.size());
 }

@@ -130,6 +130,11 @@ FbxObject* FbxReaderFbx7::NewObject(FbxClassId classId, std::string_view name) {
 
 void FbxReaderFbx7::ReadObjectSection() {
   if (!EnterBlock("Objects")) return;
+  size_t records = 0;
+  for (int32_t i = 0; i < io_->FieldGetCount(); ++i) {
+    records += static_cast<size_t>(io_->FieldGetInstanceCount(io_->FieldGetName(i)));
+  }
+  objects_.reserve(records);
   OrderTypeInfoSection();
   for (const std::string& type : types_) ReadObjectsOfType(type);
   LeaveBlock();

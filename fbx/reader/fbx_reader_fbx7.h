@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory_resource>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -40,5 +41,6 @@ class FbxReaderFbx7 : public FbxReader {
   // For a class, the object whose property values are the defaults of all objects of exactly that
   // class. The manager owns them, and they live as long as the objects that look there.
   std::unordered_map<const FbxClassRecord*, const FbxObject*> templates_;
-  std::unordered_map<int64_t, FbxObject*> objects_;
+  std::pmr::monotonic_buffer_resource objectsPool_;
+  std::pmr::unordered_map<int64_t, FbxObject*> objects_{&objectsPool_};
 };

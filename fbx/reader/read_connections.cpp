@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory_resource>
 #include <numeric>
 #include <string_view>
 #include <unordered_map>
@@ -83,20 +84,24 @@ uint32_t FindTop(std::vector<uint32_t>& above, uint32_t end) {
 // Marks connections of nodes that don't make a tree.
 void FilterNodes(const std::vector<FbxConnection>& connections, const FbxNode* rootNode,
                  std::vector<bool>& isDropped) {
-  EndNumbers numbers;
+  // The manager counts its objects up from 1, so that these serve as numbers without a look-up.
+  const auto number = [](const FbxProperty& end) {
+    return static_cast<uint32_t>(end.GetFbxObject()->GetUniqueID());
+  };
+  uint32_t count = 0;
+  for (const auto& [source, destination] : connections) {
+    count = std::max({count, number(source) + 1, number(destination) + 1});
+  }
   std::vector<Edge> edges;
-  std::vector<uint32_t> above;
-  std::vector<bool> hasParent;
+  std::vector<uint32_t> above(count);
+  std::iota(above.begin(), above.end(), 0U);
+  std::vector<bool> hasParent(count, false);
   for (size_t i = 0; i < connections.size(); ++i) {
     const auto& [source, destination] = connections[i];
     if (!IsObjectOf(source, FbxNode::ClassId) || !IsObjectOf(destination, FbxNode::ClassId)) {
       continue;
     }
-    const Edge edge{numbers(destination), numbers(source), i};
-    while (above.size() < numbers.Count()) {
-      above.push_back(static_cast<uint32_t>(above.size()));
-      hasParent.push_back(false);
-    }
+    const Edge edge{number(destination), number(source), i};
     // A node without a parent is the top of its tree, so a ring is closed exactly by a parent in
     // the same tree.
     const uint32_t top = FindTop(above, edge.destination);
@@ -109,9 +114,10 @@ void FilterNodes(const std::vector<FbxConnection>& connections, const FbxNode* r
     edges.push_back(edge);
   }
 
-  const EdgesByDestination children(edges, numbers.Count());
+  const EdgesByDestination children(edges, count);
   std::vector<std::pair<uint32_t, int>> next;  // with the level of each
-  for (uint32_t end = 0; end < numbers.Count(); ++end) {
+  next.reserve(count);
+  for (uint32_t end = 0; end < count; ++end) {
     if (!hasParent[end]) next.emplace_back(end, 0);
   }
   for (size_t i = 0; i < next.size(); ++i) {
@@ -306,7 +312,8 @@ std::vector<FbxConnection> ReadConnections(FbxIO& io, FbxDocument& document,
 void MakeConnections(std::vector<FbxConnection> connections, const FbxNode* rootNode) {
   FilterConnections(connections, rootNode);
   // Kept here, since looking through the ends of an object that has very many costs their number.
-  std::unordered_set<FbxConnection, ConnectionHash, SameConnection> made;
+  std::pmr::monotonic_buffer_resource pool;
+  std::pmr::unordered_set<FbxConnection, ConnectionHash, SameConnection> made(&pool);
   made.reserve(connections.size());
   for (FbxConnection& connection : connections) {
     const bool isNew = made.insert(connection).second;

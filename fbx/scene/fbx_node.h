@@ -144,8 +144,8 @@ class FbxLight : public FbxNodeAttribute {
 };
 
 // A member of the scene tree. Its place, attributes and materials are connections; the lists here
-// only keep them at hand. Its transform is a set of properties with pivots, of which a FbxTransform is
-// made for the evaluator.
+// only keep them at hand. Its transform is a set of properties with pivots, of which a FbxTransform
+// is made for the evaluator.
 class FbxNode : public FbxObject {
   FBX_OBJECT(FbxNode)
 
@@ -199,9 +199,9 @@ class FbxNode : public FbxObject {
   FbxVector4 EvaluateLocalScaling(FbxTime time = FbxTime::Infinite(), EPivotSet set = eSourcePivot,
                                   bool applyTarget = false, bool forceEval = false) const;
 
-  // The transform's fixed parts, made when they are first asked for: a listing of 23,000 nodes, which
-  // asks for none, takes a tenth less time and a quarter less memory. Whoever changes a property that
-  // they are made of calls UpdatePivotsAndLimitsFromProperties.
+  // The transform's fixed parts, made when they are first asked for: a listing of 23,000 nodes,
+  // which asks for none, takes a tenth less time and a quarter less memory. Whoever changes a
+  // property that they are made of calls UpdatePivotsAndLimitsFromProperties.
   const FbxTransform& GetTransform() const;
   void UpdatePivotsAndLimitsFromProperties();
   // Changes with every such call.
