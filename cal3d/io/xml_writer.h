@@ -75,6 +75,10 @@ class XmlWriter {
   void Element(std::string_view name, std::initializer_list<int32_t> values) {
     NumberElement(name, values);
   }
+  // The same with numbers that are text already, of a line at most.
+  void TextElement(std::string_view name, std::string_view numbers) {
+    file_.Advance(Close(Copy(OpenTag(file_.Room(), name), numbers), name));
+  }
 
  private:
   // Everything here writes through a local pointer: through a member, each character stored could
@@ -85,9 +89,20 @@ class XmlWriter {
   }
 
   char* Indent(char* at) const {
+    // A constant number becomes one store; a call for a few blanks costs more than the blanks.
+    constexpr size_t kUsual = 16;
     const size_t blanks = 2 * depth_;
-    std::memset(at, ' ', blanks);
+    std::memset(at, ' ', kUsual);
+    if (blanks > kUsual) std::memset(at, ' ', blanks);
     return at + blanks;
+  }
+
+  char* OpenTag(char* at, std::string_view name) const {
+    at = Indent(at);
+    *at++ = '<';
+    at = Copy(at, name);
+    *at++ = '>';
+    return at;
   }
 
   static char* AttributeName(char* at, std::string_view name) {
@@ -117,11 +132,7 @@ class XmlWriter {
 
   template <typename Number>
   void NumberElement(std::string_view name, std::initializer_list<Number> values) {
-    char* at = Indent(file_.Room());
-    *at++ = '<';
-    at = Copy(at, name);
-    *at++ = '>';
-    file_.Advance(Close(Numbers(at, values), name));
+    file_.Advance(Close(Numbers(OpenTag(file_.Room(), name), values), name));
   }
 
   OutputFile& file_;
