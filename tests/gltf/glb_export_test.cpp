@@ -244,7 +244,7 @@ TEST(GlbExport, MorphsOfASubmeshStandInAll) {
   second->addMorphTarget(Morph("smile", {}));
   ViewModel model = ModelOf({first, second});
   model.morphAnimations.push_back(
-      {"Talk.xpf",
+      {"out/Talk.xpf",
        boost::make_shared<CalCoreMorphAnimation>(CalCoreMorphAnimation{
            1, {{"blink", {{0, 0}, {2, 1}}}, {"nobody", {{0, 1}}}, {"smile", {{1, 1}}}}})});
   const Made made = Make(model);
