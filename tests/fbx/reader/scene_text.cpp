@@ -64,7 +64,11 @@ void AddProperties(Out& out, const FbxObject& object) {
     if (!p.Modified() && p.Sources().empty()) continue;
     out << "  " << p.GetHierarchicalName().Text() << ": " << p.GetPropertyDataType().GetName()
         << " of type " << p.GetPropertyDataType().GetType() << ", flags " << p.GetFlags() << ", "
-        << p.Get<FbxString>().Text() << "\n";
+        << p.Get<FbxString>().Text();
+    if (p.HasMinLimit()) out << ", at least " << p.GetMinLimit();
+    if (p.HasMaxLimit()) out << ", at most " << p.GetMaxLimit();
+    for (int i = 0; i < p.GetEnumCount(); ++i) out << ", '" << p.GetEnumValue(i).Text() << "'";
+    out << "\n";
     AddSources(out, p);
   }
 }
