@@ -145,6 +145,16 @@ void AddContent(Out& out, const FbxObject& object) {
     }
   } else if (const auto* stack = dynamic_cast<const FbxAnimStack*>(&object)) {
     if (stack->GetScene()->GetTakeInfo(stack->GetName()) != nullptr) out << "  with take info\n";
+  } else if (const auto* texture = dynamic_cast<const FbxFileTexture*>(&object)) {
+    out << "  file '" << texture->GetFileName() << "', '" << texture->GetRelativeFileName()
+        << "', media '" << texture->GetMediaName() << "'\n";
+  } else if (const auto* layers = dynamic_cast<const FbxLayeredTexture*>(&object)) {
+    for (const auto& input : layers->inputs) {
+      out << "  input of mode " << input.blendMode << ", alpha " << input.alpha << "\n";
+    }
+  } else if (const auto* video = dynamic_cast<const FbxVideo*>(&object)) {
+    out << "  file '" << video->GetFileName() << "', '" << video->GetRelativeFileName()
+        << (video->useMipMap ? "', mip map\n" : "'\n");
   } else if (const auto* curve = dynamic_cast<const FbxAnimCurve*>(&object)) {
     AddCurve(out, curve->curve);
   }
