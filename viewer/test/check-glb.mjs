@@ -31,7 +31,7 @@ if (process.argv[1] === fileURLToPath(import.meta.url)) {
   for (const file of process.argv.slice(2)) {
     const faults = await readFile(file)
       .then(faultsOf)
-      .catch((error) => [error.message]);
+      .catch((error) => [error.message ?? String(error)]);
     console.log(`${file}: ${faults.length ? 'bad' : 'good'}`);
     for (const fault of faults) console.log(`  ${fault}`);
     if (faults.length) process.exitCode = 1;
