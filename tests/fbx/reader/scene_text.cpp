@@ -95,6 +95,12 @@ void AddLayers(Out& out, const FbxLayerContainer& geometry) {
     }
     if (layer.materials != nullptr) AddElement(out, "materials", *layer.materials);
   }
+  for (const int type : {0, int{FbxLayerElement::eUVFirst}}) {
+    const int count = geometry.GetElementUVCount(type);
+    if (count > 0) out << "  UVs of type " << type << ":";
+    for (int i = 0; i < count; ++i) out << " " << geometry.GetElementUV(i, type)->GetName();
+    if (count > 0) out << "\n";
+  }
 }
 
 void AddCurve(Out& out, const KFCurve& curve) {
@@ -115,12 +121,19 @@ void AddContent(Out& out, const FbxObject& object) {
   if (const auto* node = dynamic_cast<const FbxNode*>(&object)) {
     for (const FbxNode* child : node->Children()) out << "  child " << NameOf(child) << "\n";
     out << "  attribute " << NameOf(node->GetNodeAttribute()) << "\n";
+    for (int i = 0; i < node->GetMaterialCount(); ++i) {
+      out << "  material " << NameOf(node->GetMaterial(i)) << "\n";
+    }
   } else if (const auto* skeleton = dynamic_cast<const FbxSkeleton*>(&object)) {
     out << "  skeleton type " << skeleton->GetSkeletonType() << "\n";
   } else if (const auto* geometry = dynamic_cast<const FbxGeometryBase*>(&object)) {
     AddList(out, "points", geometry->ControlPoints());
     AddLayers(out, *geometry);
     const auto* mesh = dynamic_cast<const FbxMesh*>(geometry);
+    const auto* layer = object.GetScene()->GetSrcObject<FbxAnimLayer>();
+    if (mesh != nullptr && mesh->GetShapeChannel(0, 0, layer) != nullptr) {
+      out << "  the first of " << mesh->GetShapeCount() << " shapes is driven\n";
+    }
     for (int p = 0; mesh != nullptr && p < mesh->GetPolygonCount(); ++p) {
       out << "  polygon at " << mesh->GetPolygonVertexIndex(p) << ":";
       for (int k = 0; k < mesh->GetPolygonSize(p); ++k) Add(out, mesh->GetPolygonVertex(p, k));

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "fbx/scene/fbx_deformer.h"
 #include "fbx/scene/fbx_mesh.h"
 #include "tests/fbx/reader/scene_text.h"
 #include "tests/support/expected_text.h"
@@ -87,7 +88,18 @@ TEST(Scenes, FindsWhatACornerHas) {
     const bool hasUv = mesh->GetPolygonVertexUV(p, k, "map1", uv, unmapped);
     found += hasUv ? (unmapped ? "u" : "") + std::to_string(std::lround(uv[0])) + " " : "- ";
   }
+  EXPECT_EQ(mesh->GetElementUV("none"), nullptr);
   EXPECT_EQ(found, "2u9 13 -- 1- -- -- -- ") << "kept where there is none";
+}
+
+// Nor do commands ask so.
+TEST(Scenes, PosesFindTheirNodes) {
+  const LoadedScene file(ReadFile(PathOf("deformers.fbx")));
+  const auto* bind = file.Find<FbxPose>("bind");
+  EXPECT_EQ(bind->Find(&file.Node("b")), 0);
+  EXPECT_EQ(bind->Find("a", FbxPose::eInitialName), 1);
+  EXPECT_EQ(bind->Find("a", 0), -1);
+  EXPECT_TRUE(bind->GetNode(99) == nullptr && bind->GetMatrix(99) == FbxMatrix{});
 }
 
 }  // namespace
