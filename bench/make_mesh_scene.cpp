@@ -137,7 +137,7 @@ int main(int argc, char** argv) {
   const int morphs = argc == 7 ? std::atoi(argv[5]) : 0;
   const int percent = argc == 7 ? std::clamp(std::atoi(argv[6]), 0, 100) : 0;
   SceneBuilder scene;
-  scene.SetAxes(1, 1, 2, 1, 0, 1);  // converted while it loads, as most scenes are
+  scene.SetYUp();  // converted while it loads, as most scenes are
   std::vector<int64_t> bones;
   for (int i = 0; i < kBones; ++i) {
     bones.push_back(scene.Bone("bone" + std::to_string(i),

@@ -48,7 +48,7 @@ TEST_F(Skeletons, TheRootThatIsFound) {
 // A Y-up scene: what is (x, y, z) there comes out as (x, -z, y), by a turn of 90 degrees about X.
 // Bones hold no scaling: it goes into the translations below.
 TEST_F(Skeletons, RestPoseFromTheScene) {
-  scene_.SetAxes(1, 1, 2, 1, 0, 1);
+  scene_.SetYUp();
   const int64_t hips = scene_.Bone("Hips", SceneBuilder::kRoot,
                                    {P("Lcl Translation", {1, 90, 5}), P("Lcl Scaling", {2, 2, 2})});
   const int64_t arm =

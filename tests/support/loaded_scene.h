@@ -53,16 +53,6 @@ class LoadedScene {
     return scene->GetCurrentAnimationStack()->GetLayer(index);
   }
 
-  // Names of the scene's objects of a class, in their order.
-  template <typename T>
-  std::vector<std::string> Names() const {
-    std::vector<std::string> names;
-    for (int i = 0; i < scene->GetSrcObjectCount<T>(); ++i) {
-      names.push_back(scene->GetSrcObject<T>(i)->Name());
-    }
-    return names;
-  }
-
   // "code text" of the importer's status.
   std::string Status() const {
     const FbxStatus& status = importer->GetStatus();
@@ -78,14 +68,3 @@ class LoadedScene {
   FbxScene* scene;
   bool isLoaded = false;
 };
-
-// The name with a number behind it.
-inline std::string Numbered(std::string name, size_t number) {
-  return name.append(std::to_string(number));
-}
-
-inline std::vector<std::string> ChildNames(const FbxNode& node) {
-  std::vector<std::string> names;
-  for (const FbxNode* child : node.Children()) names.push_back(child->Name());
-  return names;
-}

@@ -10,13 +10,22 @@ FbxRecord Properties70(FbxRecords properties) {
   return {"Properties70", {}, std::move(properties)};
 }
 
-// An element whose data field and its index are called `field` and
-// `indexField`.
+FbxRecord Element(const std::string& type, const std::string& name, const std::string& mapping,
+                  const std::string& reference, FbxRecord data) {
+  return {type,
+          {0},
+          {{"Version", {101}},
+           {"Name", {name}},
+           {"MappingInformationType", {mapping}},
+           {"ReferenceInformationType", {reference}},
+           std::move(data)}};
+}
+
 FbxRecord Indexed(const std::string& type, const std::string& name, const std::string& mapping,
                   const std::string& reference, const std::string& field,
                   std::vector<double> values, const std::string& indexField,
                   std::vector<int32_t> index) {
-  FbxRecord element = Element(type, mapping, reference, {{field, {std::move(values)}}}, name);
+  FbxRecord element = Element(type, name, mapping, reference, {field, {std::move(values)}});
   if (!index.empty()) element.Add({indexField, {std::move(index)}});
   return element;
 }
@@ -28,17 +37,6 @@ std::vector<int64_t> ToTicks(const SceneBuilder::Frames& frames) {
 }
 
 }  // namespace
-
-FbxRecord Element(const std::string& type, const std::string& mapping, const std::string& reference,
-                  FbxRecords data, const std::string& name, int version) {
-  FbxRecord element(type, {0},
-                    {{"Version", {version}},
-                     {"Name", {name}},
-                     {"MappingInformationType", {mapping}},
-                     {"ReferenceInformationType", {reference}}});
-  for (FbxRecord& record : data) element.Add(std::move(record));
-  return element;
-}
 
 FbxRecord Normals(const std::string& mapping, const std::string& reference,
                   std::vector<double> values, std::vector<int32_t> index) {
@@ -60,8 +58,8 @@ FbxRecord Colors(const std::string& mapping, const std::string& reference,
 
 FbxRecord Materials(std::vector<int32_t> index) {
   const char* mapping = index.size() == 1 ? "AllSame" : "ByPolygon";
-  return Element("LayerElementMaterial", mapping, "IndexToDirect",
-                 {{"Materials", {std::move(index)}}});
+  return Element("LayerElementMaterial", "", mapping, "IndexToDirect",
+                 {"Materials", {std::move(index)}});
 }
 
 FbxRecord P(std::string name, std::string type, std::string subType, std::string flags,
@@ -101,17 +99,10 @@ SceneBuilder& SceneBuilder::SetGlobal(FbxRecord property) {
   return *this;
 }
 
-SceneBuilder& SceneBuilder::SetAxes(int up, int upSign, int front, int frontSign, int coord,
-                                    int coordSign) {
-  for (const auto& [name, value] : {std::pair("UpAxis", up),
-                                    {"UpAxisSign", upSign},
-                                    {"FrontAxis", front},
-                                    {"FrontAxisSign", frontSign},
-                                    {"CoordAxis", coord},
-                                    {"CoordAxisSign", coordSign}}) {
-    SetGlobal(P(name, "int", "Integer", "", {value}));
-  }
-  return *this;
+SceneBuilder& SceneBuilder::SetYUp() {
+  SetGlobal(P("UpAxis", "int", "Integer", "", {1}));
+  SetGlobal(P("FrontAxis", "int", "Integer", "", {2}));
+  return SetGlobal(P("FrontAxisSign", "int", "Integer", "", {1}));
 }
 
 SceneBuilder& SceneBuilder::SetTimeMode(int mode, double customFrameRate) {
@@ -349,14 +340,12 @@ int64_t SceneBuilder::AddAnimationCurve(std::vector<int64_t> times, std::vector<
 
 FbxRecord& SceneBuilder::Object(int64_t id) { return objects_.at(objectIndex_.at(id)); }
 
-void SceneBuilder::Connect(int64_t child, int64_t parent) { AddConnection({"OO", child, parent}); }
-
-void SceneBuilder::ConnectProperty(int64_t child, int64_t parent, const std::string& property) {
-  AddConnection({"OP", child, parent, property});
+void SceneBuilder::Connect(int64_t child, int64_t parent) {
+  connections_.push_back({"C", {"OO", child, parent}});
 }
 
-void SceneBuilder::AddConnection(FbxValues values) {
-  connections_.push_back({"C", std::move(values)});
+void SceneBuilder::ConnectProperty(int64_t child, int64_t parent, const std::string& property) {
+  connections_.push_back({"C", {"OP", child, parent, property}});
 }
 
 FbxRecord SceneBuilder::Definitions() const {

@@ -29,8 +29,6 @@ FbxRecord P(std::string name, std::string type, std::string subType, std::string
 FbxRecord P(const std::string& name, const FbxValues& values);
 
 // Layer elements of a mesh. `index` is left out where it is empty.
-FbxRecord Element(const std::string& type, const std::string& mapping, const std::string& reference,
-                  FbxRecords data, const std::string& name = "", int version = 101);
 FbxRecord Normals(const std::string& mapping, const std::string& reference,
                   std::vector<double> values, std::vector<int32_t> index = {});
 FbxRecord UVs(const std::string& name, const std::string& mapping, const std::string& reference,
@@ -49,8 +47,8 @@ class SceneBuilder {
   // Properties of the global settings; a later one of the same name replaces
   // the earlier.
   SceneBuilder& SetGlobal(FbxRecord property);
-  // 0 is X, 1 Y, 2 Z; signs are 1 or -1.
-  SceneBuilder& SetAxes(int up, int upSign, int front, int frontSign, int coord, int coordSign);
+  // Y up and Z front, as most tools have it; loading converts that.
+  SceneBuilder& SetYUp();
   SceneBuilder& SetTimeMode(int mode, double customFrameRate = -1);
   // A property template of an object type, as ("Model", "FbxNode", {...}).
   SceneBuilder& AddTemplate(const std::string& objectType, const std::string& className,
@@ -138,8 +136,6 @@ class SceneBuilder {
 
   void Connect(int64_t child, int64_t parent);
   void ConnectProperty(int64_t child, int64_t parent, const std::string& property);
-  // Any `C` record.
-  void AddConnection(FbxValues values);
 
   // The whole document's top list.
   FbxRecords Document(int version = 7400) const;

@@ -66,7 +66,7 @@ TEST(Importer, SaysWhatIsMissing) {
 
 TEST(Importer, KnowsVersionAndSettingsBeforeTheImport) {
   FbxRecords records = SceneBuilder()
-                           .SetAxes(1, 1, 2, 1, 0, 1)
+                           .SetYUp()
                            .SetGlobal(P("UnitScaleFactor", "double", "Number", "", {2.54}))
                            .Document(7300);
   const std::string whole = WriteFbx(records, {.version = 7300});
@@ -105,7 +105,7 @@ TEST(ReadConnections, DeepTreesAreCutAtTheLimit) {
   constexpr int kLevels = 12000;
   SceneBuilder scene;
   std::vector<int64_t> ids;
-  for (size_t i = 0; i < kLevels; ++i) ids.push_back(scene.AddModel(Numbered("n", i)));
+  for (int i = 0; i < kLevels; ++i) ids.push_back(scene.AddModel("n"));
   for (size_t i = ids.size() - 1; i > 0; --i) scene.Connect(ids[i], ids[i - 1]);
   scene.Connect(ids[0], SceneBuilder::kRoot);
   const LoadedScene file(scene);
