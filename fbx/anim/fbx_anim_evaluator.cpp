@@ -123,8 +123,7 @@ void FbxAnimEvaluator::Reset() {
   ++epoch_;
 }
 
-const FbxNodeEvalState& FbxAnimEvaluator::GetNodeEvalState(const FbxNode& node, FbxTime time,
-                                                           bool forceEval) {
+FbxNodeEvalState& FbxAnimEvaluator::Update(const FbxNode& node, FbxTime time, bool forceEval) {
   if (scene_ != nullptr && scene_->GetAnimationRevision() != sceneRevision_) {
     sceneRevision_ = scene_->GetAnimationRevision();
     Reset();
@@ -134,10 +133,14 @@ const FbxNodeEvalState& FbxAnimEvaluator::GetNodeEvalState(const FbxNode& node, 
   return Compute(node);
 }
 
+const FbxNodeEvalState& FbxAnimEvaluator::GetNodeEvalState(const FbxNode& node, FbxTime time,
+                                                           bool forceEval) {
+  return Update(node, time, forceEval);
+}
+
 const FbxNodeEvalState& FbxAnimEvaluator::GetNodeEvalStateWithLocal(const FbxNode& node,
                                                                     FbxTime time, bool forceEval) {
-  GetNodeEvalState(node, time, forceEval);
-  FbxNodeEvalState& state = StateOf(node);
+  FbxNodeEvalState& state = Update(node, time, forceEval);
   if (!state.hasLocal_) {
     if (state.parent_ == nullptr) {
       state.local = state.global;
@@ -170,6 +173,15 @@ FbxNodeEvalState& FbxAnimEvaluator::StateOf(const FbxNode& node) {
     states_.back()->node_ = &node;
   }
   return *states_[node.evalSlot_];
+}
+
+// Mostly the one of the last time, which is at hand: looking states up took 4 % of an export.
+FbxNodeEvalState* FbxAnimEvaluator::ParentOf(const FbxNodeEvalState& state) {
+  const FbxNode* parent = state.node_->GetParent();
+  if (parent == nullptr) return nullptr;
+  const bool isAtHand =
+      state.epoch_ == epoch_ && state.parent_ != nullptr && state.parent_->node_ == parent;
+  return isAtHand ? state.parent_ : &StateOf(*parent);
 }
 
 // Which curves drive which node. Found from the layers' side, so that the cost is that of the
@@ -247,8 +259,7 @@ FbxNodeEvalState& FbxAnimEvaluator::Compute(const FbxNode& node) {
   FbxNodeEvalState* top = &wanted;
   while (top != nullptr && top->generation_ != state_.generation) {
     chain_.push_back(top);
-    const FbxNode* above = top->node_->GetParent();
-    top = above == nullptr ? nullptr : &StateOf(*above);
+    top = ParentOf(*top);
   }
   FbxNodeEvalState* parent = top;
   for (size_t i = chain_.size(); i-- > 0;) {

@@ -116,6 +116,8 @@ class FbxAnimEvaluator {
   void ConvertFileAxes(const FbxAMatrix& conversion);
 
  private:
+  // The node's state at a time.
+  FbxNodeEvalState& Update(const FbxNode& node, FbxTime time, bool forceEval);
   void GoTo(FbxTime time);
   void FindDrivers();
   void ReadLayers();
@@ -124,6 +126,8 @@ class FbxAnimEvaluator {
   void AddDriver(const FbxAnimLayer& layer, const FbxProperty& property,
                  const FbxNodeEvalDriver& driver);
   FbxNodeEvalState& StateOf(const FbxNode& node);
+  // The state of the node's parent; null if it has none.
+  FbxNodeEvalState* ParentOf(const FbxNodeEvalState& state);
   FbxNodeEvalState& Compute(const FbxNode& node);
   // A rotation by the angles of the node's global matrix.
   FbxAMatrix PureRotation(const FbxNode& node, const FbxAMatrix& global) const;
