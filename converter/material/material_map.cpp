@@ -63,7 +63,9 @@ bool AssignLayersToMaterial(MaterialMap& map, const FbxSurfaceMaterial& material
 }
 
 void AssignChannelToMaterial(MaterialMap& map, const FbxSurfaceMaterial& material,
-                             const FbxProperty& property) {
+                             std::string_view channel) {
+  const FbxProperty property = material.FindProperty(channel);
+  if (!property.IsValid()) return;
   bool assigned = false;
   for (const FbxProperty& source : property.Sources()) {
     const FbxObject* object = source.IsRoot() ? source.GetFbxObject() : nullptr;
@@ -77,10 +79,9 @@ void AssignChannelToMaterial(MaterialMap& map, const FbxSurfaceMaterial& materia
     }
   }
   if (assigned) return;
-  const FbxString channel = property.GetName();
-  if (channel.Text() == kDiffuseColor) {
+  if (channel == kDiffuseColor) {
     AssignMissingTextureToMaterial(map, &material, property);
-  } else if (channel.Text() == kTransparencyFactor) {
+  } else if (channel == kTransparencyFactor) {
     AssignMissingAlphaToMaterial(map, &material, property);
   }
 }
@@ -97,8 +98,7 @@ const MaterialMaps& GetMeshMaterialMap(MeshHolder_& holder) {
     if (material == nullptr) continue;
     MaterialMap map;
     for (const char* channel : FbxLayerElement::sTextureChannelNames) {
-      const FbxProperty property = material->FindProperty(channel);
-      if (property.IsValid()) AssignChannelToMaterial(map, *material, property);
+      AssignChannelToMaterial(map, *material, channel);
     }
     if (!map.empty()) maps.emplace(i, std::move(map));
   }

@@ -8,7 +8,10 @@
 const FbxClassRecord FbxObject::kClassRecord("FbxObject", nullptr, &FbxObject::MakeObject, "",
                                              nullptr);
 
-struct FbxObject::ClassLists : std::unordered_map<const FbxClassRecord*, std::vector<FbxObject*>> {
+struct FbxObject::ClassLists {
+  // Of the sources, in their order: a scene's objects are too many to be looked at for each list.
+  std::vector<FbxClassId> classes;
+  std::unordered_map<const FbxClassRecord*, std::vector<FbxObject*>> lists;
 };
 
 FbxObject::FbxObject() = default;
@@ -113,16 +116,22 @@ bool FbxObject::SetPropertyTemplate(const FbxObject& source) {
 void FbxObject::ForgetClassLists() { sourcesByClass_.reset(); }
 
 const std::vector<FbxObject*>& FbxObject::SourcesOfClass(FbxClassId classId) const {
-  if (sourcesByClass_ == nullptr) sourcesByClass_ = std::make_unique<ClassLists>();
-  const auto [at, added] = sourcesByClass_->try_emplace(classId.Record());
-  if (added) {
+  if (sourcesByClass_ == nullptr) {
+    auto made = std::make_unique<ClassLists>();
+    made->classes.reserve(connections_.sources.size());
     for (const FbxProperty& source : connections_.sources) {
-      if (source.IsRoot() && source.GetFbxObject()->GetClassId().Is(classId)) {
-        at->second.push_back(source.GetFbxObject());
-      }
+      made->classes.push_back(source.IsRoot() ? source.GetFbxObject()->GetClassId() : FbxClassId());
     }
+    sourcesByClass_ = std::move(made);
   }
-  return at->second;
+  auto& [classes, lists] = *sourcesByClass_;
+  const auto found = lists.find(classId.Record());
+  if (found != lists.end()) return found->second;
+  std::vector<FbxObject*> list;
+  for (size_t i = 0; i < classes.size(); ++i) {
+    if (classes[i].Is(classId)) list.push_back(connections_.sources[i].GetFbxObject());
+  }
+  return lists.emplace(classId.Record(), std::move(list)).first->second;
 }
 
 int FbxObject::GetSrcObjectCount(const FbxCriteria& criteria) const {

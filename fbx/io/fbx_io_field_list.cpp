@@ -1,6 +1,16 @@
 #include "fbx/io/fbx_io_field_list.h"
 
 #include <algorithm>
+#include <cstring>
+
+namespace {
+
+// As ==, which the compiler leaves as two calls: names of records are compared most of all.
+bool IsSame(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size()) == 0;
+}
+
+}  // namespace
 
 FbxIOFieldList::FbxIOFieldList(FbxByteSource& source, FbxAsciiBlocks& blocks, FbxInflater& inflater,
                                FbxIOListFormat format)
@@ -39,17 +49,17 @@ int32_t FbxIOFieldList::FieldIndex(std::string_view name) {
   const size_t count = fields_.size();
   if (!instances_.empty()) {
     const int32_t last = instances_.back().field;
-    if (fields_[static_cast<size_t>(last)].name == name) return last;
+    if (IsSame(fields_[static_cast<size_t>(last)].name, name)) return last;
   }
   // Lists that follow one another mostly have the same names in the same order. What stands in
   // `names_` all differs, so that this one is none of the fields'.
-  const bool isExpected = count < names_.size() && names_[count] == name;
+  const bool isExpected = count < names_.size() && IsSame(names_[count], name);
   if (!isExpected) {
     // Names are C strings to whoever asks for them.
     name = name.substr(0, name.find('\0'));
     if (count <= kFewNames) {
       for (size_t i = 0; i < count; ++i) {
-        if (fields_[i].name == name) return static_cast<int32_t>(i);
+        if (IsSame(fields_[i].name, name)) return static_cast<int32_t>(i);
       }
     } else if (const auto found = fieldIndex_.find(name); found != fieldIndex_.end()) {
       return found->second;
@@ -123,7 +133,7 @@ std::vector<FbxIORecordPlace> FbxIOFieldList::FileOrder() const {
 
 bool FbxIOFieldList::Begin(std::string_view name, int32_t instance) {
   // A loop over the records of a name asks for the same one each time.
-  if (currentField_ >= 0 && fields_[static_cast<size_t>(currentField_)].name == name) {
+  if (currentField_ >= 0 && IsSame(fields_[static_cast<size_t>(currentField_)].name, name)) {
     return Begin(static_cast<size_t>(currentField_), instance);
   }
   const FbxIOField* field = Find(name);

@@ -71,8 +71,35 @@ class EdgesByDestination {
   std::vector<const Edge*> order_;
 };
 
-bool IsObjectOf(const FbxProperty& end, FbxClassId classId) {
-  return end.IsRoot() && end.GetFbxObject()->GetClassId().Is(classId);
+// What a connection ties, as far as it matters whether it may be made.
+enum class Tie : uint8_t {
+  kOther,
+  kNodes,       // child and parent
+  kTextures,    // texture and layered texture
+  kMaterial,    // material and node
+  kAnimation,   // curve node and layer, or layer and stack
+  kProperties,  // any two
+};
+
+// Asked once for each connection: what looks at the objects themselves waits for memory.
+Tie TieOf(const FbxConnection& connection) {
+  const auto& [source, destination] = connection;
+  if (!source.IsRoot() || !destination.IsRoot()) {
+    return source.IsRoot() || destination.IsRoot() ? Tie::kOther : Tie::kProperties;
+  }
+  const FbxClassId from = source.GetFbxObject()->GetClassId();
+  const FbxClassId to = destination.GetFbxObject()->GetClassId();
+  const auto is = [&](FbxClassId wantedFrom, FbxClassId wantedTo) {
+    return to.Is(wantedTo) && from.Is(wantedFrom);
+  };
+  if (is(FbxNode::ClassId, FbxNode::ClassId)) return Tie::kNodes;
+  if (is(FbxSurfaceMaterial::ClassId, FbxNode::ClassId)) return Tie::kMaterial;
+  if (is(FbxTexture::ClassId, FbxLayeredTexture::ClassId)) return Tie::kTextures;
+  if (is(FbxAnimCurveNode::ClassId, FbxAnimLayer::ClassId) ||
+      is(FbxAnimLayer::ClassId, FbxAnimStack::ClassId)) {
+    return Tie::kAnimation;
+  }
+  return Tie::kOther;
 }
 
 // The top of the tree that `end` is in, so far.
@@ -82,37 +109,37 @@ uint32_t FindTop(std::vector<uint32_t>& above, uint32_t end) {
 }
 
 // Marks connections of nodes that don't make a tree.
-void FilterNodes(const std::vector<FbxConnection>& connections, const FbxNode* rootNode,
-                 std::vector<bool>& isDropped) {
+void FilterNodes(const std::vector<FbxConnection>& connections, const std::vector<Tie>& ties,
+                 const FbxNode* rootNode, std::vector<bool>& isDropped) {
   // The manager counts its objects up from 1, so that these serve as numbers without a look-up.
   const auto number = [](const FbxProperty& end) {
     return static_cast<uint32_t>(end.GetFbxObject()->GetUniqueID());
   };
-  uint32_t count = 0;
-  for (const auto& [source, destination] : connections) {
-    count = std::max({count, number(source) + 1, number(destination) + 1});
-  }
   std::vector<Edge> edges;
+  uint32_t count = 0;
+  for (size_t i = 0; i < connections.size(); ++i) {
+    if (ties[i] != Tie::kNodes) continue;
+    edges.push_back({number(connections[i].destination), number(connections[i].source), i});
+    count = std::max({count, edges.back().source + 1, edges.back().destination + 1});
+  }
   std::vector<uint32_t> above(count);
   std::iota(above.begin(), above.end(), 0U);
   std::vector<bool> hasParent(count, false);
-  for (size_t i = 0; i < connections.size(); ++i) {
-    const auto& [source, destination] = connections[i];
-    if (!IsObjectOf(source, FbxNode::ClassId) || !IsObjectOf(destination, FbxNode::ClassId)) {
-      continue;
-    }
-    const Edge edge{number(destination), number(source), i};
+  const uint32_t root = rootNode == nullptr ? count : number(rootNode->RootProperty());
+  size_t kept = 0;
+  for (const Edge& edge : edges) {
     // A node without a parent is the top of its tree, so a ring is closed exactly by a parent in
     // the same tree.
     const uint32_t top = FindTop(above, edge.destination);
-    if (source.GetFbxObject() == rootNode || hasParent[edge.source] || top == edge.source) {
-      isDropped[i] = true;
+    if (edge.source == root || hasParent[edge.source] || top == edge.source) {
+      isDropped[edge.connection] = true;
       continue;
     }
     above[edge.source] = top;
     hasParent[edge.source] = true;
-    edges.push_back(edge);
+    edges[kept++] = edge;
   }
+  edges.resize(kept);
 
   const EdgesByDestination children(edges, count);
   std::vector<std::pair<uint32_t, int>> next;  // with the level of each
@@ -132,18 +159,14 @@ void FilterNodes(const std::vector<FbxConnection>& connections, const FbxNode* r
 
 // Marks connections of textures to layered textures, and of properties to properties, that close a
 // ring. Of a ring the one goes that a walk from its first destination in the file finds last.
-void FilterChains(const std::vector<FbxConnection>& connections, std::vector<bool>& isDropped) {
+void FilterChains(const std::vector<FbxConnection>& connections, const std::vector<Tie>& ties,
+                  std::vector<bool>& isDropped) {
   EndNumbers numbers;
   std::vector<Edge> edges;
   for (size_t i = 0; i < connections.size(); ++i) {
-    const auto& [source, destination] = connections[i];
-    const bool areTextures = IsObjectOf(source, FbxTexture::ClassId) &&
-                             IsObjectOf(destination, FbxLayeredTexture::ClassId);
-    const bool areProperties = !source.IsRoot() && !destination.IsRoot();
-    if (areTextures || areProperties) {
-      const uint32_t to = numbers(destination);
-      edges.push_back({to, numbers(source), i});
-    }
+    if (ties[i] != Tie::kTextures && ties[i] != Tie::kProperties) continue;
+    const uint32_t to = numbers(connections[i].destination);
+    edges.push_back({to, numbers(connections[i].source), i});
   }
 
   const EdgesByDestination sources(edges, numbers.Count());
@@ -185,19 +208,16 @@ void FilterChains(const std::vector<FbxConnection>& connections, std::vector<boo
 }
 
 // Marks connections of curve nodes to more layers, and of layers to more stacks, than the limit.
-void FilterAnimations(const std::vector<FbxConnection>& connections, std::vector<bool>& isDropped) {
+void FilterAnimations(const std::vector<FbxConnection>& connections, const std::vector<Tie>& ties,
+                      std::vector<bool>& isDropped) {
   std::unordered_map<const FbxObject*, int> owners;
   for (size_t i = 0; i < connections.size(); ++i) {
-    const auto& [source, destination] = connections[i];
-    const bool isOwner = (IsObjectOf(source, FbxAnimCurveNode::ClassId) &&
-                          IsObjectOf(destination, FbxAnimLayer::ClassId)) ||
-                         (IsObjectOf(source, FbxAnimLayer::ClassId) &&
-                          IsObjectOf(destination, FbxAnimStack::ClassId));
-    if (isOwner && ++owners[source.GetFbxObject()] > kMaxAnimationOwners) isDropped[i] = true;
+    if (ties[i] != Tie::kAnimation) continue;
+    if (++owners[connections[i].source.GetFbxObject()] > kMaxAnimationOwners) isDropped[i] = true;
   }
 }
 
-// Removes connections, keeping the order of the others: of a node to a second parent, of a node
+// Marks connections that aren't to be made: of a node to a second parent, of a node
 // below itself, of the root node, of a texture or a property that would close a ring, those that
 // lead deeper than the limit, and those of a curve node or layer to more owners than the limit.
 // What hangs below a node without its connection isn't in the scene's tree then.
@@ -207,16 +227,13 @@ void FilterAnimations(const std::vector<FbxConnection>& connections, std::vector
 // looked at together, in time that grows with their number: one at a time, the depth of a tree that
 // is connected from the leaves up, or the search for a ring through layered textures, would cost
 // the square of it.
-void FilterConnections(std::vector<FbxConnection>& connections, const FbxNode* rootNode) {
+std::vector<bool> FilterConnections(const std::vector<FbxConnection>& connections,
+                                    const std::vector<Tie>& ties, const FbxNode* rootNode) {
   std::vector<bool> isDropped(connections.size(), false);
-  FilterNodes(connections, rootNode, isDropped);
-  FilterChains(connections, isDropped);
-  FilterAnimations(connections, isDropped);
-  size_t kept = 0;
-  for (size_t i = 0; i < connections.size(); ++i) {
-    if (!isDropped[i]) connections[kept++] = connections[i];
-  }
-  connections.resize(kept);
+  FilterNodes(connections, ties, rootNode, isDropped);
+  FilterChains(connections, ties, isDropped);
+  FilterAnimations(connections, ties, isDropped);
+  return isDropped;
 }
 
 class ConnectionReader {
@@ -279,22 +296,13 @@ struct SameConnection {
   }
 };
 
-// A material that a node uses twice, and a texture that is layered twice, count twice.
-bool MayRepeat(const FbxConnection& c) {
-  if (!c.source.IsRoot() || !c.destination.IsRoot()) return false;
-  const FbxObject& source = *c.source.GetFbxObject();
-  const FbxObject& destination = *c.destination.GetFbxObject();
-  return (destination.Is<FbxLayeredTexture>() && source.Is<FbxTexture>()) ||
-         (destination.Is<FbxNode>() && source.Is<FbxSurfaceMaterial>());
-}
-
 }  // namespace
 
 std::vector<FbxConnection> ReadConnections(FbxIO& io, FbxDocument& document,
                                            FbxObjectReferences& references) {
   std::vector<FbxConnection> connections;
   if (!io.FieldReadBlockBegin("Connections")) return connections;
-  const char* record = io.IsBeforeVersion7() ? "Connect" : "C";
+  const std::string_view record = io.IsBeforeVersion7() ? "Connect" : "C";
   const int32_t count = io.FieldGetInstanceCount(record);
   ConnectionReader reader(io, document, references);
   connections.reserve(static_cast<size_t>(count));
@@ -309,16 +317,20 @@ std::vector<FbxConnection> ReadConnections(FbxIO& io, FbxDocument& document,
   return connections;
 }
 
-void MakeConnections(std::vector<FbxConnection> connections, const FbxNode* rootNode) {
-  FilterConnections(connections, rootNode);
+void MakeConnections(const std::vector<FbxConnection>& connections, const FbxNode* rootNode) {
+  std::vector<Tie> ties(connections.size());
+  std::transform(connections.begin(), connections.end(), ties.begin(), TieOf);
+  const std::vector<bool> isDropped = FilterConnections(connections, ties, rootNode);
   // Kept here, since looking through the ends of an object that has very many costs their number.
   std::pmr::monotonic_buffer_resource pool;
   std::pmr::unordered_set<FbxConnection, ConnectionHash, SameConnection> made(&pool);
   made.reserve(connections.size());
-  for (FbxConnection& connection : connections) {
-    const bool isNew = made.insert(connection).second;
-    if (isNew || MayRepeat(connection)) {
-      connection.destination.ConnectSrcProperty(connection.source, true);
+  for (size_t i = 0; i < connections.size(); ++i) {
+    if (isDropped[i]) continue;
+    const bool isNew = made.insert(connections[i]).second;
+    // A material that a node uses twice, and a texture that is layered twice, count twice.
+    if (isNew || ties[i] == Tie::kMaterial || ties[i] == Tie::kTextures) {
+      FbxProperty(connections[i].destination).ConnectSrcProperty(connections[i].source, true);
     }
   }
 }

@@ -194,11 +194,19 @@ class KnownHeads {
 
   explicit KnownHeads(int declared) : declared_(declared) {}
 
-  PropertyTarget Find(std::string_view stored, FbxObject& object) const {
-    const auto found = heads_.find(stored);
-    if (found == heads_.end()) return {};
-    const auto& [index, type, flags] = found->second;
-    return {FbxProperty(&object, index), type, flags};
+  // An invalid target for a head that isn't known.
+  PropertyTarget Find(std::string_view stored, FbxObject& object) {
+    // Objects write the same properties in the same order, so that no hash is needed.
+    Entry* entry = last_ == nullptr ? nullptr : last_->second.next;
+    if (entry == nullptr || entry->first != stored) {
+      const auto found = heads_.find(stored);
+      entry = found == heads_.end() ? nullptr : &*found;
+      if (last_ != nullptr) last_->second.next = entry;
+    }
+    last_ = entry;
+    if (entry == nullptr) return {};
+    const Head& head = entry->second;
+    return {FbxProperty(&object, head.index), head.type, head.flags};
   }
   void Keep(std::string stored, const PropertyTarget& target) {
     // Others than these no file needs, and so a bad one can't fill the memory.
@@ -209,20 +217,24 @@ class KnownHeads {
         !target.property.IsValid() || index >= declared_) {
       return;
     }
-    heads_.try_emplace(std::move(stored), Head{index, target.type, target.flags});
+    heads_.try_emplace(std::move(stored), Head{index, target.type, target.flags, nullptr});
   }
 
  private:
+  struct Head;
+  using Entry = std::pair<const std::string, Head>;
   struct Head {
     int index;
     FbxDataType type;
     uint32_t flags;
+    Entry* next;  // what followed it last time
   };
   struct Hash : std::hash<std::string_view> {
     using is_transparent = void;  // NOLINT(readability-identifier-naming): the library's name
   };
 
   int declared_;
+  Entry* last_ = nullptr;
   std::unordered_map<std::string, Head, Hash, std::equal_to<>> heads_;
 };
 
@@ -243,7 +255,7 @@ void ReadProperty(FbxIO& io, PropertyTarget& target) {
 void ReadProperties(FbxIO& io, FbxObject& object) {
   const bool isOld = io.IsBeforeVersion7();
   if (!io.FieldReadBlockBegin(isOld ? "Properties60" : "Properties70")) return;
-  const char* record = isOld ? "Property" : "P";
+  const std::string_view record = isOld ? "Property" : "P";
   const int32_t count = io.FieldGetInstanceCount(record);
   object.ReserveProperties(count);
   KnownHeads& known = KnownHeads::Of(object.GetClassId());

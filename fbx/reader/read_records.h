@@ -126,4 +126,4 @@ std::vector<FbxConnection> ReadConnections(FbxIO& io, FbxDocument& document,
                                            FbxObjectReferences& references);
 // Makes connections, each once unless it may repeat, but for those that would give a node a second
 // parent, close a ring or lead too deep. The root node may be null.
-void MakeConnections(std::vector<FbxConnection> connections, const FbxNode* rootNode);
+void MakeConnections(const std::vector<FbxConnection>& connections, const FbxNode* rootNode);

@@ -228,5 +228,5 @@ void FbxReaderFbx6::ConnectObjects() {
     connection.destination = mesh->RootProperty();
     return false;
   });
-  MakeConnections(std::move(connections), RootNode());
+  MakeConnections(connections, RootNode());
 }
