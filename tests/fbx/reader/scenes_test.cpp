@@ -52,6 +52,13 @@ TEST(Scenes, EveryFormOfFileSaysTheSame) {
                   P("short", "Short", "", "", {int16_t{-300}}), P("long", "LongLong", "", "", {7}),
                   P("time", "KTime", "Time", "", {int64_t{1} << 41}),
                   P("float", "Float", "", "", {0.25F}), P("text", "KString", "", "", {"a b"})});
+  // Heads of properties that came before, with other letters, in another order, among others.
+  for (const char* letters : {"", "A", "A+", "A"}) {
+    scene.Bone(std::string("again") + letters, bone,
+               {P("Lcl Scaling", "Lcl Scaling", "", letters, {1.0, 2.0, 3.0}),
+                P("text", "KString", "", "", {"c"}), P("RotationActive", "bool", "", letters, {1}),
+                P("Lcl Translation", "Lcl Translation", "", "A", {4.0, 5.0, 6.0})});
+  }
   const auto mesh = scene.Mesh("mesh", {0, 0, 0, 1, 0, 0, 0, 1, 0}, {{0, 1, 2}},
                                {Normals("ByVertice", "IndexToDirect", {0, 0, 1}, {0, 0, 0}),
                                 UVs("map", "ByPolygonVertex", "Direct", {0, 0, 1, 0, 0.5, 1})});
