@@ -14,7 +14,7 @@ enum class ArgumentCheck { kNone, kRequired };
 
 struct OptionDescriptor {
   int index;
-  static constexpr int type = 0;  // of every row
+  static constexpr int kType = 0;  // the type word of every row
   std::string_view shortName;
   std::string_view longName;
   ArgumentCheck check;
