@@ -1,13 +1,12 @@
 #include "fbx/io/fbx_io_field_list.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace {
 
 // As ==, which the compiler leaves as two calls: names of records are compared most of all.
 bool IsSame(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size()) == 0;
+  return std::equal(a.begin(), a.end(), b.begin(), b.end());
 }
 
 }  // namespace
