@@ -7,9 +7,8 @@ namespace {
 
 constexpr std::string_view kLetters = "xyz";
 
-// The selector of the axis that `text` names; 0 if it names none.
+// The selector of the axis that `text`, which isn't empty, names; 0 if it names none.
 int SelectorOf(std::string_view text) {
-  if (text.empty()) return 0;
   const size_t axis = kLetters.find(text.back());
   if (axis == std::string_view::npos) return 0;
   const int selector = static_cast<int>(axis) + 1;

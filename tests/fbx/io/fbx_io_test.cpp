@@ -209,9 +209,9 @@ TEST_P(EveryForm, GivesValuesInOrder) {
   EXPECT_EQ(io.FieldReadGetCount(), 12);
   EXPECT_EQ(io.FieldReadI(), 7);
   EXPECT_EQ(io.FieldReadLL(), -5'000'000'000);
-  EXPECT_EQ(io.FieldReadF(), 0.1F);
-  EXPECT_EQ(io.FieldReadF(), 0x1p-125F);
-  EXPECT_EQ(io.FieldReadF(), 0.0F);
+  float floats[3];
+  io.FieldReadFn(floats, 3);
+  EXPECT_THAT(floats, ElementsAre(0.1F, 0x1p-125F, 0.0F));
   EXPECT_EQ(io.FieldReadC(), "text");
   EXPECT_EQ(io.FieldReadShort(), -3);
   EXPECT_EQ(io.FieldReadByte(), -4);
