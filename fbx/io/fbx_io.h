@@ -247,10 +247,11 @@ class FbxIO {
     out.clear();
     return FieldReadBegin(name) && FieldReadArray(out);
   }
-  // The values of the first record of a name as they are stored: equal bytes of one file hold equal
-  // values. Empty in text, for long records, and where there is none. Valid until the list is left.
-  std::string_view FieldGetStoredValues(std::string_view name) {
-    return FieldReadBegin(name) ? current_->StoredValues() : std::string_view();
+  // The value of the first record of a name as it is stored: equal bytes of one file hold equal
+  // values. Empty in text, for long records, and where there isn't just one value. Valid until the
+  // list is left.
+  std::string_view FieldGetStoredValue(std::string_view name) {
+    return FieldReadBegin(name) ? current_->StoredValue() : std::string_view();
   }
   // The int64 array of the first record of a name; null if there is none. Where the array is the
   // one that the last call gave, both share it, and are decoded once if their stored bytes agree.

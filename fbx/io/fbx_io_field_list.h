@@ -154,11 +154,12 @@ class FbxIOFieldList {
   bool ReadArray(std::vector<int8_t>& out);
   bool ReadArray(std::vector<uint8_t>& out);
   bool ReadArray(std::vector<bool>& out);
-  // All values of the current record as they are stored: equal bytes of one file hold equal values.
-  // Empty in text, and for blocks of more than kMaxBufferedBlock bytes. Valid as ReadString's text.
-  std::string_view StoredValues();
+  // The one value of the current record as it is stored: equal bytes of one file hold equal values.
+  // Empty in text, for blocks of more than kMaxBufferedBlock bytes, and where there isn't just one
+  // value. Valid as ReadString's text.
+  std::string_view StoredValue();
   // The next `count` values of the current record as they are stored, and passes over them; empty,
-  // with the cursor left, where StoredValues is or there aren't as many.
+  // with the cursor left, in text, for such blocks, and where there aren't as many.
   std::string_view TakeStored(int32_t count);
 
  private:

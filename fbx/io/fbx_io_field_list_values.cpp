@@ -370,9 +370,10 @@ bool FbxIOFieldList::ReadAnyArray(char letter, std::vector<T>& out) {
   return false;
 }
 
-std::string_view FbxIOFieldList::StoredValues() {
+std::string_view FbxIOFieldList::StoredValue() {
   const FbxIOFieldInstance* instance = Current();
-  if (instance == nullptr || !instance->isBuffered) return {};
+  // The same bytes may be said to hold no value, or others than one.
+  if (instance == nullptr || !instance->isBuffered || instance->valueCount != 1) return {};
   return BlockView(*instance, 0, instance->valueBytes);
 }
 

@@ -35,7 +35,7 @@ bool FbxIO::FieldReadBegin(int32_t field, int32_t instance) {
 
 FbxSharedArray<int64_t> FbxIO::FieldReadSharedArray(std::string_view name) {
   if (!FieldReadBegin(name)) return nullptr;
-  const std::string_view bytes = current_->StoredValues();
+  const std::string_view bytes = current_->StoredValue();
   if (!bytes.empty() && bytes == sharedBytes_) return sharedArray_;
   std::vector<int64_t> array;
   FieldReadArray(array);

@@ -74,7 +74,7 @@ std::shared_ptr<const KFCurveAttributes> FbxAttributeReader::Read(FbxIO& io) {
   bool isKnown = last_ != nullptr;
   for (size_t i = 0; i < bytes_.size(); ++i) {
     constexpr std::array kFields = {"KeyAttrFlags", "KeyAttrDataFloat", "KeyAttrRefCount"};
-    const std::string_view bytes = io.FieldGetStoredValues(kFields[i]);
+    const std::string_view bytes = io.FieldGetStoredValue(kFields[i]);
     isKnown = isKnown && !bytes.empty() && bytes == bytes_[i];
     if (!isKnown) bytes_[i] = bytes;
   }

@@ -134,6 +134,33 @@ TEST(FbxIOHostile, ValuesThatDontFit) {
   EXPECT_EQ(number.io.FieldReadD(), 0.0);
 }
 
+TEST(FbxIOHostile, ArraysOfTheSameBytesButOtherCountsOfValues) {
+  const std::string array = Word(1, "l") + Word(0) + Word(8) + Word(7) + Word(0);
+  const auto withKeys = [&](uint32_t count) {
+    FbxRecord curve{"C", {}, {{"K", {std::vector<int64_t>{7}}}}};
+    std::string bytes = MakeFile({curve, curve});
+    const size_t record = bytes.rfind("\1K") - 12;
+    for (size_t i = 0; i < 4; ++i) bytes[record + 4 + i] = static_cast<char>(count >> 8 * i);
+    EXPECT_EQ(bytes.substr(record + 14, array.size()), array);
+    return bytes;
+  };
+  for (const uint32_t count : {0U, 1U}) {
+    OpenedIO file(withKeys(count));
+    std::vector<bool> isFilled;
+    std::vector<bool> isStored;
+    for (int32_t i = 0; i < 2; ++i) {
+      ASSERT_TRUE(file.io.FieldReadBegin("C", i));
+      ASSERT_TRUE(file.io.FieldReadBlockBegin());
+      const FbxSharedArray<int64_t> keys = file.io.FieldReadSharedArray("K");
+      isFilled.push_back(keys != nullptr && !keys->empty());
+      isStored.push_back(!file.io.FieldGetStoredValue("K").empty());
+      file.io.FieldReadBlockEnd();
+    }
+    EXPECT_EQ(isFilled, (std::vector<bool>{true, count == 1}));
+    EXPECT_EQ(isStored, (std::vector<bool>{true, count == 1}));
+  }
+}
+
 TEST(FbxIOHostile, ArraysThatLie) {
   const auto read = [](uint32_t count, uint32_t encoding, const std::string& data,
                        uint32_t stored) {
