@@ -72,6 +72,7 @@ TEST_F(Materials, AFileThatCannotBeWrittenLeavesNoRecord) {
   std::filesystem::create_directories(dir_.File("B.xrf/in the way"));
   EXPECT_EQ(Run({"s.fbx", "export", "texture"}),
             "MATERIAL: 1 A FILENAME: A.xrf TEXTURE: DiffuseColor a.png\n");
+  EXPECT_EQ(run_.err, "veltrum: 'B.xrf' can't be written: Is a directory\n");
 }
 
 TEST_F(Materials, FilesOfTheMediaFolderAreListed) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "converter/base/complaint.h"
 #include "converter/base/conversion_arguments.h"
 #include "converter/base/names.h"
 #include "converter/base/records.h"
@@ -13,6 +14,7 @@
 namespace {
 
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
@@ -31,6 +33,8 @@ TEST(Records, EncodedNames) {
   EXPECT_EQ(urlencode(std::string_view("\0\x7f", 2)), "% 0%7F");
   EXPECT_EQ(encodeName(true, ""), "unnamed");
   EXPECT_EQ(encodeName(false, ""), "");
+  EXPECT_THAT(QuotedList(std::vector<std::string>(20, "a")), EndsWith("'a', 'a'"));
+  EXPECT_THAT(QuotedList(std::vector<std::string>(21, "a")), EndsWith("'a', 'a' and 1 more"));
 }
 
 TEST(Records, DumpOfACommand) {

@@ -63,7 +63,7 @@ ConversionArguments SceneFile(const TempDir& dir, const std::string& name, const
   SceneBuilder scene;
   const int64_t bone = scene.Bone("Hips");
   scene.Key(scene.AddClip(clip, 0, 30).layer, bone, "TX", {0, 10, 20}, {1, 2, 3});
-  scene.SetTimeMode(timeMode);
+  scene.SetTimeMode(timeMode).SetGlobal(P("TimeProtocol", "enum", "", "", {timeMode % 2}));
   ConversionArguments args;
   args.inputFilename = dir.Write(name, scene.Write());
   args.type = ANIM_OBJECT;
@@ -79,10 +79,10 @@ TEST(Session, ScenesSideBySide) {
   FbxWrapper& scene = first.SceneOf(walk);
   FbxWrapper& other = second.SceneOf(film);
   // Each lists by its own rate, whichever was loaded last.
-  EXPECT_EQ(Printed([&] { ExportAnimation(scene, walk).List(); }).substr(0, 31),
-            "ANIM: Walk MODE: 30 frames/s PR");
-  EXPECT_EQ(Printed([&] { ExportAnimation(other, film).List(); }).substr(0, 31),
-            "ANIM: Film MODE: 24 frames/s PR");
+  EXPECT_THAT(Printed([&] { ExportAnimation(scene, walk).List(); }),
+              StartsWith("ANIM: Walk MODE: 30 frames/s PROTOCOL: SMPTE EProtocol "));
+  EXPECT_THAT(Printed([&] { ExportAnimation(other, film).List(); }),
+              StartsWith("ANIM: Film MODE: 24 frames/s PROTOCOL: Frame count "));
 }
 
 TEST(Session, AnimationsGoWithTheirScene) {

@@ -105,6 +105,8 @@ TEST_F(BoneNames, PlacesFromAPoseAndWithoutOne) {
   EXPECT_EQ(place(child, &given), "0 100 1 ");
   pose->Add(parent, Placed(7, 7, 7).ToMatrix(), false);
   EXPECT_EQ(place(child), "7 7 8 ");
+  pose->Add(scene->GetRootNode(), Placed(0, 0, 1).ToMatrix(), true);
+  EXPECT_EQ(place(scene->GetRootNode()), "0 0 1 ") << "nothing is above it";
   // Without the scaling of either.
   const FbxAMatrix local = getLocalTransform(FbxAMatrix({1, 0, 0}, {0, 0, 90}, {2, 2, 2}),
                                              FbxAMatrix({1, 3, 0}, {0, 0, 90}, {5, 5, 5}));
