@@ -232,7 +232,8 @@ bool FbxIO::ProjectReadExtendedHeader(FbxIOFileHeaderInfo* info) {
   if (format_.isBinary) {
     FbxBinaryRecord record;
     if (source_->Size() - mainPosition_ < static_cast<int64_t>(format_.offsetWidth)) return true;
-    if (!record.Read(*source_, format_, mainPosition_, source_->Size())) return Corrupted();
+    const std::string_view head = source_->View(mainPosition_, FbxBinaryRecord::kLongestHead);
+    if (!record.Read(head, format_, mainPosition_, source_->Size())) return Corrupted();
     if (record.IsNull() || record.name != kHeaderBlock || !record.HasBlock()) return true;
     block = record.values + record.valueBytes;
     end = record.end;
@@ -257,8 +258,10 @@ bool FbxIO::ProjectReadExtendedHeader(FbxIOFileHeaderInfo* info) {
   if (!isRead) return false;
 
   mainPosition_ = end;
+  if (!format_.isBinary) return true;
   FbxBinaryRecord next;
-  if (format_.isBinary && next.Read(*source_, format_, end, source_->Size()) && next.IsNull()) {
+  const std::string_view head = source_->View(end, FbxBinaryRecord::kLongestHead);
+  if (next.Read(head, format_, end, source_->Size()) && next.IsNull()) {
     // Old files have the header block in a list of its own.
     mainPosition_ += FbxBinaryRecord::NullSize(format_);
   }

@@ -174,8 +174,11 @@ class FbxIO {
   std::string_view FieldReadR();
   // The next `count` values as they are stored, letters included: in one file equal bytes hold
   // equal values. Empty, and nothing is read, in ASCII files, in records with more than 4 KiB of
-  // values, and where there aren't as many. Valid until the list is left.
+  // values, and where there aren't as many, whole. Valid until the list is left.
   std::string_view FieldReadStored(int32_t count);
+  // Passes over the next `count` values if they are stored as `stored`, which FieldReadStored gave
+  // for as many; else reads nothing.
+  bool FieldPassStored(std::string_view stored, int32_t count);
   // Ticks, or seconds in files that hold those.
   FbxTime FieldReadT();
   FbxTimeSpan FieldReadTS();
@@ -284,7 +287,7 @@ class FbxIO {
 
   std::unique_ptr<FbxIOFieldList> MakeList();
   bool PushList(int64_t start, int64_t limit);
-  FbxIOFieldInstance* Current() const {
+  const FbxIOFieldInstance* Current() const {
     return current_ == nullptr ? nullptr : current_->Current();
   }
 

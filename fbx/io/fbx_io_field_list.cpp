@@ -1,13 +1,12 @@
 #include "fbx/io/fbx_io_field_list.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace {
 
-// As ==, which the compiler leaves as two calls: names of records are compared most of all.
-bool IsSame(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end());
-}
+// More names than these are found by an index while a list is read.
+constexpr size_t kFewNames = 16;
 
 }  // namespace
 
@@ -31,39 +30,39 @@ void FbxIOFieldList::Clear() {
   drop(instances_);
   drop(byField_);
   drop(nextPlaces_);
+  drop(sorted_);
   drop(buffer_);
   drop(textValues_);
   drop(blockMarks_);
   drop(packed_);
   constexpr size_t kMostNamesKept = 64;
-  if (names_.size() > kMostNamesKept) names_.clear();
+  if (names_.size() > kMostNamesKept) {
+    names_.clear();
+    order_ = {};
+  }
   if (!scratch_.empty()) scratch_.clear();
   if (!fieldIndex_.empty()) fieldIndex_ = {};
   currentField_ = -1;
   current_ = nullptr;
 }
 
-int32_t FbxIOFieldList::FieldIndex(std::string_view name) {
-  constexpr size_t kFewNames = 16;
+int32_t FbxIOFieldList::OtherFieldIndex(std::string_view name) {
   const size_t count = fields_.size();
-  if (!instances_.empty()) {
-    const int32_t last = instances_.back().field;
-    if (IsSame(fields_[static_cast<size_t>(last)].name, name)) return last;
-  }
   // Lists that follow one another mostly have the same names in the same order. What stands in
   // `names_` all differs, so that this one is none of the fields'.
-  const bool isExpected = count < names_.size() && IsSame(names_[count], name);
+  const bool isExpected = count < names_.size() && IsSameName(names_[count], name);
   if (!isExpected) {
     // Names are C strings to whoever asks for them.
     name = name.substr(0, name.find('\0'));
     if (count <= kFewNames) {
       for (size_t i = 0; i < count; ++i) {
-        if (IsSame(fields_[i].name, name)) return static_cast<int32_t>(i);
+        if (IsSameName(fields_[i].name, name)) return static_cast<int32_t>(i);
       }
     } else if (const auto found = fieldIndex_.find(name); found != fieldIndex_.end()) {
       return found->second;
     }
     names_.resize(count);
+    order_.clear();
     names_.emplace_back(name);
   }
   fields_.push_back({.name = names_[count]});
@@ -83,19 +82,24 @@ FbxIOFieldInstance& FbxIOFieldList::AddInstance(int32_t field) {
 }
 
 void FbxIOFieldList::Group() {
-  // Until the names are sorted, `first` is the name's number.
-  for (size_t i = 0; i < fields_.size(); ++i) fields_[i].first = i;
-  std::sort(fields_.begin(), fields_.end(),
-            [](const FbxIOField& a, const FbxIOField& b) { return a.name < b.name; });
+  const size_t count = fields_.size();
+  if (order_.size() != count) {
+    order_.resize(count);
+    std::iota(order_.begin(), order_.end(), 0U);
+    std::sort(order_.begin(), order_.end(),
+              [this](uint32_t a, uint32_t b) { return fields_[a].name < fields_[b].name; });
+  }
   if (!fieldIndex_.empty()) fieldIndex_ = {};
 
-  nextPlaces_.resize(fields_.size());
+  nextPlaces_.resize(count);
+  sorted_.resize(count);
   size_t first = 0;
-  for (FbxIOField& field : fields_) {
-    nextPlaces_[field.first] = first;
-    field.first = first;
-    first += static_cast<size_t>(field.count);
+  for (size_t i = 0; i < count; ++i) {
+    sorted_[i] = fields_[order_[i]];
+    sorted_[i].first = nextPlaces_[order_[i]] = first;
+    first += static_cast<size_t>(sorted_[i].count);
   }
+  fields_.swap(sorted_);
   byField_.resize(instances_.size());
   for (size_t i = 0; i < instances_.size(); ++i) {
     byField_[nextPlaces_[static_cast<size_t>(instances_[i].field)]++] = static_cast<uint32_t>(i);
@@ -113,6 +117,12 @@ const FbxIOField* FbxIOFieldList::Field(size_t index) const {
 }
 
 const FbxIOField* FbxIOFieldList::Find(std::string_view name) const {
+  if (fields_.size() <= kFewNames) {
+    for (const FbxIOField& field : fields_) {
+      if (IsSameName(field.name, name)) return &field;
+    }
+    return nullptr;
+  }
   const auto found = std::lower_bound(
       fields_.begin(), fields_.end(), name,
       [](const FbxIOField& field, std::string_view wanted) { return field.name < wanted; });
@@ -132,7 +142,7 @@ std::vector<FbxIORecordPlace> FbxIOFieldList::FileOrder() const {
 
 bool FbxIOFieldList::Begin(std::string_view name, int32_t instance) {
   // A loop over the records of a name asks for the same one each time.
-  if (currentField_ >= 0 && IsSame(fields_[static_cast<size_t>(currentField_)].name, name)) {
+  if (currentField_ >= 0 && IsSameName(fields_[static_cast<size_t>(currentField_)].name, name)) {
     return Begin(static_cast<size_t>(currentField_), instance);
   }
   const FbxIOField* field = Find(name);
@@ -161,6 +171,7 @@ void FbxIOFieldList::StandOnRecord() {
   current_ = nullptr;
   if (field.readCurrent >= field.count) return;
   current_ = &instances_[byField_[field.first + static_cast<size_t>(field.readCurrent)]];
-  current_->valueIndex = 0;
-  current_->valueOffset = 0;
+  block_ = BufferedBlock(*current_);
+  valueIndex_ = 0;
+  valueOffset_ = 0;
 }

@@ -11,7 +11,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <deque>
+#include <map>
 #include <span>
 #include <string>
 #include <string_view>
@@ -32,13 +34,9 @@ struct FbxIOFieldInstance {
   // ASCII: index of the first value.
   int64_t values = 0;
   uint32_t valueBytes = 0;
-  // Binary: of the next value, from the start of the value block.
-  uint32_t valueOffset = 0;
   int32_t valueCount = 0;
-  int32_t valueIndex = 0;
   int32_t field = 0;
-  // Index of the text that owns a decoded large value, -1 without one.
-  int32_t scratch = -1;
+  // Binary: whether the value block is in the list's buffer.
   bool isBuffered = false;
 };
 
@@ -83,12 +81,22 @@ struct FbxBinaryRecord {
   bool IsNull() const { return end == 0; }
   bool HasBlock() const { return values + valueBytes < end; }
 
+  // The most bytes of a record that Read looks at.
+  static constexpr size_t kLongestHead = 3 * sizeof(uint64_t) + 1 + 255;
   // Bytes of the null record.
   static int64_t NullSize(const FbxIOListFormat& format);
-  // Reads the record at `position`. False if it isn't all there, doesn't lie between `position` and
-  // `limit`, or its values don't lie within it. The name is valid until the source is used again.
-  bool Read(FbxByteSource& source, const FbxIOListFormat& format, int64_t position, int64_t limit);
+  // Reads the record at `position` from the `bytes` that stand there: kLongestHead of them, or all
+  // that there are. False if it isn't all there, doesn't lie between `position` and `limit`, or its
+  // values don't lie within it. The name is valid as long as the bytes.
+  bool Read(std::string_view bytes, const FbxIOListFormat& format, int64_t position, int64_t limit);
 };
+
+// As ==. Names of records are compared most of all, and half of them are of one letter.
+inline bool IsSameName(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  if (a.size() < 2) return a.empty() || a.front() == b.front();
+  return std::memcmp(a.data(), b.data(), a.size()) == 0;
+}
 
 class FbxIOFieldList {
  public:
@@ -119,7 +127,9 @@ class FbxIOFieldList {
   // Moves on to the next record of the current name.
   void Next();
   // The record that the cursor stands on, null if there is none.
-  FbxIOFieldInstance* Current() { return current_; }
+  const FbxIOFieldInstance* Current() const { return current_; }
+  // How many of its values have been taken.
+  int32_t ValueIndex() const { return valueIndex_; }
 
   // The letter of the next value of the current record: 'a' or 'S' in text. 'S' without a value.
   char ValueType();
@@ -136,6 +146,7 @@ class FbxIOFieldList {
   int64_t ReadLongLong();
   float ReadFloat();
   double ReadDouble();
+  void ReadDoubles(double* out, int count);
   // Text is valid until the list is cleared; that of a value in a block of more than
   // kMaxBufferedBlock bytes until the record's next one is read.
   std::string_view ReadString();
@@ -159,8 +170,10 @@ class FbxIOFieldList {
   // value. Valid as ReadString's text.
   std::string_view StoredValue();
   // The next `count` values of the current record as they are stored, and passes over them; empty,
-  // with the cursor left, in text, for such blocks, and where there aren't as many.
+  // with the cursor left, in text, for such blocks, and where there aren't as many, whole.
   std::string_view TakeStored(int32_t count);
+  // Passes over the next `count` values if they are what TakeStored gave for as many.
+  bool PassStored(std::string_view stored, int32_t count);
 
  private:
   struct TextValue {
@@ -190,22 +203,34 @@ class FbxIOFieldList {
   // Ends a text value at `end`, with the escapes replaced in place.
   void AddTextValue(size_t start, size_t end);
   FbxIOFieldInstance& AddInstance(int32_t field);
-  int32_t FieldIndex(std::string_view name);
+  // The number of a name among those of the list, which it joins.
+  int32_t FieldIndex(std::string_view name) {
+    if (!instances_.empty()) {
+      const int32_t last = instances_.back().field;
+      if (IsSameName(fields_[static_cast<size_t>(last)].name, name)) return last;
+    }
+    return OtherFieldIndex(name);
+  }
+  int32_t OtherFieldIndex(std::string_view name);
   // Sorts the names and groups the records by them.
   void Group();
   // Puts the cursor on the first value of the record that `readCurrent` of the current name tells.
   void StandOnRecord();
 
-  // Bytes of a binary record's value block from `offset` on, as View of a byte source.
-  std::string_view BlockView(const FbxIOFieldInstance& instance, uint32_t offset, size_t wanted) {
-    if (offset >= instance.valueBytes) return {};
-    const size_t rest = instance.valueBytes - offset;
-    if (!instance.isBuffered) return FileView(instance, offset, wanted);
-    return {buffer_.data() + static_cast<size_t>(instance.values) + offset, rest};
+  // Of a binary record: all of its value block, if that is in the buffer; its bytes from `offset`
+  // on in the file, as View of a byte source.
+  std::string_view BufferedBlock(const FbxIOFieldInstance& instance) const {
+    if (!instance.isBuffered) return {};
+    return {buffer_.data() + static_cast<size_t>(instance.values), instance.valueBytes};
   }
   std::string_view FileView(const FbxIOFieldInstance& instance, uint32_t offset, size_t wanted);
+  // Bytes of the current record's value block from `offset` on: in the buffer all of its rest.
+  std::string_view BlockView(uint32_t offset, size_t wanted) {
+    if (offset < block_.size()) return {block_.data() + offset, block_.size() - offset};
+    return current_->isBuffered ? std::string_view() : FileView(*current_, offset, wanted);
+  }
   // False if the bytes aren't all there.
-  bool BlockRead(const FbxIOFieldInstance& instance, uint32_t offset, char* out, size_t count);
+  bool BlockRead(uint32_t offset, char* out, size_t count);
   bool CheckValues(const FbxIOFieldInstance& instance);
   BinaryValue TakeBinary();
   std::string_view TakeText();
@@ -223,8 +248,7 @@ class FbxIOFieldList {
   bool ReadBinaryArray(char letter, std::vector<T>& out);
   // The stored bytes of an array in one piece, valid until the next call; empty if there is no
   // piece of them.
-  std::string_view StoredArray(const FbxIOFieldInstance& instance, uint32_t offset,
-                               uint32_t stored);
+  std::string_view StoredArray(uint32_t offset, uint32_t stored);
   template <class T>
   bool InflateArray(uint32_t offset, uint32_t stored, size_t count, std::vector<T>& out);
   template <class T, class Element>
@@ -251,7 +275,11 @@ class FbxIOFieldList {
   // Their indices, grouped by names.
   std::vector<uint32_t> byField_;
   int32_t currentField_ = -1;
-  FbxIOFieldInstance* current_ = nullptr;
+  const FbxIOFieldInstance* current_ = nullptr;
+  // The current record's value block, if it is in the buffer, and the next of its values.
+  std::string_view block_;
+  uint32_t valueOffset_ = 0;  // binary: from the start of the value block
+  int32_t valueIndex_ = 0;
   // Names of the fields, and behind them some of the list before; never moved once a field refers
   // to them.
   std::deque<std::string> names_;
@@ -261,8 +289,13 @@ class FbxIOFieldList {
   std::vector<char> buffer_;
   std::vector<TextValue> textValues_;
   std::vector<BlockMark> blockMarks_;
-  std::deque<std::string> scratch_;
+  // Decoded large values, by the indices of their records.
+  std::map<size_t, std::string> scratch_;
   std::vector<char> packed_;
-  // For Group alone: where the records of a name go next, by the name's number before sorting.
+  // The numbers of the fields before sorting, in sorted order; good as long as the list's names are
+  // those of the list before. Empty when they aren't.
+  std::vector<uint32_t> order_;
+  // For Group alone: where the records of a name go next, by its number; and the fields themselves.
   std::vector<size_t> nextPlaces_;
+  std::vector<FbxIOField> sorted_;
 };

@@ -174,9 +174,7 @@ void FbxIOFieldList::AddTextValue(size_t start, size_t end) {
 }
 
 std::string_view FbxIOFieldList::TakeText() {
-  FbxIOFieldInstance* instance = Current();
-  if (instance == nullptr || instance->valueIndex >= instance->valueCount) return {};
-  const TextValue& value =
-      textValues_[static_cast<size_t>(instance->values + instance->valueIndex++)];
+  if (current_ == nullptr || valueIndex_ >= current_->valueCount) return {};
+  const TextValue& value = textValues_[static_cast<size_t>(current_->values + valueIndex_++)];
   return {buffer_.data() + value.offset, value.size};
 }

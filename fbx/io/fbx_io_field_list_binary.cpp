@@ -44,24 +44,16 @@ inline uint64_t ValueSize(std::string_view bytes, bool swap) {
   return form.size + uint64_t{LoadNumber<uint32_t>(bytes.data() + form.lengthAt, swap)};
 }
 
-// Takes a value off the front of a block's rest: all of it, if the value's size can't be told.
-inline void PassValue(std::string_view& bytes, bool swap) {
-  const uint64_t size = ValueSize(bytes, swap);
-  bytes.remove_prefix(size == 0 || size > bytes.size() ? bytes.size() : size);
-}
-
 }  // namespace
 
 int64_t FbxBinaryRecord::NullSize(const FbxIOListFormat& format) {
   return static_cast<int64_t>(3 * format.offsetWidth + 1);
 }
 
-bool FbxBinaryRecord::Read(FbxByteSource& source, const FbxIOListFormat& format, int64_t position,
+bool FbxBinaryRecord::Read(std::string_view bytes, const FbxIOListFormat& format, int64_t position,
                            int64_t limit) {
-  constexpr size_t kLongestName = 255;
   const size_t width = format.offsetWidth;
   const size_t fixed = 3 * width + 1;
-  std::string_view bytes = source.View(position, fixed + kLongestName);
   if (bytes.size() < fixed) {
     // A file may end anywhere behind its last record, within the null record, too.
     end = 0;
@@ -89,11 +81,25 @@ bool FbxBinaryRecord::Read(FbxByteSource& source, const FbxIOListFormat& format,
 }
 
 bool FbxIOFieldList::ParseBinary(int64_t start, int64_t limit) {
+  // Most lists are small: taken whole, which halves the time of parsing them. Others are read
+  // record by record, so that the bytes of nested lists and large values are passed over.
+  constexpr int64_t kMostWhole = FbxByteSource::kMaxView - FbxBinaryRecord::kLongestHead;
+  const bool isWhole = start <= limit && limit - start <= kMostWhole;
+  std::string_view whole;
+  if (isWhole) {
+    const auto size = static_cast<size_t>(limit - start);
+    whole = source_.View(start, size + FbxBinaryRecord::kLongestHead);
+    const std::string_view kept = whole.substr(0, size);
+    buffer_.assign(kept.begin(), kept.end());
+  }
   int64_t position = start;
   FbxBinaryRecord record;
   while (position != limit) {
+    const std::string_view head =
+        isWhole ? whole.substr(std::min(static_cast<size_t>(position - start), whole.size()))
+                : source_.View(position, FbxBinaryRecord::kLongestHead);
     // A record ends behind its start, so that positions rise and the loop ends.
-    if (!record.Read(source_, format_, position, limit)) return false;
+    if (!record.Read(head, format_, position, limit)) return false;
     if (record.IsNull()) break;
     FbxIOFieldInstance& instance = AddInstance(FieldIndex(record.name));
     instance.end = record.end;
@@ -101,7 +107,11 @@ bool FbxIOFieldList::ParseBinary(int64_t start, int64_t limit) {
     instance.valueBytes = static_cast<uint32_t>(record.valueBytes);
     instance.valueCount = static_cast<int32_t>(record.valueCount);
     if (record.HasBlock()) instance.extension = record.values + record.valueBytes;
-    if (instance.valueBytes <= kMaxBufferedBlock) {
+    if (isWhole) {
+      instance.values -= start;
+      instance.isBuffered = true;
+      if (instance.values + record.valueBytes > static_cast<int64_t>(buffer_.size())) return false;
+    } else if (instance.valueBytes <= kMaxBufferedBlock) {
       const std::string_view values = source_.View(record.values, instance.valueBytes);
       if (values.size() < instance.valueBytes) return false;
       instance.values = static_cast<int64_t>(buffer_.size());
@@ -116,55 +126,73 @@ bool FbxIOFieldList::ParseBinary(int64_t start, int64_t limit) {
 
 std::string_view FbxIOFieldList::FileView(const FbxIOFieldInstance& instance, uint32_t offset,
                                           size_t wanted) {
+  if (offset >= instance.valueBytes) return {};
   const size_t rest = instance.valueBytes - offset;
   return source_.View(instance.values + offset, std::min(wanted, rest)).substr(0, rest);
 }
 
-bool FbxIOFieldList::BlockRead(const FbxIOFieldInstance& instance, uint32_t offset, char* out,
-                               size_t count) {
-  if (offset > instance.valueBytes || count > instance.valueBytes - offset) return false;
-  if (!instance.isBuffered) return source_.Read(instance.values + offset, out, count) == count;
-  std::copy_n(buffer_.data() + static_cast<size_t>(instance.values) + offset, count, out);
+bool FbxIOFieldList::BlockRead(uint32_t offset, char* out, size_t count) {
+  if (offset > current_->valueBytes || count > current_->valueBytes - offset) return false;
+  if (!current_->isBuffered) return source_.Read(current_->values + offset, out, count) == count;
+  std::copy_n(block_.data() + offset, count, out);
   return true;
 }
 
 bool FbxIOFieldList::CheckValues(const FbxIOFieldInstance& instance) {
+  // Of a block in the buffer, all of its rest; of another, the next value's head.
+  std::string_view rest =
+      instance.isBuffered ? BufferedBlock(instance) : FileView(instance, 0, kValueHead);
   uint64_t offset = 0;
-  for (int32_t i = 0; i < instance.valueCount; ++i) {
-    if (offset >= instance.valueBytes) return false;
-    const std::string_view bytes = BlockView(instance, static_cast<uint32_t>(offset), kValueHead);
-    if (bytes.empty() || kForms[static_cast<unsigned char>(bytes.front())].size == 0) return false;
-    if (i + 1 == instance.valueCount) break;
-    const uint64_t size = ValueSize(bytes, format_.swap);
+  for (int32_t left = instance.valueCount; left > 0; --left) {
+    if (rest.empty() || kForms[static_cast<unsigned char>(rest.front())].size == 0) return false;
+    if (left == 1) break;
+    const uint64_t size = ValueSize(rest, format_.swap);
     if (size == 0) return false;
-    offset += size;
+    if (instance.isBuffered) {
+      if (size >= rest.size()) return false;
+      rest.remove_prefix(size);
+    } else {
+      offset += size;
+      if (offset >= instance.valueBytes) return false;
+      rest = FileView(instance, static_cast<uint32_t>(offset), kValueHead);
+    }
   }
   return true;
 }
 
 FbxIOFieldList::BinaryValue FbxIOFieldList::TakeBinary() {
-  FbxIOFieldInstance* instance = current_;
-  if (instance == nullptr || instance->valueIndex >= instance->valueCount) return {};
-  const uint32_t offset = instance->valueOffset;
-  const std::string_view bytes = BlockView(*instance, offset, kValueHead);
-  ++instance->valueIndex;
+  if (current_ == nullptr || valueIndex_ >= current_->valueCount) return {};
+  const uint32_t offset = valueOffset_;
+  const std::string_view bytes = BlockView(offset, kValueHead);
+  ++valueIndex_;
   if (bytes.empty()) return {};
   const uint64_t size = ValueSize(bytes, format_.swap);
-  const uint32_t rest = instance->valueBytes - offset;
-  instance->valueOffset += size == 0 ? rest : static_cast<uint32_t>(std::min<uint64_t>(size, rest));
+  const uint32_t rest = current_->valueBytes - offset;
+  valueOffset_ += size == 0 || size > rest ? rest : static_cast<uint32_t>(size);
   return {bytes.front(), offset + 1, bytes.substr(1)};
 }
 
 std::string_view FbxIOFieldList::TakeStored(int32_t count) {
-  FbxIOFieldInstance* instance = current_;
-  if (instance == nullptr || !instance->isBuffered ||
-      instance->valueCount - instance->valueIndex < count) {
-    return {};
+  if (current_ == nullptr || current_->valueCount - valueIndex_ < count) return {};
+  const std::string_view bytes = block_.substr(std::min<size_t>(valueOffset_, block_.size()));
+  size_t passed = 0;
+  for (int32_t i = 0; i < count; ++i) {
+    if (passed == bytes.size()) return {};
+    const uint64_t size = ValueSize(bytes.substr(passed), format_.swap);
+    if (size == 0 || size > bytes.size() - passed) return {};
+    passed += size;
   }
-  const std::string_view bytes = BlockView(*instance, instance->valueOffset, 0);
-  std::string_view rest = bytes;
-  for (int32_t i = 0; i < count && !rest.empty(); ++i) PassValue(rest, format_.swap);
-  instance->valueIndex += count;
-  instance->valueOffset = instance->valueBytes - static_cast<uint32_t>(rest.size());
-  return bytes.substr(0, bytes.size() - rest.size());
+  valueIndex_ += count;
+  valueOffset_ += static_cast<uint32_t>(passed);
+  return bytes.substr(0, passed);
+}
+
+bool FbxIOFieldList::PassStored(std::string_view stored, int32_t count) {
+  if (current_ == nullptr || current_->valueCount - valueIndex_ < count ||
+      !block_.substr(std::min<size_t>(valueOffset_, block_.size())).starts_with(stored)) {
+    return false;
+  }
+  valueIndex_ += count;
+  valueOffset_ += static_cast<uint32_t>(stored.size());
+  return true;
 }

@@ -78,14 +78,12 @@ const char* ParseUsual(const char* at, const char* end, T& out) {
 }  // namespace
 
 char FbxIOFieldList::ValueType() {
-  const FbxIOFieldInstance* instance = Current();
-  if (instance == nullptr || instance->valueIndex >= instance->valueCount) return 'S';
+  if (current_ == nullptr || valueIndex_ >= current_->valueCount) return 'S';
   if (!format_.isBinary) {
-    const TextValue& value =
-        textValues_[static_cast<size_t>(instance->values + instance->valueIndex)];
+    const TextValue& value = textValues_[static_cast<size_t>(current_->values + valueIndex_)];
     return value.size > 0 && buffer_[value.offset] == '*' ? 'a' : 'S';
   }
-  const std::string_view bytes = BlockView(*instance, instance->valueOffset, 1);
+  const std::string_view bytes = BlockView(valueOffset_, 1);
   return bytes.empty() ? 'S' : bytes.front();
 }
 
@@ -107,11 +105,11 @@ int32_t FbxIOFieldList::ReadInt() { return TakeWhole<int32_t>('I'); }
 int64_t FbxIOFieldList::ReadLongLong() { return TakeWhole<int64_t>('L'); }
 
 char FbxIOFieldList::PeekChar() {
-  FbxIOFieldInstance* instance = Current();
-  if (instance == nullptr) return '\0';
-  const FbxIOFieldInstance before = *instance;
+  const uint32_t offset = valueOffset_;
+  const int32_t index = valueIndex_;
   const char character = ReadChar();
-  *instance = before;
+  valueOffset_ = offset;
+  valueIndex_ = index;
   return character;
 }
 
@@ -138,14 +136,12 @@ T FbxIOFieldList::TakeReal() {
 
 float FbxIOFieldList::ReadFloat() { return TakeReal<float>(); }
 double FbxIOFieldList::ReadDouble() { return TakeReal<double>(); }
+void FbxIOFieldList::ReadDoubles(double* out, int count) {
+  for (int i = 0; i < count; ++i) out[i] = TakeReal<double>();
+}
 
 std::span<char> FbxIOFieldList::KeepScratch(std::string text) {
-  FbxIOFieldInstance& instance = *Current();
-  if (instance.scratch < 0) {
-    instance.scratch = static_cast<int32_t>(scratch_.size());
-    scratch_.emplace_back();
-  }
-  std::string& kept = scratch_[static_cast<size_t>(instance.scratch)];
+  std::string& kept = scratch_[static_cast<size_t>(current_ - instances_.data())];
   kept = std::move(text);
   return kept;
 }
@@ -153,15 +149,14 @@ std::span<char> FbxIOFieldList::KeepScratch(std::string text) {
 std::span<char> FbxIOFieldList::TakeBytes(char letter) {
   const BinaryValue value = TakeBinary();
   if (value.type != letter) return {};
-  const FbxIOFieldInstance& instance = *Current();
   const uint32_t offset = value.payload + static_cast<uint32_t>(sizeof(uint32_t));
-  if (offset >= instance.valueBytes) return {};
-  const size_t size = std::min(Payload<uint32_t>(value), instance.valueBytes - offset);
-  if (instance.isBuffered) {
-    return {buffer_.data() + static_cast<size_t>(instance.values) + offset, size};
+  if (offset >= current_->valueBytes) return {};
+  const size_t size = std::min(Payload<uint32_t>(value), current_->valueBytes - offset);
+  if (current_->isBuffered) {
+    return {buffer_.data() + static_cast<size_t>(current_->values) + offset, size};
   }
   std::string bytes(size, '\0');
-  if (!BlockRead(instance, offset, bytes.data(), size)) return {};
+  if (!BlockRead(offset, bytes.data(), size)) return {};
   return KeepScratch(std::move(bytes));
 }
 
@@ -179,15 +174,14 @@ std::string_view FbxIOFieldList::ReadRaw() {
   return {bytes.data(), bytes.size()};
 }
 
-std::string_view FbxIOFieldList::StoredArray(const FbxIOFieldInstance& instance, uint32_t offset,
-                                             uint32_t stored) {
+std::string_view FbxIOFieldList::StoredArray(uint32_t offset, uint32_t stored) {
   // Larger ones are inflated piece by piece rather than kept.
   constexpr uint32_t kMostStored = uint32_t{64} << 20U;
-  const std::string_view atHand = BlockView(instance, offset, 1);
+  const std::string_view atHand = BlockView(offset, 1);
   if (atHand.size() >= stored) return atHand.substr(0, stored);
   if (stored > kMostStored) return {};
   packed_.resize(stored);
-  if (!BlockRead(instance, offset, packed_.data(), stored)) return {};
+  if (!BlockRead(offset, packed_.data(), stored)) return {};
   return {packed_.data(), stored};
 }
 
@@ -197,10 +191,9 @@ bool FbxIOFieldList::InflateArray(uint32_t offset, uint32_t stored, size_t count
   constexpr size_t kStep = 65536 / sizeof(T);
   // Most arrays shrink less than this, and are made in one go.
   constexpr size_t kUsualRatio = 8;
-  const FbxIOFieldInstance& instance = *Current();
   out.resize(std::min(count, std::max(kStep, stored / sizeof(T) * kUsualRatio)));
   if (out.size() == count) {
-    const std::string_view stream = StoredArray(instance, offset, stored);
+    const std::string_view stream = StoredArray(offset, stored);
     size_t written = 0;
     if (!stream.empty() && inflater_.InflateWhole(stream, reinterpret_cast<char*>(out.data()),
                                                   count * sizeof(T), written)) {
@@ -212,7 +205,7 @@ bool FbxIOFieldList::InflateArray(uint32_t offset, uint32_t stored, size_t count
   size_t produced = 0;
   uint32_t consumed = 0;
   while (true) {
-    std::string_view input = BlockView(instance, offset + consumed, 1).substr(0, stored - consumed);
+    std::string_view input = BlockView(offset + consumed, 1).substr(0, stored - consumed);
     const size_t given = input.size();
     if (given == 0) {
       if (consumed < stored) return false;
@@ -246,19 +239,18 @@ bool FbxIOFieldList::ReadBinaryArray(char letter, std::vector<T>& out) {
   constexpr size_t kHead = 3 * sizeof(uint32_t);
   const BinaryValue value = TakeBinary();
   if (value.type != letter) return false;
-  const FbxIOFieldInstance& instance = *Current();
-  const std::string_view head = BlockView(instance, value.payload, kHead);
+  const std::string_view head = BlockView(value.payload, kHead);
   if (head.size() < kHead) return false;
   const size_t count = LoadNumber<uint32_t>(head.data(), format_.swap);
   const uint32_t encoding = LoadNumber<uint32_t>(head.data() + 4, format_.swap) & 0xFF;
   const uint32_t stored = LoadNumber<uint32_t>(head.data() + 8, format_.swap);
   const uint32_t offset = value.payload + static_cast<uint32_t>(kHead);
-  if (count == 0 || stored > instance.valueBytes - offset) return false;
+  if (count == 0 || stored > current_->valueBytes - offset) return false;
 
   if (encoding == 0) {
     if (stored != count * sizeof(T)) return false;
     out.resize(count);
-    if (!BlockRead(instance, offset, reinterpret_cast<char*>(out.data()), stored)) return false;
+    if (!BlockRead(offset, reinterpret_cast<char*>(out.data()), stored)) return false;
   } else if (encoding > 1 || !InflateArray(offset, stored, count, out)) {
     return false;
   }
@@ -345,10 +337,9 @@ bool FbxIOFieldList::IsAtArray() {
 
 template <class T>
 void FbxIOFieldList::ReadPlainList(std::vector<T>& out) {
-  FbxIOFieldInstance* instance = Current();
-  if (instance == nullptr) return;
-  out.reserve(static_cast<size_t>(instance->valueCount - instance->valueIndex));
-  while (instance->valueIndex < instance->valueCount) {
+  if (current_ == nullptr) return;
+  out.reserve(static_cast<size_t>(current_->valueCount - valueIndex_));
+  while (valueIndex_ < current_->valueCount) {
     if constexpr (std::is_floating_point_v<T>) {
       out.push_back(TakeReal<T>());
     } else {
@@ -371,10 +362,9 @@ bool FbxIOFieldList::ReadAnyArray(char letter, std::vector<T>& out) {
 }
 
 std::string_view FbxIOFieldList::StoredValue() {
-  const FbxIOFieldInstance* instance = Current();
   // The same bytes may be said to hold no value, or others than one.
-  if (instance == nullptr || !instance->isBuffered || instance->valueCount != 1) return {};
-  return BlockView(*instance, 0, instance->valueBytes);
+  if (current_ == nullptr || current_->valueCount != 1) return {};
+  return BufferedBlock(*current_);
 }
 
 bool FbxIOFieldList::ReadArray(std::vector<double>& out) { return ReadAnyArray('d', out); }

@@ -98,7 +98,7 @@ int32_t FbxIO::FieldReadGetCount() {
 
 int32_t FbxIO::FieldReadGetRemain() {
   const FbxIOFieldInstance* record = Current();
-  return record == nullptr ? 0 : record->valueCount - record->valueIndex;
+  return record == nullptr ? 0 : record->valueCount - current_->ValueIndex();
 }
 
 char FbxIO::FieldReadGetType() { return current_ == nullptr ? 'S' : current_->ValueType(); }
@@ -125,6 +125,10 @@ std::string_view FbxIO::FieldReadStored(int32_t count) {
   return current_ == nullptr ? std::string_view() : current_->TakeStored(count);
 }
 
+bool FbxIO::FieldPassStored(std::string_view stored, int32_t count) {
+  return current_ != nullptr && current_->PassStored(stored, count);
+}
+
 FbxTime FbxIO::FieldReadT() {
   constexpr uint32_t kFirstWithTicks = 2001;
   if (format_.isBinary ? FieldReadGetType() == 'L'
@@ -146,7 +150,11 @@ void FbxIO::FieldReadFn(float* out, int count) {
 }
 
 void FbxIO::FieldReadDn(double* out, int count) {
-  for (int i = 0; i < count; ++i) out[i] = FieldReadD();
+  if (current_ != nullptr) {
+    current_->ReadDoubles(out, count);
+  } else {
+    std::fill_n(out, count, 0.0);
+  }
 }
 
 void FbxIO::FieldReadDn(std::string_view name, double* out, const double* defaultValue, int count) {

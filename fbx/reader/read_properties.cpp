@@ -194,11 +194,14 @@ class KnownHeads {
 
   explicit KnownHeads(int declared) : declared_(declared) {}
 
-  // An invalid target for a head that isn't known.
-  PropertyTarget Find(std::string_view stored, FbxObject& object) {
-    // Objects write the same properties in the same order, so that no hash is needed.
+  // The target of the head that the current record begins with, which is passed over; invalid for
+  // one that isn't known, and then `stored` receives its bytes.
+  PropertyTarget Take(FbxIO& io, FbxObject& object, std::string_view& stored) {
+    const int32_t count = PropertyHead::Count(io);
+    // Objects write the same properties in the same order, so that mostly one comparison will do.
     Entry* entry = last_ == nullptr ? nullptr : last_->second.next;
-    if (entry == nullptr || entry->first != stored) {
+    if (entry == nullptr || !io.FieldPassStored(entry->first, count)) {
+      stored = io.FieldReadStored(count);
       const auto found = heads_.find(stored);
       entry = found == heads_.end() ? nullptr : &*found;
       if (last_ != nullptr) last_->second.next = entry;
@@ -260,10 +263,10 @@ void ReadProperties(FbxIO& io, FbxObject& object) {
   object.ReserveProperties(count);
   KnownHeads& known = KnownHeads::Of(object.GetClassId());
   PropertyHead head;
+  io.FieldReadBegin(record);
   for (int32_t i = 0; i < count; ++i) {
-    io.FieldReadBegin(record, i);
-    const std::string_view stored = io.FieldReadStored(PropertyHead::Count(io));
-    PropertyTarget target = known.Find(stored, object);
+    std::string_view stored;
+    PropertyTarget target = known.Take(io, object, stored);
     if (!target.property.IsValid()) {
       // Reading may change the bytes in their place.
       std::string key(stored);
@@ -272,6 +275,7 @@ void ReadProperties(FbxIO& io, FbxObject& object) {
       known.Keep(std::move(key), target);
     }
     if (target.property.IsValid()) ReadProperty(io, target);
+    io.FieldReadEnd();
   }
   io.FieldReadBlockEnd();
   io.FieldReadEnd();
