@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <memory_resource>
 #include <numeric>
 #include <string_view>
 #include <unordered_map>
@@ -296,6 +295,38 @@ struct SameConnection {
   }
 };
 
+// The connections made so far, so that each is made once. The lists of the ends tell most of them
+// without a search; looking through two long lists would cost their lengths for each connection,
+// and only what ties two such ends is kept here.
+class MadeConnections {
+ public:
+  bool Contains(const FbxConnection& c) const {
+    const Ends& sources = c.destination.Sources();
+    const Ends& destinations = c.source.Destinations();
+    // One that was made while a list was short is among the first of that list.
+    if (IsAmongFirst(sources, c.source) || IsAmongFirst(destinations, c.destination)) return true;
+    return AreLong(sources, destinations) && betweenHubs_.contains(c);
+  }
+  // Before the connection is made.
+  void Add(const FbxConnection& c) {
+    if (AreLong(c.destination.Sources(), c.source.Destinations())) betweenHubs_.insert(c);
+  }
+
+ private:
+  using Ends = std::vector<FbxProperty>;
+  static constexpr size_t kShort = 16;
+
+  static bool IsAmongFirst(const Ends& ends, const FbxProperty& end) {
+    const auto last = ends.begin() + static_cast<ptrdiff_t>(std::min(ends.size(), kShort));
+    return std::find(ends.begin(), last, end) != last;
+  }
+  static bool AreLong(const Ends& a, const Ends& b) {
+    return a.size() >= kShort && b.size() >= kShort;
+  }
+
+  std::unordered_set<FbxConnection, ConnectionHash, SameConnection> betweenHubs_;
+};
+
 }  // namespace
 
 std::vector<FbxConnection> ReadConnections(FbxIO& io, FbxDocument& document,
@@ -321,16 +352,14 @@ void MakeConnections(const std::vector<FbxConnection>& connections, const FbxNod
   std::vector<Tie> ties(connections.size());
   std::transform(connections.begin(), connections.end(), ties.begin(), TieOf);
   const std::vector<bool> isDropped = FilterConnections(connections, ties, rootNode);
-  // Kept here, since looking through the ends of an object that has very many costs their number.
-  std::pmr::monotonic_buffer_resource pool;
-  std::pmr::unordered_set<FbxConnection, ConnectionHash, SameConnection> made(&pool);
-  made.reserve(connections.size());
+  MadeConnections made;
   for (size_t i = 0; i < connections.size(); ++i) {
     if (isDropped[i]) continue;
-    const bool isNew = made.insert(connections[i]).second;
+    const FbxConnection& connection = connections[i];
     // A material that a node uses twice, and a texture that is layered twice, count twice.
-    if (isNew || ties[i] == Tie::kMaterial || ties[i] == Tie::kTextures) {
-      FbxProperty(connections[i].destination).ConnectSrcProperty(connections[i].source, true);
+    if (ties[i] == Tie::kMaterial || ties[i] == Tie::kTextures || !made.Contains(connection)) {
+      made.Add(connection);
+      FbxProperty(connection.destination).ConnectSrcProperty(connection.source, true);
     }
   }
 }
