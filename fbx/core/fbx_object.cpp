@@ -84,10 +84,8 @@ void FbxObject::SetInitialName(std::string_view name) {
   initialName_ = name == name_ ? nullptr : std::make_unique<const std::string>(name);
 }
 
-FbxPropertyStore& FbxObject::Store() const {
-  if (store_ == nullptr) {
-    store_ = std::make_unique<FbxPropertyStore>(GetClassId().Record()->Page());
-  }
+FbxPropertyStore& FbxObject::MakeStore() const {
+  store_ = std::make_unique<FbxPropertyStore>(GetClassId().Record()->Page());
   return *store_;
 }
 

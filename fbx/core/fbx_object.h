@@ -139,7 +139,8 @@ class FbxObject {
   friend class FbxManager;
   friend class FbxProperty;
 
-  FbxPropertyStore& Store() const;
+  FbxPropertyStore& Store() const { return store_ != nullptr ? *store_ : MakeStore(); }
+  FbxPropertyStore& MakeStore() const;
   const std::vector<FbxObject*>& SourcesOfClass(FbxClassId classId) const;
   // The sources have changed.
   void ForgetClassLists();

@@ -14,8 +14,6 @@ bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
 // More properties than these are found by an index.
 constexpr size_t kScannedLocals = 32;
 
-uint64_t BitOf(int index) { return uint64_t{1} << (static_cast<unsigned>(index) % 64); }
-
 }  // namespace
 
 FbxPropertyValue DefaultPropertyValue(EFbxType type) {
@@ -97,8 +95,7 @@ bool FbxPropertyStore::SetTemplate(const FbxPropertyStore* source) {
   return true;
 }
 
-const FbxPropertyDeclaration& FbxPropertyStore::Declaration(int index) const {
-  if (index < class_.Count()) return class_.At(index);
+const FbxPropertyDeclaration& FbxPropertyStore::OtherDeclaration(int index) const {
   if (index >= FirstOwn()) return own_[static_cast<size_t>(index - FirstOwn())];
   return template_->own_[static_cast<size_t>(index - class_.Count())];
 }
@@ -147,8 +144,7 @@ int FbxPropertyStore::Create(std::string_view name, FbxDataType type, int parent
   return Count() - 1;
 }
 
-const FbxPropertyLocal* FbxPropertyStore::Local(int index) const {
-  if ((localBits_ & BitOf(index)) == 0) return nullptr;
+const FbxPropertyLocal* FbxPropertyStore::FindLocal(int index) const {
   if (locals_.size() <= kScannedLocals) {
     const auto found =
         std::find_if(locals_.begin(), locals_.end(),

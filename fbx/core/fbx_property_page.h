@@ -111,14 +111,19 @@ class FbxPropertyStore {
   bool SetTemplate(const FbxPropertyStore* source);
 
   int Count() const { return FirstOwn() + static_cast<int>(own_.size()); }
-  const FbxPropertyDeclaration& Declaration(int index) const;
+  const FbxPropertyDeclaration& Declaration(int index) const {
+    return index < class_.Count() ? class_.At(index) : OtherDeclaration(index);
+  }
   int Find(std::string_view name, int parent, bool caseSensitive) const;
   // Adds a property of the object's own and returns its index.
   int Create(std::string_view name, FbxDataType type, int parent);
 
   // What this object holds of a property, null when it holds nothing. Good until the object makes
   // another.
-  const FbxPropertyLocal* Local(int index) const;
+  const FbxPropertyLocal* Local(int index) const {
+    // Most look-ups are for what isn't there.
+    return (localBits_ & BitOf(index)) == 0 ? nullptr : FindLocal(index);
+  }
   FbxPropertyLocal* Local(int index);
   FbxPropertyLocal& MakeLocal(int index);
   // Room for what an object will hold of `count` properties, in one allocation.
@@ -146,6 +151,9 @@ class FbxPropertyStore {
   int FirstOwn() const {
     return class_.Count() + (template_ == nullptr ? 0 : static_cast<int>(template_->own_.size()));
   }
+  static uint64_t BitOf(int index) { return uint64_t{1} << (static_cast<unsigned>(index) % 64); }
+  const FbxPropertyDeclaration& OtherDeclaration(int index) const;
+  const FbxPropertyLocal* FindLocal(int index) const;
   int FindOwn(std::string_view name, int parent) const;
   static std::string OwnKey(std::string_view name, int parent);
 
@@ -155,7 +163,7 @@ class FbxPropertyStore {
   // In the order in which they were made. Most objects override a handful of properties, which a
   // scan finds sooner than a tree would, and without an allocation for each.
   std::vector<FbxPropertyLocal> locals_;
-  // A bit for each index, modulo 64, that is among them. Most look-ups are for what isn't there.
+  // A bit for each index, modulo 64, that is among them.
   uint64_t localBits_ = 0;
   std::vector<FbxPropertyDeclaration> own_;
   // Made when the object overrides, or has of its own, more than a scan should look at.

@@ -29,8 +29,6 @@ void FbxIOFieldList::Clear() {
   drop(fields_);
   drop(instances_);
   drop(byField_);
-  drop(nextPlaces_);
-  drop(sorted_);
   drop(buffer_);
   drop(textValues_);
   drop(blockMarks_);
@@ -39,6 +37,8 @@ void FbxIOFieldList::Clear() {
   if (names_.size() > kMostNamesKept) {
     names_.clear();
     order_ = {};
+    nextPlaces_ = {};
+    sorted_ = {};
   }
   if (!scratch_.empty()) scratch_.clear();
   if (!fieldIndex_.empty()) fieldIndex_ = {};

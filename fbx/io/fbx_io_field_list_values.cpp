@@ -27,9 +27,9 @@ std::string_view UnpackName(std::span<char> bytes) {
   auto end = nul;
   if (nul + 1 != bytes.end() && nul[1] == 1) {
     end = std::find(nul + 2, bytes.end(), '\0');
-    nul[0] = nul[1] = ':';
-    const auto name = std::rotate(bytes.begin(), nul, end);
-    std::rotate(bytes.begin(), bytes.begin() + 2, name);
+    const std::string front = std::string(nul + 2, end) + "::";
+    std::move_backward(bytes.begin(), nul, end);
+    std::copy(front.begin(), front.end(), bytes.begin());
   }
   std::fill(end, bytes.end(), '\0');
   return {bytes.data(), static_cast<size_t>(end - bytes.begin())};

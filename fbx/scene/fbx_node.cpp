@@ -218,6 +218,7 @@ FbxNode* FbxNode::GetChild(int index) const {
 }
 
 FbxNodeAttribute* FbxNode::GetNodeAttribute() const {
+  if (attributes_.empty()) return nullptr;
   return GetNodeAttributeByIndex(Property(&PropertyIndex::defaultAttributeIndex).Get<int>());
 }
 
@@ -228,7 +229,8 @@ FbxNodeAttribute* FbxNode::GetNodeAttributeByIndex(int index) const {
 
 template <typename T>
 T* FbxNode::TypedAttribute() const {
-  FbxNodeAttribute* attribute = GetNodeAttribute();
+  // Most nodes have one, which is then meant without asking which is the default.
+  FbxNodeAttribute* attribute = attributes_.size() == 1 ? attributes_.front() : GetNodeAttribute();
   if (attribute == nullptr || !attribute->Is<T>()) {
     const auto found = std::find_if(attributes_.begin(), attributes_.end(),
                                     [](const FbxNodeAttribute* a) { return a->Is<T>(); });
