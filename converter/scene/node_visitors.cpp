@@ -1,5 +1,6 @@
 #include "converter/scene/node_visitors.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "converter/base/names.h"
@@ -32,10 +33,17 @@ NodeOrder::NodeOrder(FbxNode* root) {
   WalkNodes(root, builder);
   nodes_ = std::move(builder.nodes);
   subtreeSizes_.assign(nodes_.size(), 1);
-  indices_.reserve(nodes_.size());
-  for (size_t i = 0; i < nodes_.size(); ++i) indices_.emplace(nodes_[i], static_cast<int>(i));
+  const auto [lowest, highest] = std::minmax_element(
+      nodes_.begin(), nodes_.end(),
+      [](const FbxNode* a, const FbxNode* b) { return a->GetUniqueID() < b->GetUniqueID(); });
+  if (nodes_.empty()) return;
+  lowestId_ = (*lowest)->GetUniqueID();
+  indices_.assign((*highest)->GetUniqueID() - lowestId_ + 1, -1);
+  for (size_t i = 0; i < nodes_.size(); ++i) {
+    indices_[nodes_[i]->GetUniqueID() - lowestId_] = static_cast<int>(i);
+  }
   for (size_t i = nodes_.size(); i-- > 1;) {
-    subtreeSizes_[static_cast<size_t>(indices_.at(nodes_[i]->GetParent()))] += subtreeSizes_[i];
+    subtreeSizes_[static_cast<size_t>(Index(nodes_[i]->GetParent()))] += subtreeSizes_[i];
   }
 }
 
@@ -47,8 +55,10 @@ NodeSpan NodeOrder::Subtree(const FbxNode* node) const {
 }
 
 int NodeOrder::Index(const FbxNode* node) const {
-  const auto found = indices_.find(node);
-  return found == indices_.end() ? -1 : found->second;
+  if (node == nullptr) return -1;
+  // Below the lowest, the difference wraps to a number past the end.
+  const uint64_t place = node->GetUniqueID() - lowestId_;
+  return place < indices_.size() ? indices_[place] : -1;
 }
 
 bool SkeletonRootFinderVisitor::VisitNode(FbxNode* node) {

@@ -50,7 +50,10 @@ class NodeOrder {
  private:
   std::vector<FbxNode*> nodes_;
   std::vector<size_t> subtreeSizes_;
-  std::unordered_map<const FbxNode*, int> indices_;
+  // By the nodes' unique ids, from the lowest in the tree on. Nodes of a tree are mostly made one
+  // after the other.
+  std::vector<int> indices_;
+  uint64_t lowestId_ = 0;
 };
 
 // Finds where skeletons begin: at the topmost skeleton node of a branch, and at every node whose

@@ -71,7 +71,7 @@ void FbxCurveConversion::Convert(FbxProperty property) {
 FbxAnimCurveNode* FbxCurveConversion::Converted(FbxAnimCurveNode& node) {
   const auto [at, added] = nodes_.try_emplace(&node, &node);
   if (!added) return at->second;
-  const std::vector<FbxProperty>& users = node.RootProperty().Destinations();
+  const FbxPropertyEnds& users = node.RootProperty().Destinations();
   const bool shared = std::any_of(users.begin(), users.end(), [this](const FbxProperty& user) {
     return !user.IsRoot() && !converted_(user);
   });

@@ -54,12 +54,12 @@ void FbxObject::Disconnect() {
       if (end.IsRoot() && source.IsRoot()) {
         end.GetFbxObject()->ConnectNotify(*source.GetFbxObject(), false);
       }
-      if (FbxConnectionLists* other = source.Connections()) std::erase(other->destinations, end);
+      if (FbxConnectionLists* other = source.Connections()) EraseEnd(other->destinations, end);
     }
     for (const FbxProperty& destination : lists.destinations) {
       FbxObject& object = *destination.GetFbxObject();
       if (end.IsRoot() && destination.IsRoot()) object.ConnectNotify(*end.GetFbxObject(), false);
-      if (FbxConnectionLists* other = destination.Connections()) std::erase(other->sources, end);
+      if (FbxConnectionLists* other = destination.Connections()) EraseEnd(other->sources, end);
       object.ForgetClassLists();
     }
     lists = {};
@@ -113,6 +113,11 @@ bool FbxObject::SetPropertyTemplate(const FbxObject& source) {
 
 void FbxObject::ForgetClassLists() { sourcesByClass_.reset(); }
 
+bool FbxObject::HasFewSources() const {
+  constexpr size_t kFew = 8;
+  return connections_.sources.size() <= kFew;
+}
+
 const std::vector<FbxObject*>& FbxObject::SourcesOfClass(FbxClassId classId) const {
   if (sourcesByClass_ == nullptr) {
     auto made = std::make_unique<ClassLists>();
@@ -133,10 +138,12 @@ const std::vector<FbxObject*>& FbxObject::SourcesOfClass(FbxClassId classId) con
 }
 
 int FbxObject::GetSrcObjectCount(const FbxCriteria& criteria) const {
+  if (HasFewSources()) return RootProperty().GetSrcObjectCount(criteria);
   return static_cast<int>(SourcesOfClass(criteria.ClassId()).size());
 }
 
 FbxObject* FbxObject::GetSrcObject(const FbxCriteria& criteria, int index) const {
+  if (HasFewSources()) return RootProperty().GetSrcObject(criteria, index);
   const std::vector<FbxObject*>& list = SourcesOfClass(criteria.ClassId());
   return index < 0 || static_cast<size_t>(index) >= list.size() ? nullptr
                                                                 : list[static_cast<size_t>(index)];

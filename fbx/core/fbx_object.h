@@ -105,8 +105,8 @@ class FbxObject {
   int GetDstObjectCount() const { return RootProperty().GetDstObjectCount(); }
   FbxObject* GetDstObject(int index = 0) const { return RootProperty().GetDstObject(index); }
 
-  // Sources of a class, in connection order. A list once asked for is kept until the next
-  // connection, so that a loop over the index costs what it returns.
+  // Sources of a class, in connection order. Of many sources a list once asked for is kept until
+  // the next connection, so that a loop over the index costs what it returns.
   int GetSrcObjectCount(const FbxCriteria& criteria) const;
   FbxObject* GetSrcObject(const FbxCriteria& criteria, int index) const;
   template <typename T>
@@ -141,6 +141,7 @@ class FbxObject {
 
   FbxPropertyStore& Store() const { return store_ != nullptr ? *store_ : MakeStore(); }
   FbxPropertyStore& MakeStore() const;
+  bool HasFewSources() const;
   const std::vector<FbxObject*>& SourcesOfClass(FbxClassId classId) const;
   // The sources have changed.
   void ForgetClassLists();

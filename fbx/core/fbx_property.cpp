@@ -7,17 +7,17 @@
 
 namespace {
 
-const std::vector<FbxProperty> kNoConnections;
+const FbxConnectionLists kNoConnections;
 
 // Entry `index` of those in `ends` that are objects (or properties); invalid past the end.
-FbxProperty NthEnd(const std::vector<FbxProperty>& ends, bool objects, int index) {
+FbxProperty NthEnd(const FbxPropertyEnds& ends, bool objects, int index) {
   for (const FbxProperty& end : ends) {
     if (end.IsRoot() == objects && index-- == 0) return end;
   }
   return {};
 }
 
-int CountEnds(const std::vector<FbxProperty>& ends, bool objects) {
+int CountEnds(const FbxPropertyEnds& ends, bool objects) {
   return static_cast<int>(std::count_if(
       ends.begin(), ends.end(), [objects](const FbxProperty& e) { return e.IsRoot() == objects; }));
 }
@@ -234,20 +234,20 @@ FbxConnectionLists& FbxProperty::MakeConnections() const {
   return index_ == kRoot ? object_->connections_ : MakeLocal().MakeRare().connections;
 }
 
-const std::vector<FbxProperty>& FbxProperty::Sources() const {
+const FbxPropertyEnds& FbxProperty::Sources() const {
   const FbxConnectionLists* lists = Connections();
-  return lists == nullptr ? kNoConnections : lists->sources;
+  return lists == nullptr ? kNoConnections.sources : lists->sources;
 }
 
-const std::vector<FbxProperty>& FbxProperty::Destinations() const {
+const FbxPropertyEnds& FbxProperty::Destinations() const {
   const FbxConnectionLists* lists = Connections();
-  return lists == nullptr ? kNoConnections : lists->destinations;
+  return lists == nullptr ? kNoConnections.destinations : lists->destinations;
 }
 
 bool FbxProperty::IsConnected(const FbxProperty& source) const {
   // A hub such as the scene has very many ends on one side; the other side is short.
-  const std::vector<FbxProperty>& sources = Sources();
-  const std::vector<FbxProperty>& destinations = source.Destinations();
+  const FbxPropertyEnds& sources = Sources();
+  const FbxPropertyEnds& destinations = source.Destinations();
   if (sources.size() <= destinations.size()) {
     return std::find(sources.begin(), sources.end(), source) != sources.end();
   }
@@ -257,14 +257,8 @@ bool FbxProperty::IsConnected(const FbxProperty& source) const {
 bool FbxProperty::Connect(const FbxProperty& source, bool repeat) {
   if (!IsValid() || !source.IsValid() || source == *this) return false;
   if (!repeat && IsConnected(source)) return false;
-  const auto add = [](std::vector<FbxProperty>& ends, const FbxProperty& end) {
-    // Hardly any object has one alone: it is in the scene, and it has its use.
-    constexpr size_t kUsualEnds = 2;
-    if (ends.empty()) ends.reserve(kUsualEnds);
-    ends.push_back(end);
-  };
-  add(MakeConnections().sources, source);
-  add(source.MakeConnections().destinations, *this);
+  MakeConnections().sources.push_back(source);
+  source.MakeConnections().destinations.push_back(*this);
   if (IsRoot()) {
     object_->ForgetClassLists();
     if (source.IsRoot()) object_->ConnectNotify(*source.object_, true);
@@ -284,8 +278,8 @@ bool FbxProperty::DisconnectSrcObject(FbxObject* source) {
   if (!IsConnectedSrcObject(source)) return false;
   const FbxProperty end = source->RootProperty();
   if (IsRoot()) object_->ConnectNotify(*source, false);
-  std::erase(Connections()->sources, end);
-  std::erase(end.Connections()->destinations, *this);
+  EraseEnd(Connections()->sources, end);
+  EraseEnd(end.Connections()->destinations, *this);
   object_->ForgetClassLists();
   return true;
 }
@@ -305,7 +299,7 @@ FbxObject* FbxProperty::GetSrcObject(int index) const {
 }
 
 int FbxProperty::GetSrcObjectCount(const FbxCriteria& criteria) const {
-  const std::vector<FbxProperty>& sources = Sources();
+  const FbxPropertyEnds& sources = Sources();
   return static_cast<int>(
       std::count_if(sources.begin(), sources.end(), [&](const FbxProperty& end) {
         return end.IsRoot() && criteria.Matches(*end.GetFbxObject());

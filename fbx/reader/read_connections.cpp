@@ -301,8 +301,8 @@ struct SameConnection {
 class MadeConnections {
  public:
   bool Contains(const FbxConnection& c) const {
-    const Ends& sources = c.destination.Sources();
-    const Ends& destinations = c.source.Destinations();
+    const FbxPropertyEnds& sources = c.destination.Sources();
+    const FbxPropertyEnds& destinations = c.source.Destinations();
     // One that was made while a list was short is among the first of that list.
     if (IsAmongFirst(sources, c.source) || IsAmongFirst(destinations, c.destination)) return true;
     return AreLong(sources, destinations) && betweenHubs_.contains(c);
@@ -313,14 +313,13 @@ class MadeConnections {
   }
 
  private:
-  using Ends = std::vector<FbxProperty>;
   static constexpr size_t kShort = 16;
 
-  static bool IsAmongFirst(const Ends& ends, const FbxProperty& end) {
+  static bool IsAmongFirst(const FbxPropertyEnds& ends, const FbxProperty& end) {
     const auto last = ends.begin() + static_cast<ptrdiff_t>(std::min(ends.size(), kShort));
     return std::find(ends.begin(), last, end) != last;
   }
-  static bool AreLong(const Ends& a, const Ends& b) {
+  static bool AreLong(const FbxPropertyEnds& a, const FbxPropertyEnds& b) {
     return a.size() >= kShort && b.size() >= kShort;
   }
 

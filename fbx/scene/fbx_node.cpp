@@ -186,7 +186,7 @@ void FbxNode::ConnectNotify(FbxObject& source, bool connected) {
     if (connected) {
       list.push_back(entry);
     } else {
-      std::erase(list, entry);
+      list.erase(std::remove(list.begin(), list.end(), entry), list.end());
     }
   };
   if (source.Is<FbxNode>()) {

@@ -6,6 +6,8 @@
 #include <memory>
 #include <vector>
 
+#include <boost/container/small_vector.hpp>
+
 #include "fbx/core/fbx_object.h"
 #include "fbx/core/fbx_time.h"
 #include "fbx/math/fbx_matrix.h"
@@ -243,8 +245,8 @@ class FbxNode : public FbxObject {
 
   FbxNode* parent_ = nullptr;
   std::vector<FbxNode*> children_;
-  std::vector<FbxNodeAttribute*> attributes_;
-  std::vector<FbxSurfaceMaterial*> materials_;
+  boost::container::small_vector<FbxNodeAttribute*, 1> attributes_;
+  boost::container::small_vector<FbxSurfaceMaterial*, 1> materials_;
   mutable std::unique_ptr<const FbxTransform> transform_;
   uint64_t transformRevision_ = 0;
   bool correctInheritType_ = false;
