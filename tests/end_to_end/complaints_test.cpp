@@ -17,7 +17,9 @@ class Complaints : public SceneTest {
   Complaints() {
     const int64_t hips = scene_.Bone("Hips");
     scene_.Key(scene_.AddClip("Walk", 0, 30).layer, hips, "TX", {0, 10, 20}, {1, 2, 3});
-    scene_.Cluster(scene_.Skin(scene_.Mesh("Body").mesh), hips);
+    const SceneBuilder::MeshIds body = scene_.Mesh("Body", {"smile"});
+    scene_.Cluster(scene_.Skin(body.mesh), hips);
+    scene_.KeyMorph(scene_.AddClip("Talk", 0, 30).layer, body.channels[0], {0, 1, 2}, {1, 2, 3});
   }
   std::string Told(const Words& arguments, int expectedStatus = 0) {
     Run(arguments, expectedStatus);
@@ -103,6 +105,7 @@ TEST_F(Complaints, WordsOfACommand) {
        "list anim takes no --root=find, it needs the path of a node\n"},
       {{"--up=y", "s.fbx", "list"}, "--up 'y' and --front '-y', the default," + oneAxis},
       {{"--up=-x", "--front=x", "s.fbx", "list"}, "--up '-x' and --front 'x'" + oneAxis},
+      {{"--up=n", "s.fbx", "list"}, "--up 'n' names no axis: coordinates stay as they are\n"},
       {{"--front=n", "s.fbx", "list"}, "--front 'n' names no axis: coordinates stay as they are\n"},
       {{"--coord=lfet", "s.fbx", "list"},
        "--coord 'lfet' is neither left nor right and counts as right\n"},
@@ -132,6 +135,7 @@ TEST_F(Complaints, OutputsThatCannotBeWritten) {
   const std::string reason = "' can't be written: No such file or directory\n";
   const std::pair<Words, std::string> cases[] = {
       {{root, "-dno", "s.fbx", "export", "anim", "Walk"}, "no/Walk.xaf"},
+      {{root, "-dno", "s.fbx", "export", "morphanim", "Talk-smile"}, "no/Talk-smile.xpf"},
       {{root, "-dno", "s.fbx", "export", "skel", "Hips"}, "no/Hips.xsf"},
       {{root, "-dno", "s.fbx", "export", "mesh"}, "no/Body.xmf"}};
   for (const auto& [words, file] : cases) {
@@ -144,9 +148,13 @@ TEST_F(Complaints, OutputsThatCannotBeWritten) {
 TEST_F(Complaints, InputsThatCannotBeRead) {
   std::filesystem::create_directory(dir_.File("d.fbx"));
   dir_.Write("bad.fbx", "no scene at all");
+  dir_.Write("old.fbx", "; FBX 5.8.0 project file\n");
   const std::pair<Words, std::string> cases[] = {
       {{"bad.fbx", "list"}, "'bad.fbx' can't be opened: File is corrupted " + dir_.File("bad.fbx")},
       {{"d.fbx", "list"}, "'d.fbx' can't be opened: Is a directory"},
+      {{"old.fbx", "list"},
+       "'old.fbx' can't be opened: Unexpected file type, it is of FBX version 5.8 and versions 6 "
+       "and 7 are read"},
       // This one opens and fails when it is read: none of the commands runs.
       {{"s.fbx", "list", "-", "-z", "/proc/self/mem"},
        "command file '/proc/self/mem' can't be read: Input/output error"}};

@@ -167,6 +167,9 @@ TEST_F(CurveVisitors, LightsAndUserProperties) {
             "Property:speed:Y 3\n0:7 1:-7 2:0 \nProperty:mood 3\n0:7 1:-7 2:0 \n"
             "Face smile 3\n0:5 1:5 2:5 \n");
   EXPECT_EQ(TextBelow(wrapper, "RootNode/Lamp"), "");  // not for export
+  const LayerChannels& layer = wrapper.Channels().Of(Stack(wrapper)->GetLayer(0));
+  EXPECT_EQ(DisplayAnimationNodes(layer, wrapper.GetRootNode(), true).Text(), "[Lamp] [Face] ");
+  EXPECT_EQ(DisplayAnimationNodes(layer, wrapper.GetRootNode(), false).Text(), "[RootNode] ");
 }
 
 // Comparing texts without writing them must give what comparing them written gives.
@@ -230,6 +233,12 @@ TEST_F(OlderRoute, MovesAndTheirComparison) {
             " 0  T{\0,\0,\0} Q{\0,\0,\0,\1}\n 15  T{>,\0,\0} Q{\0,\0,\0,\1}\n"s);
   EXPECT_FLOAT_EQ(animation.duration, 4);
   ASSERT_THAT(animation.tracks, SizeIs(1)) << "scaling makes no track";
+  for (const std::string bone : {"Hips", "Spine"}) {
+    EXPECT_EQ(Printed([&] {
+                exporter.IsAnimationOnSkeleton(Stack(wrapper), wrapper.GetRootNode(), {bone});
+              }),
+              bone == "Spine" ? "" : "found skeletal animation in stack Walk on node Hips\n");
+  }
   EXPECT_FLOAT_EQ(animation.tracks[0].keyframes.at(1).time, 15.5F / 15);
   EXPECT_FLOAT_EQ(animation.tracks[0].keyframes.at(1).translation.x, 62);
   animation.tracks[0].keyframes[0].rotation = {1, 0, 0, 0};
@@ -274,6 +283,8 @@ TEST_F(OlderRoute, MorphsWithTwoKeysEnough) {
   EXPECT_TRUE(exporter.ExportMorphAnim(args_, kStopBeforeAnimation));  // a save
   EXPECT_THAT(ReadFile(args_.outputFilename), HasSubstr("NUMKEYFRAMES=\"3\""));
   EXPECT_THAT(*exporter.GetMorphNodes(wrapper.GetRootNode(), Stack(wrapper, 3)), SizeIs(1));
+  EXPECT_THAT(exporter.GetMorphChannelName(wrapper.GetRootNode(), Stack(wrapper, 3)),
+              ElementsAre("smile"));
 }
 
 }  // namespace

@@ -55,6 +55,8 @@ struct Zoo : SceneBuilder {
          P("ScalingPivot", {7, 8, -9}), P("PreRotation", {15, 25, 35}),
          P("PostRotation", {-5, 45, 65}), P("RotationOrder", {eEulerYZX}), P("RotationActive", {1}),
          P("RotationMax", {12, 0, 0}), P("RotationMaxX", {1})},
+        {kTranslation, kRotation, P("PreRotation", {5, 6, 7}), P("RotationActive", {1}),
+         P("RotationSpaceForLimitOnly", {1})},
         {kTranslation, scaling, P("TranslationActive", {1}), P("TranslationMin", {0, 2.5, 0}),
          P("TranslationMax", {4, 5, 6}), P("TranslationMinY", {1}), P("TranslationMaxX", {1}),
          P("ScalingActive", {1}), P("ScalingMax", {1.25, 1.25, 1.25}), P("ScalingMaxX", {1}),
@@ -63,7 +65,7 @@ struct Zoo : SceneBuilder {
     for (const FbxRecords& kind : kinds) {
       tops.push_back(Node("top", kRoot, kind));
       int64_t node = tops.back();
-      for (const int type : {0, 1, 2, 2, 0}) {
+      for (const int type : {2, 2, 0, 1, 2}) {
         node = Node(
             "child", node,
             {kTranslation, P("Lcl Rotation", {40, -50, 60}), scaling, P("ScalingPivot", {1, 2, 3}),
@@ -114,6 +116,8 @@ TEST(AxisConversion, HandednessIsCarriedByTheSignOfTheScaling) {
                                       FbxAxisSystem({2, 1}, {1, -1}, {0, -1})}) {
     Zoo zoo;
     zoo.Drive(zoo.clip.layer, zoo.tops[0], "Lcl Scaling", {"X", "Y", "Z"}, {0, 30, 60}, {1, 3, 1});
+    const int64_t override = zoo.AddLayer(zoo.clip, {P("BlendMode", {1}), P("Weight", {50.0})});
+    zoo.Drive(override, zoo.tops[1], "Lcl Scaling", {"Y"}, {0, 30, 60}, {2, 5, 1});
     // A factor whose Z is the property's value, used by a node below, too.
     const int64_t factor =
         zoo.Drive(zoo.second, zoo.tops[0], "Lcl Scaling", {"X", "Y"}, {0, 30, 60}, {1, 1, 5});

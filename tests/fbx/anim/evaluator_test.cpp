@@ -146,6 +146,9 @@ TEST(Evaluator, LayersBlendInOrder) {
     EXPECT_EQ(node.EvaluateLocalScaling(Seconds(0)), c.scaling) << "mode " << c.mode;
     file.AnimLayer(1)->FindProperty("Mute").Set(true);
     EXPECT_EQ(node.EvaluateLocalTranslation(Seconds(1)), FbxVector4(10, 2, 3));
+    file.AnimLayer(1)->FindProperty("Mute").Set(false);
+    file.AnimLayer(0)->FindProperty("Mute").Set(true);
+    EXPECT_NE(node.EvaluateLocalTranslation(Seconds(0)), FbxVector4(0, 2, 3));
   }
 }
 

@@ -52,6 +52,8 @@ TEST_F(ObjectTest, ConnectionsKeepTheirOrderAndEndWithTheirObjects) {
   EXPECT_EQ(a->GetParent(), nullptr);
   EXPECT_EQ(mesh->GetDstObjectCount(), 1);
   EXPECT_EQ(scene->GetSrcObjectCount<FbxNode>(), 2) << "the root is the other";
+  a->Destroy();
+  EXPECT_EQ(scene->GetSrcObjectCount<FbxNode>(), 1);
 }
 
 // A found scene may be several connections away.
@@ -117,7 +119,33 @@ TEST_F(PropertyTest, ConvertsAmongTypes) {
   EXPECT_FALSE(node->FindProperty("Lcl Scaling").Set("text"));
 }
 
+TEST_F(PropertyTest, HoldsNumbersOfEveryWidth) {
+  const std::vector<std::pair<const char*, double>> kinds = {
+      {"Byte", -100},  {"UByte", 200},       {"Short", -300},     {"UShort", 40000},
+      {"Float", 0.5},  {"UInteger", 3e9},    {"LongLong", -5e15}, {"ULongLong", 9e15},
+      {"Integer", -7}, {"HalfFloat", 0.125}, {"Enum", 3}};
+  for (const auto& [type, value] : kinds) EXPECT_EQ(Make(type, value).Get<double>(), value) << type;
+  // More of them than are searched one by one.
+  std::vector<FbxProperty> many;
+  for (int i = 0; i < 50; ++i) many.push_back(Make("Integer", i));
+  for (int i = 0; i < 50; ++i) EXPECT_EQ(many[static_cast<size_t>(i)].Get<int>(), i);
+}
+
 // Time, strings and statuses.
+
+TEST(FbxString, Pieces) {
+  FbxString text("ab");
+  text += "cab";
+  text += text;
+  EXPECT_EQ(text.Text(), "abcababcab");
+  EXPECT_EQ(text.Find("ab", 1), 3);
+  EXPECT_EQ(text.Find("x"), -1);
+  EXPECT_EQ(text.ReverseFind('c'), 7);
+  EXPECT_EQ(text.ReverseFind('x'), -1);
+  EXPECT_EQ(text.Mid(7, 2) + text.Mid(9) + text.Mid(10), "cab");
+  EXPECT_TRUE(text.FindAndReplace("ab", "a") && !text.FindAndReplace("x", "y"));
+  EXPECT_EQ(text, "acaaca");
+}
 
 TEST(FbxTime, CountsFramesFromTicks) {
   const FbxTime second(FbxTime::kTicksPerSecond);

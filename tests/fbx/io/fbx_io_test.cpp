@@ -159,7 +159,10 @@ TEST(FbxIOOpen, FilesOnDisk) {
   FbxIO io(FbxIO::eBinary32, status);
   io.Fbx7Support(true);
   const std::string absent = folder.File("absent.fbx");
+  const std::string before = MakeFile({{"A", {1}}});
+  EXPECT_TRUE(io.ProjectOpen(std::string_view(before), true));
   EXPECT_FALSE(io.ProjectOpen(absent.c_str()));
+  EXPECT_EQ(io.FieldReadI("A"), 0);
   EXPECT_EQ(status.GetErrorString(), "Unable to open file " + absent);
   EXPECT_FALSE(io.ProjectOpen(folder.Path().c_str())) << "a folder";
   const std::string pipe = folder.File("pipe.fbx");

@@ -96,6 +96,7 @@ TEST(Scenes, FindsWhatACornerHas) {
     found += hasUv ? (unmapped ? "u" : "") + std::to_string(std::lround(uv[0])) + " " : "- ";
   }
   EXPECT_EQ(mesh->GetElementUV("none"), nullptr);
+  EXPECT_EQ(mesh->GetPolygonVertexIndex(2), -1);
   EXPECT_EQ(found, "2u9 13 -- 1- -- -- -- ") << "kept where there is none";
 }
 
