@@ -59,9 +59,9 @@ void AddSources(Out& out, const FbxProperty& property) {
   }
 }
 
-void AddProperties(Out& out, const FbxObject& object) {
+void AddProperties(Out& out, const FbxObject& object, bool all = false) {
   for (FbxProperty p = object.GetFirstProperty(); p.IsValid(); p = object.GetNextProperty(p)) {
-    if (!p.Modified() && p.Sources().empty()) continue;
+    if (!all && !p.Modified() && p.Sources().empty()) continue;
     out << "  " << p.GetHierarchicalName().Text() << ": " << p.GetPropertyDataType().GetName()
         << " of type " << p.GetPropertyDataType().GetType() << ", flags " << p.GetFlags() << ", "
         << p.Get<FbxString>().Text();
@@ -174,6 +174,13 @@ void AddContent(Out& out, const FbxObject& object) {
 }
 
 }  // namespace
+
+std::string PropertiesText(const FbxObject& object) {
+  Out out;
+  out << NameOf(&object) << "\n";
+  AddProperties(out, object, true);
+  return out.str();
+}
 
 std::string SceneText(const FbxScene& scene) {
   Out out;

@@ -41,6 +41,19 @@ TEST(Scenes, OptionsSwitchKindsOff) {
   }
 }
 
+// What objects say where no file says anything.
+TEST(Scenes, ObjectsBeginAsTheirClassesDeclare) {
+  FbxManager* manager = FbxManager::Create();
+  std::string text;
+  for (const char* name :
+       {"FbxNode", "FbxNull", "FbxSkeleton", "FbxLight", "FbxBlendShapeChannel", "FbxSurfacePhong",
+        "FbxFileTexture", "FbxGlobalSettings", "FbxAnimLayer", "FbxAnimStack"}) {
+    text += PropertiesText(*manager->CreateNewObjectFromClassId(manager->FindClass(name), ""));
+  }
+  ExpectKept(text, PathOf("classes.txt"));
+  manager->Destroy();
+}
+
 // A text has no types; the scenes above say what is read of it.
 TEST(Scenes, EveryFormOfFileSaysTheSame) {
   SceneBuilder scene;
