@@ -1,6 +1,7 @@
 // Control points in the output space, and the weights that bind them to bones.
 #include <algorithm>
 #include <unordered_set>
+#include <utility>
 
 #include "converter/base/records.h"
 #include "converter/mesh/mesh_stages.h"
@@ -12,13 +13,6 @@
 #include "fbx/scene/fbx_node.h"
 
 namespace {
-
-// One weight that a cluster gives a control point.
-struct StoredWeight {
-  int rank;
-  int boneId;
-  float weight;
-};
 
 // The clusters of all skins of the mesh, in order.
 std::vector<const FbxCluster*> GatherClusters(const FbxMesh& mesh) {
@@ -56,28 +50,6 @@ void VisitWeights(const FbxCluster& cluster, size_t pointCount, Visit&& visit) {
   }
 }
 
-// Sorts a point's weights by bone path and keeps the last of each bone. Returns the new end.
-StoredWeight* SortAndUnite(StoredWeight* first, StoredWeight* last) {
-  const auto byRank = [](const StoredWeight& a, const StoredWeight& b) { return a.rank < b.rank; };
-  if (!std::is_sorted(first, last, byRank)) {
-    // An insertion sort for the usual few, since stable_sort allocates.
-    constexpr ptrdiff_t kFew = 32;
-    if (last - first > kFew) {
-      std::stable_sort(first, last, byRank);
-    } else {
-      for (StoredWeight* at = first + 1; at < last; ++at) {
-        std::rotate(std::upper_bound(first, at, *at, byRank), at, at + 1);
-      }
-    }
-  }
-  StoredWeight* end = first;
-  for (StoredWeight* at = first; at != last; ++at) {
-    if (end != first && end[-1].rank == at->rank) --end;
-    *end++ = *at;
-  }
-  return end;
-}
-
 // Scales the weights of a point to the sum 1, unless the sum is 0.
 void NormalizeWeights(BoneWeight* weights, size_t count) {
   float sum = 0.0F;
@@ -113,39 +85,44 @@ bool FillInControlPointsForSkinnedBones(GroupMesh& mesh, const BoneNameMap& bone
     });
   }
   KeepLastPlaces(clusters);
+  // In the order of bone paths, so that the weights of each point come in that order.
+  std::vector<std::pair<Bone, const FbxCluster*>> byPath;
+  for (const FbxCluster* cluster : clusters) {
+    byPath.emplace_back(*bones.Find(cluster->GetLink()), cluster);
+  }
+  std::stable_sort(byPath.begin(), byPath.end(),
+                   [](const auto& a, const auto& b) { return a.first.rank < b.first.rank; });
 
   // Counts first, so that the weights of all points fill one array.
-  std::vector<size_t> ends(pointCount + 1, 0);
-  for (const FbxCluster* cluster : clusters) {
-    VisitWeights(*cluster, pointCount, [&](size_t point, double) { ++ends[point + 1]; });
+  std::vector<ControlPoint>& points = mesh.controlPoints;
+  for (const auto& [bone, cluster] : byPath) {
+    VisitWeights(*cluster, pointCount, [&](size_t point, double) { ++points[point].weightCount; });
   }
-  for (size_t i = 0; i < pointCount; ++i) ends[i + 1] += ends[i];
-  if (ends[pointCount] == 0) return false;
+  size_t total = 0;
+  for (ControlPoint& point : points) {
+    point.firstWeight = static_cast<uint32_t>(total);
+    total += std::exchange(point.weightCount, 0);
+  }
+  if (total == 0) return false;
 
-  std::vector<StoredWeight> stored(ends[pointCount]);
-  for (const FbxCluster* cluster : clusters) {
-    const Bone bone = *bones.Find(cluster->GetLink());
-    VisitWeights(*cluster, pointCount, [&](size_t point, double weight) {
-      stored[ends[point]++] = {bone.rank, bone.id, static_cast<float>(weight)};
+  mesh.weights.resize(total);
+  for (const auto& [bone, cluster] : byPath) {
+    VisitWeights(*cluster, pointCount, [&, id = bone.id](size_t index, double weight) {
+      ControlPoint& point = points[index];
+      // Of several weights of one bone the last counts.
+      BoneWeight* at = mesh.weights.data() + point.firstWeight + point.weightCount;
+      if (point.weightCount > 0 && at[-1].boneId == id) {
+        --at;
+      } else {
+        ++point.weightCount;
+      }
+      *at = {id, static_cast<float>(weight)};
     });
   }
-
-  // Each end has moved to where its point's weights end.
-  mesh.weights.reserve(stored.size());
-  StoredWeight* first = stored.data();
-  for (size_t i = 0; i < pointCount; ++i) {
-    StoredWeight* last = stored.data() + ends[i];
-    const StoredWeight* end = SortAndUnite(first, last);
-    ControlPoint& point = mesh.controlPoints[i];
-    point.firstWeight = static_cast<uint32_t>(mesh.weights.size());
-    point.weightCount = static_cast<uint32_t>(end - first);
-    for (const StoredWeight* at = first; at != end; ++at) {
-      mesh.weights.push_back({at->boneId, at->weight});
-    }
-    if (linkMode == FbxCluster::eNormalize) {
+  if (linkMode == FbxCluster::eNormalize) {
+    for (const ControlPoint& point : points) {
       NormalizeWeights(mesh.weights.data() + point.firstWeight, point.weightCount);
     }
-    first = last;
   }
   if (linkMode != FbxCluster::eNormalize) AddWarning("Unsupported cluster mode");
   return true;
