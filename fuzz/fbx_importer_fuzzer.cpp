@@ -71,7 +71,7 @@ void WalkMesh(const FbxMesh& mesh) {
 
 void WalkShape(const FbxShape& shape) {
   const FbxGeometry* base = shape.GetBaseGeometry();
-  if (base != nullptr && !shape.indices.empty() &&
+  if (base != nullptr && !shape.Indices().empty() &&
       shape.GetControlPointsCount() != base->GetControlPointsCount()) {
     std::abort();
   }

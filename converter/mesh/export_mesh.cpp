@@ -76,10 +76,15 @@ bool ExportMesh::ExportMeshesGroupedAsSubmeshes(const std::string& groupName,
     group.controlPointCount += holder->mesh->ControlPoints().size();
   }
   for (size_t i = 0; i < holders.size(); ++i) {
-    GroupMesh mesh(*holders[i]);
-    FillInControlPoints(mesh, nodes[i], bones);
-    FillInPolygonVertexIndexes(mesh, master);
-    AddToSubmeshes(mesh, group, args_, trace_);
+    {
+      GroupMesh mesh(*holders[i]);
+      FillInControlPoints(mesh, nodes[i], bones);
+      FillInPolygonVertexIndexes(mesh, master);
+      AddToSubmeshes(mesh, group, args_, trace_);
+    }
+    FbxMesh* source = holders[i]->mesh;
+    // Other nodes that show it would have it decoded again.
+    if (source != nullptr && source->GetDstObject<FbxNode>(1) == nullptr) source->Release();
   }
   return Save(group);
 }

@@ -3,6 +3,8 @@
 // either.
 #pragma once
 
+#include <cstddef>
+#include <span>
 #include <vector>
 
 #include "fbx/scene/fbx_mesh.h"
@@ -34,8 +36,8 @@ inline int MappedIndex(FbxLayerElement::EMappingMode mapping, const MeshCorner& 
 // The entry that `position` leads to through the index array; null if it is out of range.
 template <typename T>
 const T* IndexedEntry(const FbxLayerElementTemplate<T>& element, int position) {
-  if (position < 0 || static_cast<size_t>(position) >= element.index.size()) return nullptr;
-  return element.At(element.index[static_cast<size_t>(position)]);
+  const int* index = element.index.At(position);
+  return index == nullptr ? nullptr : element.At(*index);
 }
 
 // The entry at a place of the mapping. Null without an element, for -1, and for a reference mode
@@ -50,15 +52,36 @@ const T* LayerElementLookup(const FbxLayerElementTemplate<T>* element, int index
   return nullptr;
 }
 
-// The entry of the corner by the scene library's own rule: one entry for all is not known, but
-// every reference mode other than direct goes through the index array.
+// The entries of an element by corner, by the scene library's own rule: one entry for all is not
+// known, but every reference mode other than direct goes through the index array. Corners are
+// looked up by the million, so the element's arrays are looked up but once; they must stay decoded.
 template <typename T>
-const T* CornerEntry(const FbxLayerElementTemplate<T>& element, const MeshCorner& corner) {
-  if (element.mappingMode == FbxLayerElement::eAllSame) return nullptr;
-  const int position = MappedIndex(element.mappingMode, corner);
-  return element.referenceMode == FbxLayerElement::eDirect ? element.At(position)
-                                                           : IndexedEntry(element, position);
-}
+class CornerEntries {
+ public:
+  explicit CornerEntries(const FbxLayerElementTemplate<T>& element)
+      : mapping_(element.mappingMode == FbxLayerElement::eAllSame ? FbxLayerElement::eNone
+                                                                  : element.mappingMode),
+        isDirect_(element.referenceMode == FbxLayerElement::eDirect),
+        index_(element.index.Values()),
+        direct_(element.direct.Values()) {}
+
+  // Null if there is none.
+  const T* At(const MeshCorner& corner) const {
+    // As a size, a negative position is out of range, too.
+    auto position = static_cast<size_t>(MappedIndex(mapping_, corner));
+    if (!isDirect_) {
+      if (position >= index_.size()) return nullptr;
+      position = static_cast<size_t>(index_[position]);
+    }
+    return position < direct_.size() ? &direct_[position] : nullptr;
+  }
+
+ private:
+  FbxLayerElement::EMappingMode mapping_;
+  bool isDirect_;
+  std::span<const int> index_;
+  std::span<const T> direct_;
+};
 
 inline bool HasKnownMapping(const FbxLayerElement& element) {
   return element.mappingMode != FbxLayerElement::eNone &&
@@ -69,12 +92,14 @@ using NormalElements = std::vector<const FbxLayerElementNormal*>;
 
 // The normal of the corner: of the elements, which must have a known mapping, the first that has a
 // place for the corner decides. The zero vector when none does, or when that place is empty.
-inline FbxVector4 getNormalFromElements(const NormalElements& elements, const MeshCorner& corner) {
+inline const FbxDouble3& getNormalFromElements(const NormalElements& elements,
+                                               const MeshCorner& corner) {
+  static constexpr FbxDouble3 kNone{};
   for (const FbxLayerElementNormal* element : elements) {
     const int index = MappedIndex(element->mappingMode, corner);
     if (index == -1) continue;
-    const FbxVector4* normal = LayerElementLookup(element, index);
-    return normal == nullptr ? FbxVector4(0.0, 0.0, 0.0) : *normal;
+    const FbxDouble3* normal = LayerElementLookup<FbxDouble3>(element, index);
+    return normal == nullptr ? kNone : *normal;
   }
-  return {0.0, 0.0, 0.0};
+  return kNone;
 }

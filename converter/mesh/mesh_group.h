@@ -77,7 +77,7 @@ struct GroupMesh {
   std::vector<PolygonVertexAttributes> corners;
   PolygonMap polygons;
   const FbxLayerElementVertexColor* colors = nullptr;  // null: all corners are white
-  std::vector<const FbxLayerElementUV*> uvs;
+  std::vector<CornerEntries<FbxVector2>> uvs;
   MeshMorphs morphs;
 
   const ControlPoint& PointOf(uint32_t corner) const {

@@ -19,14 +19,11 @@ bool AreInOrder(std::span<const int> points, size_t pointCount) {
 
 }  // namespace
 
-PointValues::PointValues(const std::vector<int>& points, const FbxPackedVectors& offsets,
+PointValues::PointValues(std::span<const int> points, std::span<const FbxDouble3> offsets,
                          const FbxVector4* start, size_t pointCount)
-    : start_(start) {
-  listed_ = std::span(points).first(std::min(points.size(), offsets.size()));
-  if (AreInOrder(listed_, pointCount)) {
-    offsets_ = &offsets;
-    return;
-  }
+    : isOwn_(false), listed_(points.first(offsets.size())), offsets_(offsets), start_(start) {
+  if (AreInOrder(listed_, pointCount)) return;
+  isOwn_ = true;
   std::vector<std::pair<int, size_t>> places;
   for (size_t i = 0; i < listed_.size(); ++i) {
     if (listed_[i] >= 0 && static_cast<size_t>(listed_[i]) < pointCount) {
@@ -39,7 +36,7 @@ PointValues::PointValues(const std::vector<int>& points, const FbxPackedVectors&
       ownPoints_.push_back(point);
       ownValues_.push_back(StartOf(point));
     }
-    ownValues_.back() += offsets[place];
+    ownValues_.back() += FbxVector4(offsets[place], 0.0);
   }
 }
 
@@ -66,13 +63,13 @@ std::vector<MorphSource> GatherMorphSources(const FbxMesh& mesh) {
 ShapePoints::ShapePoints(const FbxShape& shape, const FbxMesh& mesh) {
   // Not through the shape's own full list of points: all shapes of a mesh with theirs would take
   // many times what the file has.
-  const FbxGeometry* base = shape.indices.empty() ? nullptr : shape.GetBaseGeometry();
+  const FbxGeometry* base = shape.Indices().empty() ? nullptr : shape.GetBaseGeometry();
   const std::vector<FbxVector4>& points =
       base == nullptr ? shape.ControlPoints() : base->ControlPoints();
   fits_ = points.size() == mesh.ControlPoints().size();
   if (!fits_) return;
   if (base != nullptr) {
-    moved_ = PointValues(shape.indices, shape.offsets, points.data(), points.size());
+    moved_ = PointValues(shape.Indices(), shape.Offsets(), points.data(), points.size());
   }
   if (base == &mesh) return;
   // Points of the shape's own, or of another geometry that its blend shape deforms as well.
@@ -103,11 +100,11 @@ std::optional<BaseNormal> BaseNormals::At(const MeshCorner& corner) const {
   }
   const int position =
       HasKnownMapping(*element_) ? MappedIndex(element_->mappingMode, place) : corner.polygonVertex;
-  const FbxVector4* entry = element_->referenceMode == FbxLayerElement::eDirect
+  const FbxDouble3* entry = element_->referenceMode == FbxLayerElement::eDirect
                                 ? element_->At(position)
-                                : IndexedEntry(*element_, position);
+                                : IndexedEntry<FbxDouble3>(*element_, position);
   BaseNormal base;
-  if (entry != nullptr) base.normal = *entry;
+  if (entry != nullptr) base.normal = FbxVector4(*entry);
   base.point = place.controlPoint;
   return base;
 }
@@ -119,10 +116,10 @@ FbxVector4 MovedNormal(FbxVector4 normal, const FbxVector4& offset) {
 }
 
 ShapeNormals::ShapeNormals(const FbxShape& shape, const FbxMesh& mesh) : mesh_(&mesh) {
-  if (!shape.normalOffsets.empty() && shape.GetBaseGeometry() == &mesh) {
+  if (!shape.NormalOffsets().empty() && shape.GetBaseGeometry() == &mesh) {
     if (mesh.GetElementNormal(0) == nullptr) return;
     base_.emplace(mesh);
-    offsets_ = PointValues(shape.indices, shape.normalOffsets, nullptr,
+    offsets_ = PointValues(shape.Indices(), shape.NormalOffsets(), nullptr,
                            static_cast<size_t>(mesh.GetControlPointsCount()));
     return;
   }
@@ -136,7 +133,8 @@ ShapeNormals::ShapeNormals(const FbxShape& shape, const FbxMesh& mesh) : mesh_(&
 FbxVector4 ShapeNormals::At(const MeshCorner& corner) const {
   if (!base_.has_value()) {
     const int point = mesh_->GetPolygonVertex(corner.polygon, corner.polygonVertex);
-    return getNormalFromElements(elements_, {corner.polygon, corner.polygonVertex, point});
+    return FbxVector4(
+        getNormalFromElements(elements_, {corner.polygon, corner.polygonVertex, point}));
   }
   const std::optional<BaseNormal> base = base_->At(corner);
   if (!base.has_value()) return {0.0, 0.0, 0.0};

@@ -44,17 +44,17 @@ class PointValues {
   // What a shape adds to `start`, the values of all points, which may be null where they are zero.
   // Points out of range are skipped; what is listed for one point several times is summed in the
   // order of the file. The shape's lists and `start` must stay where they are.
-  PointValues(const std::vector<int>& points, const FbxPackedVectors& offsets,
+  PointValues(std::span<const int> points, std::span<const FbxDouble3> offsets,
               const FbxVector4* start, size_t pointCount);
   // Of points in ascending order.
   PointValues(std::vector<int> points, std::vector<FbxVector4> values);
 
   std::span<const int> Points() const {
-    return offsets_ == nullptr ? std::span<const int>(ownPoints_) : listed_;
+    return isOwn_ ? std::span<const int>(ownPoints_) : listed_;
   }
   // The value of the point at that place among those.
   FbxVector4 At(size_t place) const {
-    return offsets_ == nullptr ? ownValues_[place] : StartOf(listed_[place]) + (*offsets_)[place];
+    return isOwn_ ? ownValues_[place] : StartOf(listed_[place]) + FbxVector4(offsets_[place], 0.0);
   }
 
  private:
@@ -62,9 +62,10 @@ class PointValues {
     return start_ == nullptr ? FbxVector4(0.0, 0.0, 0.0, 0.0) : start_[point];
   }
 
-  // Where the shape lists points in order; otherwise the offsets are null and the values our own.
+  // Where the shape lists points in order, as nearly all do, they are read there.
+  bool isOwn_ = true;
   std::span<const int> listed_;
-  const FbxPackedVectors* offsets_ = nullptr;
+  std::span<const FbxDouble3> offsets_;
   const FbxVector4* start_ = nullptr;
   std::vector<int> ownPoints_;
   std::vector<FbxVector4> ownValues_;

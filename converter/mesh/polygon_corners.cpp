@@ -1,7 +1,10 @@
 // Polygon corners with their normals, and polygons sorted by material.
 #include <algorithm>
+#include <cstring>
+#include <optional>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 
 #include "converter/base/complaint.h"
 #include "converter/base/records.h"
@@ -12,7 +15,8 @@ namespace {
 
 // The mesh's normal elements by both rules of look-up.
 struct NormalSource {
-  explicit NormalSource(const FbxMesh& mesh) : first(mesh.GetElementNormal(0)) {
+  explicit NormalSource(const FbxMesh& mesh) {
+    if (const FbxLayerElementNormal* element = mesh.GetElementNormal(0)) first.emplace(*element);
     for (int i = 0; i < mesh.GetLayerCount(); ++i) {
       const FbxLayerElementNormal* element = mesh.GetLayer(i)->normals.get();
       if (element != nullptr && HasKnownMapping(*element)) known.push_back(element);
@@ -20,12 +24,12 @@ struct NormalSource {
   }
 
   // The zero vector where there is none.
-  FbxVector4 At(const MeshCorner& corner) const {
-    const FbxVector4* normal = first == nullptr ? nullptr : CornerEntry(*first, corner);
+  const FbxDouble3& At(const MeshCorner& corner) const {
+    const FbxDouble3* normal = first.has_value() ? first->At(corner) : nullptr;
     return normal == nullptr ? getNormalFromElements(known, corner) : *normal;
   }
 
-  const FbxLayerElementNormal* first;
+  std::optional<CornerEntries<FbxDouble3>> first;
   NormalElements known;
 };
 
@@ -40,16 +44,49 @@ const FbxLayerElementVertexColor* FindColors(const FbxMesh& mesh) {
 
 // The UV elements of all channels. Corners are read by the element's name, which leads to the first
 // of that name; so a second one of that name holds nothing that counts.
-std::vector<const FbxLayerElementUV*> FindUVs(const FbxMesh& mesh) {
-  std::vector<const FbxLayerElementUV*> found;
+std::vector<CornerEntries<FbxVector2>> FindUVs(const FbxMesh& mesh) {
+  std::vector<CornerEntries<FbxVector2>> found;
   std::unordered_set<std::string_view> names;
   for (int i = 0; i < mesh.GetLayerCount(); ++i) {
     for (const std::shared_ptr<FbxLayerElementUV>& element : mesh.GetLayer(i)->uvs) {
-      if (element != nullptr && names.insert(element->name).second) found.push_back(element.get());
+      if (element != nullptr && names.insert(element->name).second) found.emplace_back(*element);
     }
   }
   return found;
 }
+
+// The corners' normals in world orientation. Corners of one control point mostly have one normal,
+// which is turned once: two square roots and six divisions less for each of the others.
+class NormalTurner {
+ public:
+  explicit NormalTurner(const GroupMesh& mesh) : mesh_(mesh), last_(mesh.controlPoints.size()) {}
+
+  // `normal` must stay where it is.
+  FbxDouble3 Turn(const FbxDouble3& normal, uint32_t corner, int point) {
+    Last& last = last_[static_cast<size_t>(point)];
+    // By their bits, so that -0 isn't taken for 0.
+    const bool isKnown =
+        last.normal != nullptr && std::memcmp(last.normal, &normal, sizeof(normal)) == 0;
+    last.normal = &normal;
+    const uint32_t known = std::exchange(last.corner, corner);
+    return isKnown ? mesh_.corners[known].normal : Turn(normal);
+  }
+  FbxDouble3 Turn(const FbxDouble3& normal) const {
+    FbxVector4 unit(normal);
+    unit.Normalize();
+    return mesh_.TurnNormal(unit).Xyz();
+  }
+
+ private:
+  // The corner of a control point that came last.
+  struct Last {
+    const FbxDouble3* normal = nullptr;
+    uint32_t corner = 0;
+  };
+
+  const GroupMesh& mesh_;
+  std::vector<Last> last_;
+};
 
 // The polygons of one material slot. A slot whose polygons all had to be left out is in use too.
 struct SlotPolygons {
@@ -67,32 +104,33 @@ void FillInCorners(GroupMesh& mesh, std::vector<SlotPolygons>& slots, const Mesh
   const int polygonCount = source.GetPolygonCount();
   const int pointCount = static_cast<int>(mesh.controlPoints.size());
 
-  mesh.corners.resize(controlPoints.size());
-  PolygonVertexAttributes* corner = mesh.corners.data();
+  mesh.corners.reserve(controlPoints.size());
+  NormalTurner turner(mesh);
   int counter = 0;
   int material = 0;
   int64_t leftOut = 0;
   for (int polygon = 0; polygon < polygonCount; ++polygon) {
-    if (materials != nullptr && static_cast<size_t>(polygon) < materials->index.size()) {
-      material = materials->index[static_cast<size_t>(polygon)];
-    }
+    const int* entry = materials == nullptr ? nullptr : materials->index.At(polygon);
+    if (entry != nullptr) material = *entry;
     const bool isSlot = material >= 0 && static_cast<size_t>(material) < slots.size();
     const int slot = isSlot ? material : 0;
     const int cornerCount = source.GetPolygonSize(polygon);
     slots[static_cast<size_t>(slot)].isUsed = true;
     bool isWhole = true;
-    for (int c = 0; c < cornerCount; ++c, ++counter, ++corner) {
+    for (int c = 0; c < cornerCount; ++c, ++counter) {
       const int point = controlPoints[static_cast<size_t>(counter)];
       if (point == -1) AddWarning("missing control point");
       const bool isThere = point >= 0 && point < pointCount;
       isWhole = isWhole && isThere;
       const MeshCorner place{polygon, counter, point};
-      FbxVector4 normal = normals.At(place);
-      normal.Normalize();
-      corner->normal = mesh.TurnNormal(normal).Xyz();
-      corner->controlPoint = isThere ? point : -1;
-      corner->polygon = polygon;
-      corner->materialIndex = slot;
+      const FbxDouble3& normal = normals.At(place);
+      PolygonVertexAttributes corner;
+      corner.normal = isThere ? turner.Turn(normal, static_cast<uint32_t>(counter), point)
+                              : turner.Turn(normal);
+      corner.controlPoint = isThere ? point : -1;
+      corner.polygon = polygon;
+      corner.materialIndex = slot;
+      mesh.corners.push_back(corner);
       morphReport.Report(place);
     }
     if (isWhole) {

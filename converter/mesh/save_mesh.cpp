@@ -50,7 +50,7 @@ void AddVertices(const GroupMesh& mesh, const std::vector<uint32_t>& vertices,
                       ColorWord(getColor(mesh, place)), influences);
 
     // Of several texture coordinates the file takes the first.
-    const FbxVector2 uv = mesh.uvs.empty() ? FbxVector2() : getUV(*mesh.uvs.front(), place);
+    const FbxVector2 uv = mesh.uvs.empty() ? FbxVector2() : getUV(mesh.uvs.front(), place);
     submesh.setTextureCoordinate(index,
                                  {static_cast<float>(uv[0]), static_cast<float>(1.0 - uv[1])});
   }

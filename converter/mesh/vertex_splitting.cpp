@@ -17,7 +17,6 @@ constexpr uint32_t kShortList = 32;
 constexpr double kCell = 8.0;
 
 constexpr FbxColor kWhite{1.0, 1.0, 1.0, 1.0};
-constexpr FbxVector2 kNoUV;
 
 int Sign(double a, double b) { return a > b ? 1 : a < b ? -1 : 0; }
 
@@ -75,8 +74,8 @@ Hash HashOf(const FirstComponents& components, size_t count, HashKind kind) {
 Hash HashOfAll(const GroupMesh& mesh, uint32_t corner, const FirstComponents& components) {
   Hash hash = HashOf(components, components.size(), kIsSo);
   const MeshCorner place = mesh.CornerOf(corner);
-  for (const FbxLayerElementUV* element : mesh.uvs) {
-    const FbxVector2& uv = getUV(*element, place);
+  for (const CornerEntries<FbxVector2>& uvs : mesh.uvs) {
+    const FbxVector2& uv = getUV(uvs, place);
     hash.Add(uv[0]);
     hash.Add(uv[1]);
   }
@@ -114,11 +113,6 @@ const FbxColor& getColor(const GroupMesh& mesh, const MeshCorner& corner) {
   return color == nullptr ? kWhite : *color;
 }
 
-const FbxVector2& getUV(const FbxLayerElementUV& element, const MeshCorner& corner) {
-  const FbxVector2* uv = CornerEntry(element, corner);
-  return uv == nullptr ? kNoUV : *uv;
-}
-
 int ComparePolygonVertexPair::Compare(uint32_t a, uint32_t b) const {
   const PolygonVertexAttributes& first = mesh_.corners[a];
   const PolygonVertexAttributes& second = mesh_.corners[b];
@@ -140,15 +134,17 @@ int ComparePolygonVertexPair::Compare(uint32_t a, uint32_t b) const {
       }
     }
   }
-  for (const FbxLayerElementUV* element : mesh_.uvs) {
-    const FbxVector2& uvOfA = getUV(*element, placeOfA);
-    const FbxVector2& uvOfB = getUV(*element, placeOfB);
+  for (const CornerEntries<FbxVector2>& uvs : mesh_.uvs) {
+    const FbxVector2& uvOfA = getUV(uvs, placeOfA);
+    const FbxVector2& uvOfB = getUV(uvs, placeOfB);
     if (&uvOfA == &uvOfB) continue;
     for (size_t i = 0; i < 2; ++i) {
       if (const int order = CompareBits(uvOfA[i], uvOfB[i]); order != 0) return order;
     }
   }
-  if (const int order = CompareMorphNormals(placeOfA, placeOfB); order != 0) return order;
+  if (!mesh_.morphs.channels.empty()) {
+    if (const int order = CompareMorphNormals(placeOfA, placeOfB); order != 0) return order;
+  }
   if (first.materialIndex != second.materialIndex) {
     return first.materialIndex > second.materialIndex ? 1 : -1;
   }

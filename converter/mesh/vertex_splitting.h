@@ -39,7 +39,11 @@ class ComparePolygonVertexPair {
 // The attributes of a corner as they lie in the scene: white, or (0, 0), where it has none.
 const FbxColor& getColor(const GroupMesh& mesh, const MeshCorner& corner);
 // In the order of the mesh's UV elements.
-const FbxVector2& getUV(const FbxLayerElementUV& element, const MeshCorner& corner);
+inline const FbxVector2& getUV(const CornerEntries<FbxVector2>& uvs, const MeshCorner& corner) {
+  static constexpr FbxVector2 kNone;
+  const FbxVector2* uv = uvs.At(corner);
+  return uv == nullptr ? kNone : *uv;
+}
 
 // Splits the control points of a mesh, one submesh after the other. What it needs for each control
 // point is kept from submesh to submesh, so that many small ones of a large mesh cost what they

@@ -27,6 +27,37 @@ FbxInflater::FbxInflater(int64_t fileSize)
     : left_(kFreeOutput + static_cast<size_t>(fileSize) * kMostGrowth) {}
 FbxInflater::~FbxInflater() = default;
 
+bool FbxInflater::InflateArray(std::string_view stream, size_t room, const Grow& grow,
+                               size_t& made) {
+  constexpr size_t kStep = 65536;
+  // Most arrays shrink less than this, and are made in one go.
+  constexpr size_t kUsualRatio = 8;
+  made = 0;
+  size_t size = std::min(room, std::max(kStep, stream.size() * kUsualRatio));
+  char* out = grow(size);
+  if (size == room && InflateWhole(stream, out, room, made)) return true;
+  made = 0;
+  if (!Begin()) return false;
+  while (true) {
+    if (made == size && size < room) {
+      size += std::min(room - size, size);
+      out = grow(size);
+    }
+    // A stream that still writes when the array is full is too long for it.
+    char spare = 0;
+    const bool isFull = made == size;
+    const size_t before = stream.size();
+    size_t written = 0;
+    const Result result = isFull ? Inflate(stream, &spare, 1, written)
+                                 : Inflate(stream, out + made, size - made, written);
+    if (result == eError || (isFull && written > 0)) return false;
+    made += written;
+    if (result == eEnd) return stream.empty();
+    if (stream.empty()) return true;
+    if (written == 0 && stream.size() == before) return false;
+  }
+}
+
 bool FbxInflater::InflateWhole(std::string_view stream, char* out, size_t room, size_t& written) {
   // What runs into the limit is counted to the byte.
   if (room >= left_) return false;

@@ -1,4 +1,4 @@
-// zlib streams, whole or piece by piece. One inflater serves all arrays of a file, so that its
+// Inflates arrays, whole or piece by piece. One inflater serves all arrays of a file, so that its
 // tables are made once, and counts what they inflate to: a stream of zeros grows a thousandfold,
 // and a small file of such streams must not fill the memory. The arrays of a scene grow tenfold at
 // best.
@@ -9,16 +9,27 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string_view>
 
 class FbxInflater {
  public:
-  enum Result { eMore, eEnd, eError };
-
   // For a file of that many bytes.
   explicit FbxInflater(int64_t fileSize);
   ~FbxInflater();
+
+  // Inflates `stream`, which is all of an array, into memory that grows with what really comes, up
+  // to `room` bytes: `grow` makes room for that many in all, keeps what is there, and says where
+  // it begins. `made` tells how many there are then. False if the stream is damaged, makes more, or
+  // is followed by anything.
+  using Grow = std::function<char*(size_t size)>;
+  bool InflateArray(std::string_view stream, size_t room, const Grow& grow, size_t& made);
+  // For an array that is to be inflated once more: bytes that it had made aren't counted twice.
+  void Uncount(size_t made) { left_ += made; }
+
+ private:
+  enum Result { eMore, eEnd, eError };
 
   // Inflates `stream` into `room` bytes at `out` in one go; `written` tells how many were made.
   // False if it isn't one whole stream that fits, or there is no memory for that: what can be read
@@ -32,7 +43,6 @@ class FbxInflater {
   // once the file's streams have made more than any scene's would.
   Result Inflate(std::string_view& input, char* out, size_t room, size_t& written);
 
- private:
   struct Stream;
   struct WholeStreams;
   std::unique_ptr<Stream> stream_;

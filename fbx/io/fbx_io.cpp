@@ -88,7 +88,7 @@ bool FbxIO::Open(std::unique_ptr<FbxByteSource> source, bool openMainSection,
                  FbxIOFileHeaderInfo* info) {
   source_ = std::move(source);
   blocks_ = std::make_unique<FbxAsciiBlocks>();
-  inflater_ = std::make_unique<FbxInflater>(source_->Size());
+  inflater_ = std::make_shared<FbxInflater>(source_->Size());
   if (!ProjectReadHeader(openMainSection, info)) {
     CheckRead();
     ProjectClose();
@@ -349,7 +349,7 @@ uint32_t FbxIO::ProjectGetSectionVersion(int32_t section) const {
 }
 
 std::unique_ptr<FbxIOFieldList> FbxIO::MakeList() {
-  return std::make_unique<FbxIOFieldList>(*source_, *blocks_, *inflater_, format_);
+  return std::make_unique<FbxIOFieldList>(*source_, *blocks_, inflater_, format_);
 }
 
 bool FbxIO::ProjectOpenSection(int32_t section) {

@@ -32,6 +32,7 @@
 #include "fbx/core/fbx_time.h"
 #include "fbx/io/fbx_io_field_list.h"
 #include "fbx/io/fbx_shared_array.h"
+#include "fbx/io/fbx_stored_array.h"
 
 class FbxIO;
 
@@ -250,6 +251,15 @@ class FbxIO {
     out.clear();
     return FieldReadBegin(name) && FieldReadArray(out);
   }
+  // The same for an array, of numbers or of vectors of them, that is decoded when it is asked for.
+  // Without one it is empty.
+  template <class T>
+  void FieldReadArray(std::string_view name, FbxStoredArray<T>& out) {
+    out = {};
+    if (FieldReadBegin(name)) {
+      out = current_->ReadStored<typename FbxStoredArray<T>::Scalar>();
+    }
+  }
   // The value of the first record of a name as it is stored: equal bytes of one file hold equal
   // values. Empty in text, for long records, and where there isn't just one value. Valid until the
   // list is left.
@@ -299,7 +309,7 @@ class FbxIO {
   int systemError_ = 0;
   std::unique_ptr<FbxByteSource> source_;
   std::unique_ptr<FbxAsciiBlocks> blocks_;
-  std::unique_ptr<FbxInflater> inflater_;
+  std::shared_ptr<FbxInflater> inflater_;  // of the stored arrays, too
   FbxIOListFormat format_;
   bool isEncrypted_ = false;
   int32_t fileVersion_ = 0;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace {
 
@@ -10,9 +11,9 @@ constexpr size_t kFewNames = 16;
 
 }  // namespace
 
-FbxIOFieldList::FbxIOFieldList(FbxByteSource& source, FbxAsciiBlocks& blocks, FbxInflater& inflater,
-                               FbxIOListFormat format)
-    : source_(source), blocks_(blocks), inflater_(inflater), format_(format) {}
+FbxIOFieldList::FbxIOFieldList(FbxByteSource& source, FbxAsciiBlocks& blocks,
+                               std::shared_ptr<FbxInflater> inflater, FbxIOListFormat format)
+    : source_(source), blocks_(blocks), inflater_(std::move(inflater)), format_(format) {}
 
 bool FbxIOFieldList::Parse(int64_t start, int64_t limit) {
   if (!(format_.isBinary ? ParseBinary(start, limit) : ParseAscii(start, limit))) return false;

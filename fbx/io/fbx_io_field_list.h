@@ -14,15 +14,17 @@
 #include <cstring>
 #include <deque>
 #include <map>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
+#include "fbx/io/fbx_stored_array.h"
+
 class FbxAsciiBlocks;
 class FbxByteSource;
-class FbxInflater;
 
 // One record.
 struct FbxIOFieldInstance {
@@ -103,9 +105,9 @@ class FbxIOFieldList {
   // A record's values are kept in memory up to this size, and stay in the file above it.
   static constexpr uint32_t kMaxBufferedBlock = 4096;
 
-  // All are kept alive by the caller as long as the list.
-  FbxIOFieldList(FbxByteSource& source, FbxAsciiBlocks& blocks, FbxInflater& inflater,
-                 FbxIOListFormat format);
+  // The caller keeps the source and the blocks alive as long as the list.
+  FbxIOFieldList(FbxByteSource& source, FbxAsciiBlocks& blocks,
+                 std::shared_ptr<FbxInflater> inflater, FbxIOListFormat format);
 
   // Reads the records of the list at `start` into this one, which is empty. It ends at `limit` at
   // the latest, with or without the null record or brace that should end it. False if it is
@@ -165,6 +167,9 @@ class FbxIOFieldList {
   bool ReadArray(std::vector<int8_t>& out);
   bool ReadArray(std::vector<uint8_t>& out);
   bool ReadArray(std::vector<bool>& out);
+  // The next value as an array of double or int32_t, which is decoded later where it can be.
+  template <class Scalar>
+  FbxStoredBytes ReadStored();
   // The one value of the current record as it is stored: equal bytes of one file hold equal values.
   // Empty in text, for blocks of more than kMaxBufferedBlock bytes, and where there isn't just one
   // value. Valid as ReadString's text.
@@ -244,13 +249,17 @@ class FbxIOFieldList {
   std::span<char> TakeBytes(char letter);
   std::span<char> KeepScratch(std::string text);
 
+  // The head of a binary array, and where its bytes stand in the value block. Without room: there
+  // is no array of that type, or it has no elements, or other bytes than it says.
+  struct ArrayHead {
+    size_t room = 0;  // bytes of the elements
+    bool isDeflated = false;
+    uint32_t stored = 0;
+    uint32_t offset = 0;
+  };
+  ArrayHead TakeArrayHead(char letter, size_t scalarSize);
   template <class T>
-  bool ReadBinaryArray(char letter, std::vector<T>& out);
-  // The stored bytes of an array in one piece, valid until the next call; empty if there is no
-  // piece of them.
-  std::string_view StoredArray(uint32_t offset, uint32_t stored);
-  template <class T>
-  bool InflateArray(uint32_t offset, uint32_t stored, size_t count, std::vector<T>& out);
+  bool ReadBinaryArray(const ArrayHead& head, std::vector<T>& out);
   template <class T, class Element>
   bool ReadTextArray(std::vector<Element>& out);
   // The numbers of a block from `start` on that holds nothing else, `count` of them. False, with
@@ -267,7 +276,7 @@ class FbxIOFieldList {
 
   FbxByteSource& source_;
   FbxAsciiBlocks& blocks_;
-  FbxInflater& inflater_;
+  std::shared_ptr<FbxInflater> inflater_;
   FbxIOListFormat format_;
   std::vector<FbxIOField> fields_;
   // In file order.

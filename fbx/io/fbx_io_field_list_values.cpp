@@ -174,90 +174,73 @@ std::string_view FbxIOFieldList::ReadRaw() {
   return {bytes.data(), bytes.size()};
 }
 
-std::string_view FbxIOFieldList::StoredArray(uint32_t offset, uint32_t stored) {
-  // Larger ones are inflated piece by piece rather than kept.
-  constexpr uint32_t kMostStored = uint32_t{64} << 20U;
-  const std::string_view atHand = BlockView(offset, 1);
-  if (atHand.size() >= stored) return atHand.substr(0, stored);
-  if (stored > kMostStored) return {};
-  packed_.resize(stored);
-  if (!BlockRead(offset, packed_.data(), stored)) return {};
-  return {packed_.data(), stored};
-}
-
-template <class T>
-bool FbxIOFieldList::InflateArray(uint32_t offset, uint32_t stored, size_t count,
-                                  std::vector<T>& out) {
-  constexpr size_t kStep = 65536 / sizeof(T);
-  // Most arrays shrink less than this, and are made in one go.
-  constexpr size_t kUsualRatio = 8;
-  out.resize(std::min(count, std::max(kStep, stored / sizeof(T) * kUsualRatio)));
-  if (out.size() == count) {
-    const std::string_view stream = StoredArray(offset, stored);
-    size_t written = 0;
-    if (!stream.empty() && inflater_.InflateWhole(stream, reinterpret_cast<char*>(out.data()),
-                                                  count * sizeof(T), written)) {
-      out.resize(written / sizeof(T));
-      return true;
-    }
-  }
-  if (!inflater_.Begin()) return false;
-  size_t produced = 0;
-  uint32_t consumed = 0;
-  while (true) {
-    std::string_view input = BlockView(offset + consumed, 1).substr(0, stored - consumed);
-    const size_t given = input.size();
-    if (given == 0) {
-      if (consumed < stored) return false;
-      break;
-    }
-    if (produced == out.size() * sizeof(T) && out.size() < count) {
-      out.resize(out.size() + std::min(count - out.size(), out.size()));
-    }
-    char* const begin = reinterpret_cast<char*>(out.data());
-    // A stream that still writes when the array is full is too long for it.
-    char spare = 0;
-    const bool isFull = produced == out.size() * sizeof(T);
-    size_t written = 0;
-    const FbxInflater::Result result =
-        isFull ? inflater_.Inflate(input, &spare, 1, written)
-               : inflater_.Inflate(input, begin + produced, out.size() * sizeof(T) - produced,
-                                   written);
-    if (result == FbxInflater::eError || (isFull && written > 0)) return false;
-    produced += written;
-    consumed += static_cast<uint32_t>(given - input.size());
-    if (result == FbxInflater::eEnd) break;
-    if (written == 0 && input.size() == given) return false;
-  }
-  if (consumed != stored) return false;
-  out.resize(produced / sizeof(T));
-  return true;
-}
-
-template <class T>
-bool FbxIOFieldList::ReadBinaryArray(char letter, std::vector<T>& out) {
+FbxIOFieldList::ArrayHead FbxIOFieldList::TakeArrayHead(char letter, size_t scalarSize) {
   constexpr size_t kHead = 3 * sizeof(uint32_t);
   const BinaryValue value = TakeBinary();
-  if (value.type != letter) return false;
-  const std::string_view head = BlockView(value.payload, kHead);
-  if (head.size() < kHead) return false;
-  const size_t count = LoadNumber<uint32_t>(head.data(), format_.swap);
-  const uint32_t encoding = LoadNumber<uint32_t>(head.data() + 4, format_.swap) & 0xFF;
-  const uint32_t stored = LoadNumber<uint32_t>(head.data() + 8, format_.swap);
-  const uint32_t offset = value.payload + static_cast<uint32_t>(kHead);
-  if (count == 0 || stored > current_->valueBytes - offset) return false;
+  if (value.type != letter) return {};
+  const std::string_view bytes = BlockView(value.payload, kHead);
+  if (bytes.size() < kHead) return {};
+  ArrayHead head;
+  head.room = LoadNumber<uint32_t>(bytes.data(), format_.swap) * scalarSize;
+  const uint32_t encoding = LoadNumber<uint32_t>(bytes.data() + 4, format_.swap) & 0xFF;
+  head.isDeflated = encoding == 1;
+  head.stored = LoadNumber<uint32_t>(bytes.data() + 8, format_.swap);
+  head.offset = value.payload + static_cast<uint32_t>(kHead);
+  const bool isThere = head.stored <= current_->valueBytes - head.offset;
+  const bool isWhole = encoding == 0 && head.stored == head.room;
+  return head.room > 0 && isThere && (isWhole || head.isDeflated) ? head : ArrayHead();
+}
 
-  if (encoding == 0) {
-    if (stored != count * sizeof(T)) return false;
-    out.resize(count);
-    if (!BlockRead(offset, reinterpret_cast<char*>(out.data()), stored)) return false;
-  } else if (encoding > 1 || !InflateArray(offset, stored, count, out)) {
-    return false;
+template <class T>
+bool FbxIOFieldList::ReadBinaryArray(const ArrayHead& head, std::vector<T>& out) {
+  if (head.room == 0) return false;
+  if (head.isDeflated) {
+    std::string_view stream = BlockView(head.offset, 1).substr(0, head.stored);
+    if (stream.size() < head.stored) {
+      packed_.resize(head.stored);
+      if (!BlockRead(head.offset, packed_.data(), head.stored)) return false;
+      stream = {packed_.data(), head.stored};
+    }
+    const auto grow = [&](size_t size) {
+      out.resize((size + sizeof(T) - 1) / sizeof(T));
+      return reinterpret_cast<char*>(out.data());
+    };
+    size_t made = 0;
+    if (!inflater_->InflateArray(stream, head.room, grow, made)) return false;
+    out.resize(made / sizeof(T));
+  } else {
+    out.resize(head.room / sizeof(T));
+    if (!BlockRead(head.offset, reinterpret_cast<char*>(out.data()), head.room)) {
+      return false;
+    }
   }
   if (format_.swap && sizeof(T) > 1) {
     for (T& element : out) element = SwapBytes(element);
   }
   return !out.empty();
+}
+
+template <class Scalar>
+FbxStoredBytes FbxIOFieldList::ReadStored() {
+  constexpr char letter = std::is_same_v<Scalar, double> ? 'd' : 'i';
+  std::vector<Scalar> values;
+  if (format_.isBinary && (!format_.hasPlainLists || IsAtArray())) {
+    const ArrayHead head = TakeArrayHead(letter, sizeof(Scalar));
+    if (head.isDeflated) {
+      FbxStoredBytes::Packed packed{.inflater = inflater_,
+                                    .stream = std::make_unique_for_overwrite<char[]>(head.stored),
+                                    .streamSize = head.stored,
+                                    .room = head.room,
+                                    .isWide = sizeof(Scalar) == sizeof(uint64_t),
+                                    .swap = format_.swap};
+      if (!BlockRead(head.offset, packed.stream.get(), head.stored)) return {};
+      return FbxStoredBytes(std::move(packed));
+    }
+    if (!ReadBinaryArray(head, values)) return {};
+  } else {
+    ReadAnyArray(letter, values);
+  }
+  return {values.data(), values.size() * sizeof(Scalar)};
 }
 
 // Text arrays are most of a text file, and nearly all hold a name and numbers only. These are
@@ -356,7 +339,9 @@ bool FbxIOFieldList::ReadAnyArray(char letter, std::vector<T>& out) {
     ReadPlainList(out);
     return !out.empty();
   }
-  if (format_.isBinary ? ReadBinaryArray(letter, out) : ReadTextArray<T>(out)) return true;
+  if (format_.isBinary ? ReadBinaryArray(TakeArrayHead(letter, sizeof(T)), out)
+                       : ReadTextArray<T>(out))
+    return true;
   out.clear();
   return false;
 }
@@ -366,6 +351,9 @@ std::string_view FbxIOFieldList::StoredValue() {
   if (current_ == nullptr || current_->valueCount != 1) return {};
   return BufferedBlock(*current_);
 }
+
+template FbxStoredBytes FbxIOFieldList::ReadStored<double>();
+template FbxStoredBytes FbxIOFieldList::ReadStored<int32_t>();
 
 bool FbxIOFieldList::ReadArray(std::vector<double>& out) { return ReadAnyArray('d', out); }
 bool FbxIOFieldList::ReadArray(std::vector<float>& out) { return ReadAnyArray('f', out); }
@@ -387,7 +375,9 @@ bool FbxIOFieldList::ReadArray(std::vector<bool>& out) {
     return !out.empty();
   }
   std::vector<uint8_t> bytes;
-  if (!(format_.isBinary ? ReadBinaryArray('b', bytes) : ReadTextArray<bool>(bytes))) return false;
+  if (!(format_.isBinary ? ReadBinaryArray(TakeArrayHead('b', 1), bytes)
+                         : ReadTextArray<bool>(bytes)))
+    return false;
   out.reserve(bytes.size());
   for (const uint8_t byte : bytes) out.push_back(byte != 0);
   return true;

@@ -18,30 +18,16 @@ constexpr int32_t kVersionWithName = 101;
 constexpr int32_t kVersionWithNormalsW = 102;
 
 void ReadData(FbxIO& io, FbxLayerElementNormal& element, int32_t version) {
-  element.direct = ReadVectors(io, "Normals", 1.0);
-  if (version < kVersionWithNormalsW) return;
-  std::vector<double> w;
-  io.FieldReadArray("NormalsW", w);
-  const size_t count = std::min(w.size(), element.direct.size());
-  for (size_t i = 0; i < count; ++i) element.direct[i][3] = w[i];
+  io.FieldReadArray("Normals", element.direct);
+  if (version >= kVersionWithNormalsW) io.FieldReadArray("NormalsW", element.w);
 }
 
 void ReadData(FbxIO& io, FbxLayerElementUV& element, int32_t /*version*/) {
-  std::vector<double> values;
-  io.FieldReadArray("UV", values);
-  element.direct.reserve(values.size() / 2);
-  for (size_t i = 0; i + 1 < values.size(); i += 2) {
-    element.direct.emplace_back(values[i], values[i + 1]);
-  }
+  io.FieldReadArray("UV", element.direct);
 }
 
 void ReadData(FbxIO& io, FbxLayerElementVertexColor& element, int32_t /*version*/) {
-  std::vector<double> values;
-  io.FieldReadArray("Colors", values);
-  element.direct.reserve(values.size() / 4);
-  for (size_t i = 0; i + 3 < values.size(); i += 4) {
-    element.direct.push_back({values[i], values[i + 1], values[i + 2], values[i + 3]});
-  }
+  io.FieldReadArray("Colors", element.direct);
 }
 
 // Materials have indices only.
@@ -141,22 +127,13 @@ std::map<int32_t, FbxLayerEntries> ReadLayerEntries(FbxIO& io) {
 
 void ReadMesh(FbxIO& io, FbxMesh& mesh) {
   ReadProperties(io, mesh);
-  mesh.SetControlPoints(ReadVectors(io, "Vertices", 0.0));
-  std::vector<int> polygons;
+  FbxStoredArray<FbxDouble3> points;
+  io.FieldReadArray("Vertices", points);
+  mesh.SetControlPoints(std::move(points));
+  FbxStoredArray<int> polygons;
   io.FieldReadArray("PolygonVertexIndex", polygons);
   mesh.SetPolygonsFromFile(std::move(polygons));
   ReadLayerElements(io, mesh);
-}
-
-std::vector<FbxVector4> ReadVectors(FbxIO& io, std::string_view field, double w) {
-  std::vector<double> values;
-  io.FieldReadArray(field, values);
-  std::vector<FbxVector4> vectors;
-  vectors.reserve(values.size() / 3);
-  for (size_t i = 0; i + 2 < values.size(); i += 3) {
-    vectors.emplace_back(values[i], values[i + 1], values[i + 2], w);
-  }
-  return vectors;
 }
 
 bool ReadMatrix(FbxIO& io, std::string_view field, FbxMatrix& out) {
@@ -203,15 +180,17 @@ void GenerateNormals(FbxMesh& mesh) {
       if (point < byPoint.size()) byPoint[point] += normal;
     }
   }
-  auto normals = std::make_shared<FbxLayerElementNormal>();
-  normals->mappingMode = FbxLayerElement::eByPolygonVertex;
-  normals->direct.reserve(corners.size());
+  std::vector<FbxDouble3> byCorner;
+  byCorner.reserve(corners.size());
   for (const int corner : corners) {
     const auto point = static_cast<size_t>(corner);
     FbxVector4 normal = point < byPoint.size() ? byPoint[point] : FbxVector4(0.0, 0.0, 0.0, 0.0);
     normal.Normalize();
-    normals->direct.push_back(normal);
+    byCorner.push_back(normal.Xyz());
   }
+  auto normals = std::make_shared<FbxLayerElementNormal>();
+  normals->mappingMode = FbxLayerElement::eByPolygonVertex;
+  normals->direct = byCorner;
   if (mesh.GetLayerCount() == 0) mesh.CreateLayer();
   mesh.GetLayer(0)->normals = std::move(normals);
 }
@@ -257,12 +236,12 @@ void ReadBlendShapeChannel(FbxIO& io, FbxBlendShapeChannel& channel) {
 
 void ReadShape(FbxIO& io, FbxShape& shape) {
   io.FieldReadArray("Indexes", shape.indices);
-  io.FieldReadArray("Vertices", shape.offsets.values);
-  io.FieldReadArray("Normals", shape.normalOffsets.values);
-  // What lies behind the last index belongs to no point. Without indices the shape is empty.
-  for (FbxPackedVectors* entries : {&shape.offsets, &shape.normalOffsets}) {
-    if (entries->size() > shape.indices.size()) entries->values.resize(3 * shape.indices.size());
-  }
+  io.FieldReadArray("Vertices", shape.offsets);
+  io.FieldReadArray("Normals", shape.normalOffsets);
+  // All shapes of a mesh are at work at the same time, and take most of its memory.
+  shape.indices.DecodeForGood();
+  shape.offsets.DecodeForGood();
+  shape.normalOffsets.DecodeForGood();
   ReadProperties(io, shape);
 }
 
@@ -270,10 +249,11 @@ void RebuildTargetShapes(FbxScene& scene) {
   const int count = scene.GetSrcObjectCount<FbxShape>();
   for (int i = 0; i < count; ++i) {
     const FbxShape& shape = *scene.GetSrcObject<FbxShape>(i);
-    if (shape.normalOffsets.empty()) continue;
     FbxGeometry* base = shape.GetBaseGeometry();
-    if (base != nullptr && base->Is<FbxMesh>() && base->GetElementNormalCount() == 0) {
-      GenerateNormals(static_cast<FbxMesh&>(*base));
-    }
+    if (base == nullptr || !base->Is<FbxMesh>() || base->GetElementNormalCount() > 0) continue;
+    if (shape.NormalOffsets().empty()) continue;
+    auto& mesh = static_cast<FbxMesh&>(*base);
+    GenerateNormals(mesh);
+    mesh.Release();
   }
 }

@@ -66,9 +66,6 @@ void ReadMesh(FbxIO& io, FbxMesh& mesh);
 using FbxLayerEntries = std::vector<std::pair<std::string, int32_t>>;
 // The layers of the mesh by their numbers.
 std::map<int32_t, FbxLayerEntries> ReadLayerEntries(FbxIO& io);
-// The doubles of the field by threes, a rest dropped; `w` goes into every fourth component. Empty
-// if there is no such field.
-std::vector<FbxVector4> ReadVectors(FbxIO& io, std::string_view field, double w);
 // Sixteen doubles, as an array or one by one; false, with `out` untouched, if there aren't as many.
 bool ReadMatrix(FbxIO& io, std::string_view field, FbxMatrix& out);
 

@@ -48,6 +48,16 @@ FBX_OBJECT_DEFINE(FbxShape, FbxGeometryBase, "Geometry", nullptr)
 
 namespace {
 
+// What has been made of the array stands in for it from now on.
+template <typename T>
+void Forget(FbxStoredArray<T>& array) {
+  if (array.IsPacked()) {
+    array.Release();
+  } else {
+    array = {};
+  }
+}
+
 template <typename Element>
 using Member = std::shared_ptr<Element> FbxLayer::*;
 
@@ -140,6 +150,21 @@ FbxLayerElementUV* FbxLayerContainer::GetElementUV(const char* name) const {
   return found;
 }
 
+void FbxGeometryBase::SetControlPoints(FbxStoredArray<FbxDouble3> points) {
+  storedPoints_ = std::move(points);
+  controlPoints_.reset();
+}
+
+const std::vector<FbxVector4>& FbxGeometryBase::ControlPoints() const {
+  if (controlPoints_.has_value()) return *controlPoints_;
+  const std::span<const FbxDouble3> stored = storedPoints_.Values();
+  std::vector<FbxVector4> points;
+  points.reserve(stored.size());
+  for (const FbxDouble3& point : stored) points.emplace_back(point, 0.0);
+  Forget(storedPoints_);
+  return controlPoints_.emplace(std::move(points));
+}
+
 FbxVector4 FbxGeometryBase::GetControlPointAt(int index) const {
   const std::vector<FbxVector4>& points = ControlPoints();
   return index < 0 || static_cast<size_t>(index) >= points.size()
@@ -193,43 +218,70 @@ FbxAnimCurve* FbxGeometry::GetShapeChannel(int blendShape, int channel, const Fb
 }
 
 int FbxMesh::GetPolygonSize(int polygon) const {
-  return polygon < 0 || polygon >= GetPolygonCount() ? 0
-                                                     : polygons_[static_cast<size_t>(polygon)].size;
+  const std::vector<Polygon>& polygons = Table().polygons;
+  const auto at = static_cast<size_t>(polygon);
+  return polygon < 0 || at >= polygons.size() ? 0 : polygons[at].size;
 }
 
 int FbxMesh::GetPolygonVertex(int polygon, int corner) const {
   if (corner < 0 || corner >= GetPolygonSize(polygon)) return -1;
-  return polygonVertices_[static_cast<size_t>(polygons_[static_cast<size_t>(polygon)].start +
-                                              corner)];
+  return PolygonVertices()[static_cast<size_t>(GetPolygonVertexIndex(polygon) + corner)];
 }
 
 int FbxMesh::GetPolygonVertexIndex(int polygon) const {
-  return polygon < 0 || polygon >= GetPolygonCount()
-             ? -1
-             : polygons_[static_cast<size_t>(polygon)].start;
+  const std::vector<Polygon>& polygons = Table().polygons;
+  const auto at = static_cast<size_t>(polygon);
+  return polygon < 0 || at >= polygons.size() ? -1 : polygons[at].start;
 }
 
-void FbxMesh::SetPolygonsFromFile(std::vector<int> indices) {
-  polygonVertices_ = std::move(indices);
-  polygons_.clear();
+void FbxMesh::SetPolygonsFromFile(FbxStoredArray<int> indices) {
+  storedPolygons_ = std::move(indices);
+  table_.reset();
+}
+
+const FbxMesh::PolygonTable& FbxMesh::MakeTable() const {
+  const std::span<const int> indices = storedPolygons_.Values();
+  PolygonTable table;
+  table.vertices.assign(indices.begin(), indices.end());
+  table.polygons.reserve(static_cast<size_t>(
+      std::count_if(indices.begin(), indices.end(), [](int index) { return index < 0; }) + 1));
+  const int count = static_cast<int>(indices.size());
   int start = 0;
-  const int count = GetPolygonVertexCount();
   for (int i = 0; i < count; ++i) {
-    int& index = polygonVertices_[static_cast<size_t>(i)];
+    int& index = table.vertices[static_cast<size_t>(i)];
     if (index >= 0) continue;
     // The lowest integer stands for one less than its complement.
     index = index == std::numeric_limits<int>::min() ? 0x7FFFFFFE : ~index;
-    polygons_.push_back({start, i + 1 - start});
+    table.polygons.push_back({start, i + 1 - start});
     start = i + 1;
   }
-  if (start < count) polygons_.push_back({start, count - start});
+  if (start < count) table.polygons.push_back({start, count - start});
+  Forget(storedPolygons_);
+  return table_.emplace(std::move(table));
+}
+
+void FbxMesh::Release() {
+  ReleaseControlPoints();
+  if (storedPolygons_.IsPacked()) table_.reset();
+  const auto release = [](const auto& element) {
+    if (element == nullptr) return;
+    element->index.Release();
+    if constexpr (requires { element->direct; }) element->direct.Release();
+  };
+  for (int i = 0; i < GetLayerCount(); ++i) {
+    const FbxLayer& layer = *GetLayer(i);
+    release(layer.normals);
+    release(layer.vertexColors);
+    release(layer.materials);
+    for (const auto& element : layer.uvs) release(element);
+  }
 }
 
 bool FbxMesh::GetPolygonVertexLayerElementIndex(const FbxLayerElement& element, int polygon,
                                                 int corner, int& out) const {
   out = -1;
   if (corner < 0 || corner >= GetPolygonSize(polygon)) return false;
-  const int position = polygons_[static_cast<size_t>(polygon)].start + corner;
+  const int position = GetPolygonVertexIndex(polygon) + corner;
   int index = -1;
   switch (element.mappingMode) {
     case FbxLayerElement::eByPolygon:
@@ -239,7 +291,7 @@ bool FbxMesh::GetPolygonVertexLayerElementIndex(const FbxLayerElement& element, 
       index = position;
       break;
     case FbxLayerElement::eByControlPoint:
-      index = polygonVertices_[static_cast<size_t>(position)];
+      index = PolygonVertices()[static_cast<size_t>(position)];
       break;
     case FbxLayerElement::eNone:
     case FbxLayerElement::eByEdge:
@@ -247,8 +299,9 @@ bool FbxMesh::GetPolygonVertexLayerElementIndex(const FbxLayerElement& element, 
       return false;
   }
   if (element.referenceMode != FbxLayerElement::eDirect) {
-    if (index < 0 || static_cast<size_t>(index) >= element.index.size()) return false;
-    index = element.index[static_cast<size_t>(index)];
+    const int* entry = element.index.At(index);
+    if (entry == nullptr) return false;
+    index = *entry;
   }
   out = index;
   return true;
@@ -260,9 +313,11 @@ bool FbxMesh::GetPolygonVertexNormal(int polygon, int corner, FbxVector4& out) c
   if (element == nullptr || !GetPolygonVertexLayerElementIndex(*element, polygon, corner, index)) {
     return false;
   }
-  const FbxVector4* normal = element->At(index);
-  if (normal != nullptr) out = *normal;
-  return normal != nullptr;
+  const FbxDouble3* normal = element->At(index);
+  if (normal == nullptr) return false;
+  const double* w = element->w.At(index);
+  out = FbxVector4(*normal, w == nullptr ? 1.0 : *w);
+  return true;
 }
 
 bool FbxMesh::GetPolygonVertexUV(int polygon, int corner, const char* uvSetName, FbxVector2& out,
@@ -280,17 +335,23 @@ bool FbxMesh::GetPolygonVertexUV(int polygon, int corner, const char* uvSetName,
 
 namespace {
 
-// The normal that the first normal element of the geometry has at `position` of its mapping; null
-// for an index out of range.
-const FbxVector4* ReadNormal(const FbxLayerElementNormal& element, int position) {
-  if (element.referenceMode == FbxLayerElement::eDirect) return element.At(position);
-  if (position < 0 || static_cast<size_t>(position) >= element.index.size()) return nullptr;
-  return element.At(element.index[static_cast<size_t>(position)]);
+// The normal that the first normal element of the geometry has at `position` of its mapping; the
+// zero vector for an index out of range.
+FbxDouble3 ReadNormal(const FbxLayerElementNormal& element, int position) {
+  if (element.referenceMode != FbxLayerElement::eDirect) {
+    const int* index = element.index.At(position);
+    if (index == nullptr) return {};
+    position = *index;
+  }
+  const FbxDouble3* normal = element.At(position);
+  return normal == nullptr ? FbxDouble3{} : *normal;
 }
 
-void AddOffset(FbxVector4& normal, const FbxVector4& offset) {
-  normal += offset;
-  normal.Normalize();
+void AddOffset(FbxDouble3& normal, const FbxVector4& offset) {
+  FbxVector4 moved(normal);
+  moved += offset;
+  moved.Normalize();
+  normal = moved.Xyz();
 }
 
 // Offsets of normals by control point, summed where the shape lists a point twice.
@@ -298,11 +359,12 @@ std::vector<FbxVector4> SpreadOffsets(const FbxShape& shape, size_t pointCount,
                                       std::vector<bool>& isListed) {
   std::vector<FbxVector4> spread(pointCount, FbxVector4(0.0, 0.0, 0.0, 0.0));
   isListed.assign(pointCount, false);
-  const size_t count = std::min(shape.indices.size(), shape.normalOffsets.size());
-  for (size_t i = 0; i < count; ++i) {
-    const auto point = static_cast<size_t>(shape.indices[i]);
-    if (shape.indices[i] < 0 || point >= pointCount) continue;
-    spread[point] += shape.normalOffsets[i];
+  const std::span<const int> indices = shape.Indices();
+  const std::span<const FbxDouble3> offsets = shape.NormalOffsets();
+  for (size_t i = 0; i < offsets.size(); ++i) {
+    const auto point = static_cast<size_t>(indices[i]);
+    if (indices[i] < 0 || point >= pointCount) continue;
+    spread[point] += FbxVector4(offsets[i], 0.0);
     isListed[point] = true;
   }
   return spread;
@@ -311,21 +373,21 @@ std::vector<FbxVector4> SpreadOffsets(const FbxShape& shape, size_t pointCount,
 std::shared_ptr<FbxLayerElementNormal> ExpandNormals(const FbxShape& shape,
                                                      const FbxGeometryBase& base) {
   const FbxLayerElementNormal* from = base.GetElementNormal(0);
-  if (from == nullptr || shape.normalOffsets.empty()) return nullptr;
+  if (from == nullptr || shape.NormalOffsets().empty()) return nullptr;
   const auto pointCount = static_cast<size_t>(base.GetControlPointsCount());
   std::vector<bool> isListed;
   const std::vector<FbxVector4> offsets = SpreadOffsets(shape, pointCount, isListed);
 
   auto normals = std::make_shared<FbxLayerElementNormal>();
+  std::vector<FbxDouble3> values;
   if (from->mappingMode == FbxLayerElement::eByControlPoint) {
     normals->mappingMode = FbxLayerElement::eByControlPoint;
-    normals->direct.resize(pointCount, FbxVector4(0.0, 0.0, 0.0, 0.0));
+    values.resize(pointCount);
     for (size_t i = 0; i < pointCount; ++i) {
-      if (const FbxVector4* normal = ReadNormal(*from, static_cast<int>(i))) {
-        normals->direct[i] = *normal;
-      }
-      if (isListed[i]) AddOffset(normals->direct[i], offsets[i]);
+      values[i] = ReadNormal(*from, static_cast<int>(i));
+      if (isListed[i]) AddOffset(values[i], offsets[i]);
     }
+    normals->direct = values;
     return normals;
   }
   // One normal for a polygon or for the mesh can't tell its corners apart once they move, so every
@@ -334,19 +396,19 @@ std::shared_ptr<FbxLayerElementNormal> ExpandNormals(const FbxShape& shape,
   const auto& mesh = static_cast<const FbxMesh&>(base);
   normals->mappingMode = FbxLayerElement::eByPolygonVertex;
   const std::vector<int>& corners = mesh.PolygonVertices();
-  normals->direct.resize(corners.size(), FbxVector4(0.0, 0.0, 0.0, 0.0));
+  values.resize(corners.size());
   const bool byPolygon = from->mappingMode == FbxLayerElement::eByPolygon;
   const bool allSame = from->mappingMode == FbxLayerElement::eAllSame;
   for (int polygon = 0; polygon < mesh.GetPolygonCount(); ++polygon) {
     const int start = mesh.GetPolygonVertexIndex(polygon);
     for (int i = start; i < start + mesh.GetPolygonSize(polygon); ++i) {
-      FbxVector4& target = normals->direct[static_cast<size_t>(i)];
-      const int position = byPolygon ? polygon : allSame ? 0 : i;
-      if (const FbxVector4* normal = ReadNormal(*from, position)) target = *normal;
+      FbxDouble3& target = values[static_cast<size_t>(i)];
+      target = ReadNormal(*from, byPolygon ? polygon : allSame ? 0 : i);
       const auto point = static_cast<size_t>(corners[static_cast<size_t>(i)]);
       if (point < pointCount && isListed[point]) AddOffset(target, offsets[point]);
     }
   }
+  normals->direct = values;
   return normals;
 }
 
@@ -360,20 +422,22 @@ FbxGeometry* FbxShape::GetBaseGeometry() const {
 
 const std::vector<FbxVector4>& FbxShape::ControlPoints() const {
   if (!expandedPoints_.empty()) return expandedPoints_;
-  const FbxGeometry* base = indices.empty() ? nullptr : GetBaseGeometry();
+  const std::span<const int> points = Indices();
+  const FbxGeometry* base = points.empty() ? nullptr : GetBaseGeometry();
   if (base == nullptr) return FbxGeometryBase::ControlPoints();
   expandedPoints_ = base->ControlPoints();
-  const size_t count = std::min(indices.size(), offsets.size());
-  for (size_t i = 0; i < count; ++i) {
-    const auto point = static_cast<size_t>(indices[i]);
-    if (indices[i] >= 0 && point < expandedPoints_.size()) expandedPoints_[point] += offsets[i];
+  const std::span<const FbxDouble3> moves = Offsets();
+  for (size_t i = 0; i < moves.size(); ++i) {
+    const auto point = static_cast<size_t>(points[i]);
+    if (points[i] < 0 || point >= expandedPoints_.size()) continue;
+    expandedPoints_[point] += FbxVector4(moves[i], 0.0);
   }
   return expandedPoints_;
 }
 
 const std::vector<FbxLayer>& FbxShape::Layers() const {
   if (!expandedLayers_.empty()) return expandedLayers_;
-  const FbxGeometry* base = normalOffsets.empty() ? nullptr : GetBaseGeometry();
+  const FbxGeometry* base = NormalOffsets().empty() ? nullptr : GetBaseGeometry();
   if (base == nullptr) return FbxGeometryBase::Layers();
   expandedLayers_.resize(1);
   expandedLayers_[0].normals = ExpandNormals(*this, *base);

@@ -1,13 +1,17 @@
 // Geometry that a node can carry: polygon meshes and the target shapes of their blend shapes.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "fbx/core/fbx_string.h"
+#include "fbx/io/fbx_stored_array.h"
 #include "fbx/math/fbx_matrix.h"
 #include "fbx/scene/fbx_deformer.h"
 #include "fbx/scene/fbx_node.h"
@@ -57,7 +61,7 @@ class FbxLayerElement {
   EMappingMode mappingMode = eNone;
   EReferenceMode referenceMode = eDirect;
   std::string name;
-  std::vector<int> index;  // empty in the direct mode
+  FbxStoredArray<int> index;  // empty in the direct mode
 
  protected:
   ~FbxLayerElement() = default;
@@ -66,16 +70,17 @@ class FbxLayerElement {
 template <typename T>
 class FbxLayerElementTemplate : public FbxLayerElement {
  public:
-  std::vector<T> direct;
+  FbxStoredArray<T> direct;
 
   // Entry `i` of the direct array, null when it is out of range.
-  const T* At(int i) const {
-    return i < 0 || static_cast<size_t>(i) >= direct.size() ? nullptr
-                                                            : &direct[static_cast<size_t>(i)];
-  }
+  const T* At(int i) const { return direct.At(i); }
 };
 
-using FbxLayerElementNormal = FbxLayerElementTemplate<FbxVector4>;
+class FbxLayerElementNormal : public FbxLayerElementTemplate<FbxDouble3> {
+ public:
+  // The fourth components, 1 behind the last. Nothing is made of them.
+  FbxStoredArray<double> w;
+};
 using FbxLayerElementUV = FbxLayerElementTemplate<FbxVector2>;
 using FbxLayerElementVertexColor = FbxLayerElementTemplate<FbxColor>;
 // Material numbers of the node stand in the index array; the direct array stays empty.
@@ -131,15 +136,23 @@ class FbxGeometryBase : public FbxLayerContainer {
   FBX_OBJECT(FbxGeometryBase)
 
   // Points in the geometry's own frame; the fourth component is 0 for points from a file.
-  void SetControlPoints(std::vector<FbxVector4> points) { controlPoints_ = std::move(points); }
-  virtual const std::vector<FbxVector4>& ControlPoints() const { return controlPoints_; }
+  void SetControlPoints(FbxStoredArray<FbxDouble3> points);
+  virtual const std::vector<FbxVector4>& ControlPoints() const;
   const FbxVector4* GetControlPoints() const { return ControlPoints().data(); }
   int GetControlPointsCount() const { return static_cast<int>(ControlPoints().size()); }
   // The origin for an index out of range.
   FbxVector4 GetControlPointAt(int index) const;
 
+ protected:
+  // As FbxMesh::Release.
+  void ReleaseControlPoints() {
+    if (storedPoints_.IsPacked()) controlPoints_.reset();
+  }
+
  private:
-  std::vector<FbxVector4> controlPoints_;
+  // The points are in the first until they are asked for, and in the second from then on.
+  mutable FbxStoredArray<FbxDouble3> storedPoints_;
+  mutable std::optional<std::vector<FbxVector4>> controlPoints_;
 };
 
 // The same with the deformers that act on it.
@@ -158,18 +171,6 @@ class FbxGeometry : public FbxGeometryBase {
                                 FbxStatus* status = nullptr) const;
 };
 
-// Vectors as a file has them, x, y and z one after the other; the fourth component is 0. The
-// targets of one head hold millions, so they stay as they were read.
-struct FbxPackedVectors {
-  std::vector<double> values;
-
-  bool empty() const { return size() == 0; }
-  size_t size() const { return values.size() / 3; }
-  FbxVector4 operator[](size_t i) const {
-    return {values[3 * i], values[3 * i + 1], values[3 * i + 2], 0.0};
-  }
-};
-
 // A target of a blend shape. It lists control points of the geometry that its blend shape deforms,
 // with their offsets, as the file has them. Its own control points and normals are the geometry's
 // with the offsets applied; they are made when first asked for, since a head may have hundreds of
@@ -178,16 +179,22 @@ class FbxShape : public FbxGeometryBase {
   FBX_OBJECT(FbxShape)
   EType GetAttributeType() const override { return eShape; }
 
-  int GetControlPointIndicesCount() const { return static_cast<int>(indices.size()); }
+  int GetControlPointIndicesCount() const { return static_cast<int>(Indices().size()); }
   // The geometry that it is a target of; null while it is connected to none.
   FbxGeometry* GetBaseGeometry() const;
 
   // Own points where no offsets are listed, or there is no geometry to apply them to.
   const std::vector<FbxVector4>& ControlPoints() const override;
 
-  std::vector<int> indices;        // of the base's control points
-  FbxPackedVectors offsets;        // parallel to the indices; may be shorter
-  FbxPackedVectors normalOffsets;  // the same
+  // Of the base's control points, from the file and unchecked.
+  std::span<const int> Indices() const { return indices.Values(); }
+  // Parallel to the indices; may be shorter.
+  std::span<const FbxDouble3> Offsets() const { return Listed(offsets); }
+  std::span<const FbxDouble3> NormalOffsets() const { return Listed(normalOffsets); }
+  FbxStoredArray<int> indices;
+  // What lies behind the last index belongs to no point. Without indices the shape is empty.
+  FbxStoredArray<FbxDouble3> offsets;
+  FbxStoredArray<FbxDouble3> normalOffsets;
 
  protected:
   // Normals are by control point where the geometry's are, else by corner. Where the geometry has
@@ -195,6 +202,10 @@ class FbxShape : public FbxGeometryBase {
   const std::vector<FbxLayer>& Layers() const override;
 
  private:
+  std::span<const FbxDouble3> Listed(const FbxStoredArray<FbxDouble3>& values) const {
+    return values.Values().first(std::min(values.Values().size(), Indices().size()));
+  }
+
   mutable std::vector<FbxVector4> expandedPoints_;
   mutable std::vector<FbxLayer> expandedLayers_;
 };
@@ -204,21 +215,21 @@ class FbxMesh : public FbxGeometry {
   FBX_OBJECT(FbxMesh)
   EType GetAttributeType() const override { return eMesh; }
 
-  int GetPolygonCount() const { return static_cast<int>(polygons_.size()); }
+  int GetPolygonCount() const { return static_cast<int>(Table().polygons.size()); }
   // Corners of a polygon; 0 out of range.
   int GetPolygonSize(int polygon) const;
   // The control point of a corner; -1 out of range. The index comes from the file and may point
   // past the control points.
   int GetPolygonVertex(int polygon, int corner) const;
   // The corners of all polygons, one after the other.
-  const std::vector<int>& PolygonVertices() const { return polygonVertices_; }
-  int GetPolygonVertexCount() const { return static_cast<int>(polygonVertices_.size()); }
+  const std::vector<int>& PolygonVertices() const { return Table().vertices; }
+  int GetPolygonVertexCount() const { return static_cast<int>(PolygonVertices().size()); }
   // Where a polygon's corners begin in PolygonVertices; -1 out of range.
   int GetPolygonVertexIndex(int polygon) const;
 
   // Fills the polygon table from a file's array, in which a corner's bit complement ends its
   // polygon.
-  void SetPolygonsFromFile(std::vector<int> indices);
+  void SetPolygonsFromFile(FbxStoredArray<int> indices);
 
   // The position of a corner in an element's direct array, or in its index array's target. False,
   // with `out` -1, when the mapping isn't by polygon, corner or control point, or an index is out
@@ -232,11 +243,23 @@ class FbxMesh : public FbxGeometry {
   bool GetPolygonVertexUV(int polygon, int corner, const char* uvSetName, FbxVector2& out,
                           bool& unmapped) const;
 
+  // Gives back the memory of points, polygons and layers as far as they can be decoded again when
+  // they are asked for. What refers to them is invalid then.
+  void Release();
+
  private:
   struct Polygon {
     int start;
     int size;
   };
-  std::vector<Polygon> polygons_;
-  std::vector<int> polygonVertices_;
+  struct PolygonTable {
+    std::vector<Polygon> polygons;
+    std::vector<int> vertices;
+  };
+  const PolygonTable& Table() const { return table_.has_value() ? *table_ : MakeTable(); }
+  const PolygonTable& MakeTable() const;
+
+  // The same.
+  mutable FbxStoredArray<int> storedPolygons_;
+  mutable std::optional<PolygonTable> table_;
 };

@@ -169,6 +169,11 @@ TEST(FbxIOHostile, ArraysThatLie) {
     std::vector<int32_t> out;
     file.io.FieldReadArray("A", out);
     EXPECT_LT(out.capacity(), 100000U);
+    FbxStoredArray<int32_t> later;
+    file.io.FieldReadArray("A", later);
+    for (int i = 0; i < 2; ++i, later.Release()) {
+      EXPECT_EQ(std::vector(later.Values().begin(), later.Values().end()), out);
+    }
     return out;
   };
   using Ints = std::vector<int32_t>;
@@ -224,6 +229,11 @@ TEST(FbxIOHostile, ArraysOfNothingDontFillTheMemory) {
   EXPECT_EQ(out, zeros);
   // All that the file has inflated to counts.
   EXPECT_FALSE(file.io.FieldReadArray("A", out));
+
+  OpenedIO other(MakeFile({{"A", {std::vector<int32_t>(900'000)}}}, {.compress = true}));
+  FbxStoredArray<int32_t> array;
+  other.io.FieldReadArray("A", array);
+  for (int i = 0; i < 20; ++i, array.Release()) EXPECT_NE(array.At(899'999), nullptr);
 }
 
 TEST(FbxIOHostile, EndOffsetsMustRiseAndStayInside) {

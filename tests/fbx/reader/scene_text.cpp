@@ -19,6 +19,10 @@ void Add(Out& out, Number number) {
 }
 // Without what rounding leaves of 0.
 void Add(Out& out, double number) { out << " " << std::round(number * 1e6) / 1e6 + 0.0; }
+void Add(Out& out, const FbxDouble3& v) {
+  for (const double number : v) Add(out, number);
+  out << ",";
+}
 void Add(Out& out, const FbxVector2& v) {
   for (const double number : v.data) Add(out, number);
   out << ",";
@@ -76,7 +80,7 @@ void AddProperties(Out& out, const FbxObject& object, bool all = false) {
 void AddElement(Out& out, const char* what, const FbxLayerElement& element) {
   out << "  " << what << " '" << element.GetName() << "', mapping " << element.GetMappingMode()
       << ", reference " << element.GetReferenceMode() << "\n";
-  AddList(out, "  index", element.index);
+  AddList(out, "  index", element.index.Values());
 }
 
 void AddLayers(Out& out, const FbxLayerContainer& geometry) {
@@ -85,10 +89,11 @@ void AddLayers(Out& out, const FbxLayerContainer& geometry) {
     const auto add = [&](const char* what, const auto& element) {
       if (element == nullptr) return;
       AddElement(out, what, *element);
-      AddList(out, "  values", element->direct);
+      AddList(out, "  values", element->direct.Values());
     };
     out << "  layer " << i << "\n";
     add("normals", layer.normals);
+    if (layer.normals != nullptr) AddList(out, "  fourth components", layer.normals->w.Values());
     add("colors", layer.vertexColors);
     for (size_t channel = 0; channel < layer.uvs.size(); ++channel) {
       add(kUVElementNames.at(channel), layer.uvs.at(channel));

@@ -85,8 +85,12 @@ TEST(Scenes, EveryFormOfFileSaysTheSame) {
   const std::string text = SceneText(*LoadedScene(scene, {.ascii = true}).scene);
   for (const FbxFormat& format :
        {FbxFormat{}, FbxFormat{.version = 7700, .compress = true},
-        FbxFormat{.version = 7450, .wideOffsets = true}, FbxFormat{.bigEndian = true}}) {
-    EXPECT_EQ(SceneText(*LoadedScene(scene, format).scene), text);
+        FbxFormat{.version = 7450, .wideOffsets = true}, FbxFormat{.bigEndian = true},
+        FbxFormat{.bigEndian = true, .compress = true}}) {
+    const LoadedScene file(scene, format);
+    EXPECT_EQ(SceneText(*file.scene), text);
+    file.Find<FbxMesh>("mesh")->Release();
+    EXPECT_EQ(SceneText(*file.scene), text);
   }
 }
 
