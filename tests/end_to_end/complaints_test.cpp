@@ -149,9 +149,11 @@ TEST_F(Complaints, InputsThatCannotBeRead) {
   std::filesystem::create_directory(dir_.File("d.fbx"));
   dir_.Write("bad.fbx", "no scene at all");
   dir_.Write("old.fbx", "; FBX 5.8.0 project file\n");
+  dir_.Write("cut.fbx", scene_.Write().substr(0, 3000));
   const std::pair<Words, std::string> cases[] = {
       {{"bad.fbx", "list"}, "'bad.fbx' can't be opened: File is corrupted " + dir_.File("bad.fbx")},
       {{"d.fbx", "list"}, "'d.fbx' can't be opened: Is a directory"},
+      {{"cut.fbx", "list"}, "'cut.fbx' can't be read: File is corrupted (or invalid)"},
       {{"old.fbx", "list"},
        "'old.fbx' can't be opened: Unexpected file type, it is of FBX version 5.8 and versions 6 "
        "and 7 are read"},
@@ -197,6 +199,8 @@ TEST_F(Complaints, TwoSlotsWithOneMaterial) {
   EXPECT_EQ(Told({"--root=RootNode", "s.fbx", "export", "mesh", "m"}),
             "veltrum: mesh 'm' has several material slots with one material; only the polygons of "
             "the last of them are written, and 1 polygon is lost\n");
+  EXPECT_THAT(Told({"--cal3d2text=o.xmf", "--root=RootNode", "s.fbx", "export", "mesh"}),
+              StartsWith("veltrum: several meshes are written to the one file 'o.xmf', which "));
 }
 
 // A stack may bear the name that another one gets.

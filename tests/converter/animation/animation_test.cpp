@@ -133,9 +133,14 @@ TEST_F(CurveVisitors, ChannelsAreThoseThatPropertiesKnow) {
   for (const size_t i : {2U, 1U, 0U}) {
     scene_.ConnectProperty(curveNodes[i], hips, "Lcl Translation");
   }
+  const int64_t smile = scene_.Mesh("Face", {"smile"}).channels[0];
+  for (const float value : {5.0F, 6.0F}) {
+    scene_.KeyMorph(first, smile, {0, 1, 2}, {value, value, value});
+  }
   FbxWrapper& wrapper = Load();
   EXPECT_EQ(TextBelow(wrapper, "RootNode/Hips", 0), "Hips TX 3\n0:1 1:1 2:1 \n");
   EXPECT_EQ(TextBelow(wrapper, "RootNode/Hips", 1), "Hips TX 3\n0:2 1:2 2:2 \n");
+  EXPECT_EQ(TextBelow(wrapper, "RootNode/Face"), "Face smile 3\n0:5 1:5 2:5 \n");
 }
 
 class EverythingVisitor : public AnimationCurveVisitorString {

@@ -204,7 +204,7 @@ TEST_F(BoneLights, FromAttachedLights) {
   EXPECT_EQ(Of("Lamp", Attached(FbxLight::eArea)), "none Lamp 255 51 0");
   // A name's type replaces the attached one, and any separator cuts the name.
   EXPECT_EQ(Of("Omni", Attached(FbxLight::eSpot)), "point Omni 255 51 0");
-  EXPECT_EQ(Of("Lamp_left", Attached(FbxLight::eSpot)), "spot Lamp 255 51 0");
+  EXPECT_EQ(Of("Lamp_left", Attached(FbxLight::ePoint)), "point Lamp 255 51 0");
 }
 
 }  // namespace

@@ -194,6 +194,17 @@ INSTANTIATE_TEST_SUITE_P(
                     FbxFormat{.version = 7450, .compress = true, .wideOffsets = true},
                     FbxFormat{.ascii = true}, FbxFormat{.ascii = true, .version = 7500}));
 
+TEST_P(EveryForm, FindsManyNamesAgain) {
+  FbxRecords records;
+  for (int i = 0; i < 90; ++i) records.push_back({"F" + std::to_string(i % 40), {i}});
+  OpenedIO file = Open(records);
+  for (int i = 0; i < 40; ++i) {
+    const std::string name = "F" + std::to_string(i);
+    EXPECT_EQ(file.io.FieldGetInstanceCount(name), i < 10 ? 3 : 2);
+    EXPECT_EQ(file.io.FieldReadI(name), i);
+  }
+}
+
 TEST_P(EveryForm, GivesValuesInOrder) {
   const std::string raw("\0\xFF\x10 raw", 7);
   const std::string large = std::string(70000, 'a') + "z";

@@ -80,6 +80,8 @@ TEST(Scenes, EveryFormOfFileSaysTheSame) {
   scene.Texture(scene.Material(mesh.node, "skin"), "DiffuseColor", "skin.png");
   const int64_t curve = scene.AddAnimationCurve({0, 100, int64_t{1} << 40}, {1, 2, 0.1F}, 1032);
   scene.Object(curve).Add({"Pre-Extrapolation", {}, {{"Type", {'M'}}, {"Repetition", {3}}}});
+  // Attributes of the curve before, for fewer keys, then others.
+  for (const int flags : {1032, 4, 4}) scene.AddAnimationCurve({0, 100}, {1, 2}, flags);
   scene.AddObject("Pose", "Pose", "bind", "BindPose", {},
                   {{"NbPoseNodes", {1}}, {"PoseNode", {}, {{"Node", {bone}}}}});
   const std::string text = SceneText(*LoadedScene(scene, {.ascii = true}).scene);
