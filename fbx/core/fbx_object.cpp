@@ -62,7 +62,8 @@ void FbxObject::Disconnect() {
       if (FbxConnectionLists* other = destination.Connections()) EraseEnd(other->sources, end);
       object.ForgetClassLists();
     }
-    lists = {};
+    lists.sources.clear();
+    lists.destinations.clear();
   };
   if (store_ != nullptr) {
     store_->ForEachLocal([&](FbxPropertyLocal& local) {

@@ -71,9 +71,10 @@ bool FbxBinaryRecord::Read(std::string_view bytes, const FbxIOListFormat& format
 
   const size_t nameLength = static_cast<unsigned char>(bytes[fixed - 1]);
   values = position + static_cast<int64_t>(fixed + nameLength);
-  if (bytes.size() < fixed + nameLength || valueBytes < 0 || valueCount < 0 || values > end ||
-      valueBytes > end - values || valueBytes > std::numeric_limits<int32_t>::max() ||
-      valueCount > std::numeric_limits<int32_t>::max()) {
+  // As unsigned numbers, those below 0 are too large, too.
+  constexpr uint64_t kMost = std::numeric_limits<int32_t>::max();
+  if (bytes.size() < fixed + nameLength || static_cast<uint64_t>(valueBytes) > kMost ||
+      static_cast<uint64_t>(valueCount) > kMost || values + valueBytes > end) {
     return false;
   }
   name = bytes.substr(fixed, nameLength);
@@ -143,10 +144,8 @@ bool FbxIOFieldList::CheckValues(const FbxIOFieldInstance& instance) {
   std::string_view rest =
       instance.isBuffered ? BufferedBlock(instance) : FileView(instance, 0, kValueHead);
   uint64_t offset = 0;
-  for (int32_t left = instance.valueCount; left > 0; --left) {
-    if (rest.empty() || kForms[static_cast<unsigned char>(rest.front())].size == 0) return false;
-    if (left == 1) break;
-    const uint64_t size = ValueSize(rest, format_.swap);
+  for (int32_t left = instance.valueCount; left > 1; --left) {
+    const uint64_t size = rest.empty() ? 0 : ValueSize(rest, format_.swap);
     if (size == 0) return false;
     if (instance.isBuffered) {
       if (size >= rest.size()) return false;
@@ -157,7 +156,8 @@ bool FbxIOFieldList::CheckValues(const FbxIOFieldInstance& instance) {
       rest = FileView(instance, static_cast<uint32_t>(offset), kValueHead);
     }
   }
-  return true;
+  return instance.valueCount == 0 ||
+         (!rest.empty() && kForms[static_cast<unsigned char>(rest.front())].size != 0);
 }
 
 FbxIOFieldList::BinaryValue FbxIOFieldList::TakeBinary() {
