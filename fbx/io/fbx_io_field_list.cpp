@@ -22,24 +22,24 @@ bool FbxIOFieldList::Parse(int64_t start, int64_t limit) {
 }
 
 void FbxIOFieldList::Clear() {
+  constexpr size_t kMostKept = size_t{1} << 20;
   const auto drop = [](auto& items) {
-    constexpr size_t kMostKept = size_t{1} << 20;
     items.clear();
     if (items.capacity() * sizeof(items[0]) > kMostKept) items.shrink_to_fit();
   };
   drop(fields_);
   drop(instances_);
-  drop(byField_);
   drop(buffer_);
   drop(textValues_);
   drop(blockMarks_);
   drop(packed_);
+  if (byField_.size() * sizeof(byField_[0]) > kMostKept) byField_ = {};
   constexpr size_t kMostNamesKept = 64;
   if (names_.size() > kMostNamesKept) {
     names_.clear();
+    known_ = {};
     order_ = {};
-    nextPlaces_ = {};
-    sorted_ = {};
+    unsorted_ = {};
   }
   if (!scratch_.empty()) scratch_.clear();
   if (!fieldIndex_.empty()) fieldIndex_ = {};
@@ -49,30 +49,39 @@ void FbxIOFieldList::Clear() {
 
 int32_t FbxIOFieldList::OtherFieldIndex(std::string_view name) {
   const size_t count = fields_.size();
-  // Lists that follow one another mostly have the same names in the same order. What stands in
-  // `names_` all differs, so that this one is none of the fields'.
-  const bool isExpected = count < names_.size() && IsSameName(names_[count], name);
+  // Lists that follow one another mostly have the same names in the same order. What is known all
+  // differs, so that this one is none of the fields'.
+  const bool isExpected = count < known_.size() && IsSameName(known_[count], name);
   if (!isExpected) {
-    // Names are C strings to whoever asks for them.
-    name = name.substr(0, name.find('\0'));
-    if (count <= kFewNames) {
-      for (size_t i = 0; i < count; ++i) {
-        if (IsSameName(fields_[i].name, name)) return static_cast<int32_t>(i);
-      }
-    } else if (const auto found = fieldIndex_.find(name); found != fieldIndex_.end()) {
-      return found->second;
-    }
-    names_.resize(count);
-    order_.clear();
-    names_.emplace_back(name);
+    const int32_t found = FindOrLearn(name);
+    if (found >= 0) return found;
   }
-  fields_.push_back({.name = names_[count]});
+  fields_.push_back({.name = known_[count]});
   if (fields_.size() > kFewNames) {
     for (size_t i = fieldIndex_.size(); i < fields_.size(); ++i) {
       fieldIndex_.emplace(fields_[i].name, static_cast<int32_t>(i));
     }
   }
   return static_cast<int32_t>(count);
+}
+
+int32_t FbxIOFieldList::FindOrLearn(std::string_view name) {
+  const size_t count = fields_.size();
+  // Names are C strings to whoever asks for them.
+  name = name.substr(0, name.find('\0'));
+  if (count <= kFewNames) {
+    for (size_t i = 0; i < count; ++i) {
+      if (IsSameName(fields_[i].name, name)) return static_cast<int32_t>(i);
+    }
+  } else if (const auto found = fieldIndex_.find(name); found != fieldIndex_.end()) {
+    return found->second;
+  }
+  known_.resize(count);
+  names_.resize(count);
+  names_.emplace_back(name);
+  known_.push_back(names_.back());
+  order_.clear();
+  return -1;
 }
 
 FbxIOFieldInstance& FbxIOFieldList::AddInstance(int32_t field) {
@@ -92,18 +101,19 @@ void FbxIOFieldList::Group() {
   }
   if (!fieldIndex_.empty()) fieldIndex_ = {};
 
-  nextPlaces_.resize(count);
-  sorted_.resize(count);
+  unsorted_ = fields_;
   size_t first = 0;
   for (size_t i = 0; i < count; ++i) {
-    sorted_[i] = fields_[order_[i]];
-    sorted_[i].first = nextPlaces_[order_[i]] = first;
-    first += static_cast<size_t>(sorted_[i].count);
+    FbxIOField& field = unsorted_[order_[i]];
+    field.first = first;
+    fields_[i] = field;
+    first += static_cast<size_t>(field.count);
   }
-  fields_.swap(sorted_);
-  byField_.resize(instances_.size());
+  // Never made smaller, as it would be cleared each time it grows.
+  if (byField_.size() < instances_.size()) byField_.resize(instances_.size());
   for (size_t i = 0; i < instances_.size(); ++i) {
-    byField_[nextPlaces_[static_cast<size_t>(instances_[i].field)]++] = static_cast<uint32_t>(i);
+    size_t& place = unsorted_[static_cast<size_t>(instances_[i].field)].first;
+    byField_[place++] = static_cast<uint32_t>(i);
   }
 }
 

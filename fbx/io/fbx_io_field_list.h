@@ -217,6 +217,8 @@ class FbxIOFieldList {
     return OtherFieldIndex(name);
   }
   int32_t OtherFieldIndex(std::string_view name);
+  // The number of a name that isn't the next one known; -1 for a new one, which now is.
+  int32_t FindOrLearn(std::string_view name);
   // Sorts the names and groups the records by them.
   void Group();
   // Puts the cursor on the first value of the record that `readCurrent` of the current name tells.
@@ -281,7 +283,7 @@ class FbxIOFieldList {
   std::vector<FbxIOField> fields_;
   // In file order.
   std::vector<FbxIOFieldInstance> instances_;
-  // Their indices, grouped by names.
+  // Their indices, grouped by names; behind them anything.
   std::vector<uint32_t> byField_;
   int32_t currentField_ = -1;
   const FbxIOFieldInstance* current_ = nullptr;
@@ -290,8 +292,9 @@ class FbxIOFieldList {
   uint32_t valueOffset_ = 0;  // binary: from the start of the value block
   int32_t valueIndex_ = 0;
   // Names of the fields, and behind them some of the list before; never moved once a field refers
-  // to them.
+  // to them. And the same as views.
   std::deque<std::string> names_;
+  std::vector<std::string_view> known_;
   // Indices by name while the list is read, once there are too many to compare with each.
   std::unordered_map<std::string_view, int32_t> fieldIndex_;
   // Binary: the value blocks kept. ASCII: the text of the level, escapes replaced.
@@ -304,7 +307,6 @@ class FbxIOFieldList {
   // The numbers of the fields before sorting, in sorted order; good as long as the list's names are
   // those of the list before. Empty when they aren't.
   std::vector<uint32_t> order_;
-  // For Group alone: where the records of a name go next, by its number; and the fields themselves.
-  std::vector<size_t> nextPlaces_;
-  std::vector<FbxIOField> sorted_;
+  // For Group alone: the fields before sorting; where the records of each go next.
+  std::vector<FbxIOField> unsorted_;
 };
