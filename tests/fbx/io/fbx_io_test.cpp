@@ -2,8 +2,11 @@
 #include <cstdlib>
 #include <iterator>
 #include <limits>
+#include <map>
 #include <random>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -298,6 +301,42 @@ TEST_P(EveryForm, WalksNestedListsAndReturns) {
   EXPECT_FALSE(io.FieldReadBegin("Geometry") && io.FieldReadBlockBegin());
   io.FieldReadBlockEnd();
   EXPECT_EQ(io.FieldReadI("Last"), 9);
+}
+
+// Names are remembered from list to list, and small lists are taken whole.
+TEST_P(EveryForm, ListsOweNothingToThoseBefore) {
+  const std::vector<std::string> orders = {"ABC", "ABC", "BCA", "AC", "ABC", "AAB", "C", "ABCD"};
+  FbxRecords lists;
+  for (int copies = 1; copies < 60; copies = copies * 3 / 2 + 1) {
+    for (const std::string& order : orders) {
+      FbxRecord& list = lists.emplace_back("List");
+      for (int i = 0; i < copies * static_cast<int>(order.size()); ++i) {
+        const auto letter = static_cast<size_t>(i) % order.size();
+        list.Add({std::string(1, order[letter]), {i, "text"}});
+      }
+    }
+  }
+  using Numbers = std::map<std::string, std::vector<int32_t>>;
+  OpenedIO file = Open(lists);
+  for (size_t l = 0; l < lists.size(); ++l) {
+    Numbers expected;
+    for (const FbxRecord& record : lists[l].children) {
+      expected[record.name].push_back(std::get<int32_t>(record.values[0]));
+    }
+    ASSERT_TRUE(file.io.FieldReadBegin("List", static_cast<int32_t>(l)));
+    ASSERT_TRUE(file.io.FieldReadBlockBegin());
+    Numbers read;
+    for (int32_t field = 0; field < file.io.FieldGetCount(); ++field) {
+      const std::string name(file.io.FieldGetName(field));
+      for (int32_t k = 0; k < file.io.FieldGetInstanceCount(name); ++k) {
+        ASSERT_TRUE(file.io.FieldReadBegin(name, k));
+        read[name].push_back(file.io.FieldReadI());
+        EXPECT_EQ(file.io.FieldReadC(), "text");
+      }
+    }
+    EXPECT_EQ(read, expected) << "list " << l;
+    file.io.FieldReadBlockEnd();
+  }
 }
 
 TEST(FbxIOValues, OlderArraysArePlainLists) {

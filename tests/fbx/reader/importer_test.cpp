@@ -114,4 +114,26 @@ TEST(ReadConnections, DeepTreesAreCutAtTheLimit) {
   EXPECT_EQ(last->EvaluateGlobalTransform().GetT()[0], 0.0);
 }
 
+// Both ends of the last connection have many others by then; before, one end has few.
+TEST(ReadConnections, HubsAreConnectedOnce) {
+  constexpr int kMany = 40;
+  SceneBuilder scene;
+  const int64_t node = scene.AddModel("hub");
+  const int64_t attribute = scene.AddNodeAttribute("shared", "Null");
+  const auto connectTwice = [&](int64_t child, int64_t parent) {
+    scene.Connect(child, parent);
+    scene.Connect(child, parent);
+  };
+  for (int i = 0; i < kMany; ++i) {
+    connectTwice(scene.AddNodeAttribute("other", "Null"), node);
+    connectTwice(attribute, scene.AddModel("user"));
+  }
+  connectTwice(attribute, node);
+  const LoadedScene file(scene);
+  EXPECT_EQ(file.Node("hub").GetNodeAttributeCount(), kMany + 1);
+  const FbxNodeAttribute* shared = file.Find<FbxNodeAttribute>("shared");
+  EXPECT_EQ(shared->GetDstObjectCount(), kMany + 2) << "the scene is one of them";
+  EXPECT_EQ(shared->GetNode(kMany), &file.Node("hub"));
+}
+
 }  // namespace
