@@ -201,7 +201,7 @@ class FbxProperty {
 // The ends of connections, each list in the order in which the connections were made.
 struct FbxConnectionLists {
   // As many inline as most objects have: most nodes are leaves with an attribute, and whatever is
-  // in the scene has its use there, too. A scene of many nodes loads in 5 % less time for it.
+  // in the scene has its use there, too. Allocating them took 3 % of listing a scene of many nodes.
   boost::container::small_vector<FbxProperty, 1> sources;
   boost::container::small_vector<FbxProperty, 2> destinations;
 };

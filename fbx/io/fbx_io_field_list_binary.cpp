@@ -82,8 +82,8 @@ bool FbxBinaryRecord::Read(std::string_view bytes, const FbxIOListFormat& format
 }
 
 bool FbxIOFieldList::ParseBinary(int64_t start, int64_t limit) {
-  // Most lists are small: taken whole, which halves the time of parsing them. Others are read
-  // record by record, so that the bytes of nested lists and large values are passed over.
+  // Most lists are small, and cheaper to take whole: one view and one copy for all records. Of
+  // others the bytes of nested lists and large values are passed over.
   constexpr int64_t kMostWhole = FbxByteSource::kMaxView - FbxBinaryRecord::kLongestHead;
   const bool isWhole = start <= limit && limit - start <= kMostWhole;
   std::string_view whole;
