@@ -1,5 +1,6 @@
 // The properties of all objects.
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -184,12 +185,16 @@ PropertyTarget ReadTarget(FbxIO& io, FbxObject& object, PropertyHead& head) {
 
 // What heads mean to the objects of a class, by their stored bytes. Files repeat the same few heads
 // for every object, and knowing them takes a third off the time of reading properties. Only the
-// properties that the class declares are here: the same for all its objects in all files.
+// properties that the class declares are here: the same for all its objects in all files. Those of
+// old files are kept apart: a newer head may begin with the bytes of an older one, which is
+// shorter.
 class KnownHeads {
  public:
-  static KnownHeads& Of(FbxClassId classId) {
-    static std::unordered_map<const FbxClassRecord*, KnownHeads> byClass;
-    return byClass.try_emplace(classId.Record(), classId.Record()->Page().Count()).first->second;
+  static KnownHeads& Of(FbxClassId classId, bool isOld) {
+    static std::array<std::unordered_map<const FbxClassRecord*, KnownHeads>, 2> byAgeAndClass;
+    return byAgeAndClass[isOld ? 1 : 0]
+        .try_emplace(classId.Record(), classId.Record()->Page().Count())
+        .first->second;
   }
 
   explicit KnownHeads(int declared) : declared_(declared) {}
@@ -261,7 +266,7 @@ void ReadProperties(FbxIO& io, FbxObject& object) {
   const std::string_view record = isOld ? "Property" : "P";
   const int32_t count = io.FieldGetInstanceCount(record);
   object.ReserveProperties(count);
-  KnownHeads& known = KnownHeads::Of(object.GetClassId());
+  KnownHeads& known = KnownHeads::Of(object.GetClassId(), isOld);
   PropertyHead head;
   io.FieldReadBegin(record);
   for (int32_t i = 0; i < count; ++i) {

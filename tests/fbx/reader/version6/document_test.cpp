@@ -57,6 +57,24 @@ TEST(Version6Document, ArraysAreListsOrArrays) {
   }
 }
 
+// What is known of the heads of an old file's properties isn't held against those of a new one,
+// which have one value more.
+TEST(Version6Document, NewFilesMayFollow) {
+  const FbxRecord order("Property", {"RotationOrder", "enum", "", 0});
+  const FbxRecord place("Property", {"Lcl Translation", "Lcl Translation", "A+", 1.0, 2.0, 3.0});
+  FbxRecord objects("Objects");
+  for (const char* name : {"Model::a", "Model::b", "Model::c"}) {
+    objects.Add({"Model", {name, "Null"}, {{"Properties60", {}, {order, place}}}});
+  }
+  const LoadedScene old(
+      WriteFbx({{"FBXHeaderExtension", {}, {{"FBXVersion", {6100}}}}, objects}, {.version = 6100}));
+  EXPECT_EQ(old.scene->GetSrcObjectCount<FbxNode>(), 4) << "with the root node";
+  SceneBuilder scene;
+  scene.AddModel("n", "Null", {P("RotationOrder", "enum", "", "", {4})});
+  const LoadedScene file(scene);
+  EXPECT_EQ(file.Node("n").FindProperty("RotationOrder").Get<int>(), 4);
+}
+
 TEST(Version6Document, MayBeEmpty) {
   for (const char* rest : {"", "Objects:\nConnections: 1\nTakes: {\n}\nVersion5: {\n"}) {
     const LoadedScene file(std::string("; FBX 6.0.0 project file\n") + rest);
