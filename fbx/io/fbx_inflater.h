@@ -7,6 +7,7 @@
 // knows whole streams only, and leaves nothing of those that it refuses: these are zlib's.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -25,8 +26,18 @@ class FbxInflater {
   // is followed by anything.
   using Grow = std::function<char*(size_t size)>;
   bool InflateArray(std::string_view stream, size_t room, const Grow& grow, size_t& made);
-  // For an array that is to be inflated once more: bytes that it had made aren't counted twice.
-  void Uncount(size_t made) { left_ += made; }
+  // Counts the most that an array of `stored` bytes and that room can make, which is inflated
+  // later: so what a file may make goes to its arrays in the order of the file, whatever is asked
+  // for first. False, and nothing is counted, if not as much is left; `counted` tells how much.
+  bool Count(size_t stored, size_t room, size_t& counted) {
+    constexpr size_t kMostRatio = 1032;  // 258 bytes of two bits
+    counted = std::min(room, stored * kMostRatio);
+    if (counted > left_) return false;
+    left_ -= counted;
+    return true;
+  }
+  // For an array that is about to be inflated: what has been counted for it doesn't count twice.
+  void Uncount(size_t counted) { left_ += counted; }
 
  private:
   enum Result { eMore, eEnd, eError };

@@ -226,13 +226,16 @@ FbxStoredBytes FbxIOFieldList::ReadStored() {
   std::vector<Scalar> values;
   if (format_.isBinary && (!format_.hasPlainLists || IsAtArray())) {
     const ArrayHead head = TakeArrayHead(letter, sizeof(Scalar));
-    if (head.isDeflated) {
+    // What goes beyond the limit, or lies, is decoded now: then what it really makes is known.
+    size_t counted = 0;
+    if (head.isDeflated && inflater_->Count(head.stored, head.room, counted)) {
       FbxStoredBytes::Packed packed{.inflater = inflater_,
                                     .stream = std::make_unique_for_overwrite<char[]>(head.stored),
                                     .streamSize = head.stored,
                                     .room = head.room,
                                     .isWide = sizeof(Scalar) == sizeof(uint64_t),
-                                    .swap = format_.swap};
+                                    .swap = format_.swap,
+                                    .counted = counted};
       if (!BlockRead(head.offset, packed.stream.get(), head.stored)) return {};
       return FbxStoredBytes(std::move(packed));
     }

@@ -31,7 +31,7 @@ class FbxStoredBytes {
     bool isWide = false;  // numbers are of 8 bytes, not 4
     bool swap = false;    // numbers are in the other byte order
     bool isKept = true;   // when it has been decoded
-    size_t counted = 0;   // bytes that the inflater has counted for it
+    size_t counted = 0;   // bytes that the inflater counts for it
   };
 
   FbxStoredBytes() = default;

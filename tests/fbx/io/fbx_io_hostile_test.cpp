@@ -236,6 +236,17 @@ TEST(FbxIOHostile, ArraysOfNothingDontFillTheMemory) {
   FbxStoredArray<int32_t> array;
   other.io.FieldReadArray("A", array);
   for (int i = 0; i < 20; ++i, array.Release()) EXPECT_NE(array.At(899'999), nullptr);
+
+  // What the file may make goes to its arrays in their order, not in that of asking.
+  OpenedIO third(
+      MakeFile({{"A", {std::vector<int32_t>(4'000'000)}}, {"B", {zeros}}, {"C", {zeros}}},
+               {.compress = true}));
+  FbxStoredArray<int32_t> late;
+  third.io.FieldReadArray("A", array);
+  third.io.FieldReadArray("B", late);
+  EXPECT_FALSE(third.io.FieldReadArray("C", out));
+  EXPECT_NE(late.At(4'999'999), nullptr);
+  EXPECT_NE(array.At(3'999'999), nullptr);
 }
 
 TEST(FbxIOHostile, EndOffsetsMustRiseAndStayInside) {
