@@ -222,10 +222,10 @@ bool FbxIOFieldList::ReadBinaryArray(const ArrayHead& head, std::vector<T>& out)
 
 template <class Scalar>
 FbxStoredBytes FbxIOFieldList::ReadStored() {
-  constexpr char letter = std::is_same_v<Scalar, double> ? 'd' : 'i';
+  constexpr char kLetter = std::is_same_v<Scalar, double> ? 'd' : 'i';
   std::vector<Scalar> values;
   if (format_.isBinary && (!format_.hasPlainLists || IsAtArray())) {
-    const ArrayHead head = TakeArrayHead(letter, sizeof(Scalar));
+    const ArrayHead head = TakeArrayHead(kLetter, sizeof(Scalar));
     // What goes beyond the limit, or lies, is decoded now: then what it really makes is known.
     size_t counted = 0;
     if (head.isDeflated && inflater_->Count(head.stored, head.room, counted)) {
@@ -241,7 +241,7 @@ FbxStoredBytes FbxIOFieldList::ReadStored() {
     }
     if (!ReadBinaryArray(head, values)) return {};
   } else {
-    ReadAnyArray(letter, values);
+    ReadAnyArray(kLetter, values);
   }
   return {values.data(), values.size() * sizeof(Scalar)};
 }
