@@ -1,6 +1,8 @@
 // Polygon corners with their normals, and polygons sorted by material.
 #include <algorithm>
-#include <cstring>
+#include <array>
+#include <bit>
+#include <cstdint>
 #include <optional>
 #include <string_view>
 #include <unordered_set>
@@ -64,9 +66,7 @@ class NormalTurner {
   // `normal` must stay where it is.
   FbxDouble3 Turn(const FbxDouble3& normal, uint32_t corner, int point) {
     Last& last = last_[static_cast<size_t>(point)];
-    // By their bits, so that -0 isn't taken for 0.
-    const bool isKnown =
-        last.normal != nullptr && std::memcmp(last.normal, &normal, sizeof(normal)) == 0;
+    const bool isKnown = last.normal != nullptr && BitsOf(*last.normal) == BitsOf(normal);
     last.normal = &normal;
     const uint32_t known = std::exchange(last.corner, corner);
     return isKnown ? mesh_.corners[known].normal : Turn(normal);
@@ -78,6 +78,11 @@ class NormalTurner {
   }
 
  private:
+  // What normals are told apart by, so that -0 isn't taken for 0.
+  static std::array<uint64_t, 3> BitsOf(const FbxDouble3& normal) {
+    return std::bit_cast<std::array<uint64_t, 3>>(normal);
+  }
+
   // The corner of a control point that came last.
   struct Last {
     const FbxDouble3* normal = nullptr;
